@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# Installs the Debian 12 packages the app, its development engine and its tests need.
+# Idempotent: when every package is already installed it only checks and returns.
+set -euo pipefail
+
+packages=(
+    # build tools
+    cmake ninja-build g++ clang-format pkg-config
+    # Qt 6.4: core, network, QML and Qt Quick Controls, HTTP server, SVG icons
+    qt6-base-dev qt6-base-dev-tools qt6-declarative-dev qt6-declarative-dev-tools
+    qt6-httpserver-dev qt6-websockets-dev qt6-svg-dev qt6-qpa-plugins libgl-dev libxkbcommon-dev
+    qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
+    qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts
+    qml6-module-qtquick-templates qml6-module-qtquick-window
+    # the development engine runs scripts with Lua 5.4
+    liblua5.4-dev
+    # running without a display, and fonts for Vietnamese text and the row icons
+    xvfb xauth fonts-dejavu-core fonts-noto-color-emoji
+)
+
+missing=()
+for package in "${packages[@]}"; do
+    if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed'; then
+        missing+=("$package")
+    fi
+done
+
+if [ "${#missing[@]}" -eq 0 ]; then
+    exit 0
+fi
+
+sudo=()
+if [ "$(id -u)" -ne 0 ]; then
+    sudo=(sudo)
+fi
+echo "Installing: ${missing[*]}"
+"${sudo[@]}" apt-get update
+"${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"

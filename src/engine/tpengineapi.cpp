@@ -1,0 +1,375 @@
+#include "tpengineapi.h"
+
+#include <QCoreApplication>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMutex>
+#include <QNetworkAccessManager>
+#include <QNetworkProxy>
+#include <QNetworkReply>
+#include <QStringDecoder>
+#include <QStringEncoder>
+#include <QThread>
+#include <QTimer>
+#include <QUrl>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr auto kInvalidUrlMessage = "URL không hợp lệ";
+constexpr auto kTransportDomain = "QNetworkReply";
+constexpr auto kTimedOutProperty = "tpTimedOut";
+
+struct BaseAddressHolder
+{
+    QMutex mutex;
+    QString address = QString::fromLatin1(TPEngineAPI::BaseAddress);
+};
+
+BaseAddressHolder &baseAddressHolder()
+{
+    static BaseAddressHolder holder;
+    return holder;
+}
+
+QString message(const char *utf8)
+{
+    return QString::fromUtf8(utf8);
+}
+
+bool isHexDigit(char16_t unit)
+{
+    return (unit >= u'0' && unit <= u'9') || (unit >= u'a' && unit <= u'f') ||
+           (unit >= u'A' && unit <= u'F');
+}
+
+// RFC 3986 allows only these characters in a URL, plus "%" followed by two hex digits.
+// QUrl's strict mode alone is not enough: it takes non-ASCII letters as an IRI.
+bool hasOnlyUrlCharacters(const QString &text)
+{
+    static const QString allowed = QStringLiteral(
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~:/?#[]@!$&'()*+,;=");
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar ch = text.at(i);
+        if (ch == u'%') {
+            if (i + 2 >= text.size() || !isHexDigit(text.at(i + 1).unicode()) ||
+                !isHexDigit(text.at(i + 2).unicode()))
+                return false;
+            i += 2;
+        } else if (!allowed.contains(ch)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::optional<QUrl> strictUrl(const QString &text)
+{
+    if (!hasOnlyUrlCharacters(text))
+        return std::nullopt;
+    QUrl url(text, QUrl::StrictMode);
+    if (!url.isValid() || url.scheme().isEmpty() || url.host().isEmpty())
+        return std::nullopt;
+    return url;
+}
+
+// QNetworkReply reports HTTP error statuses as errors of its own; the engine client treats
+// any answer with a status as delivered and leaves judging the status to each operation.
+bool isHttpStatusError(QNetworkReply::NetworkError error)
+{
+    return (error >= QNetworkReply::ContentAccessDenied && error <= QNetworkReply::UnknownContentError) ||
+           error == QNetworkReply::ProtocolInvalidOperationError ||
+           (error >= QNetworkReply::InternalServerError && error <= QNetworkReply::UnknownServerError);
+}
+
+TPError transportError(QNetworkReply *reply)
+{
+    if (reply->property(kTimedOutProperty).toBool())
+        return {message(kTransportDomain), QNetworkReply::TimeoutError,
+                QCoreApplication::translate("QNetworkReply", "Operation timed out")};
+    return {message(kTransportDomain), reply->error(), reply->errorString()};
+}
+
+// Runs `work` on the main thread after the current call has returned.
+template <typename Work>
+void postToMain(Work &&work)
+{
+    QMetaObject::invokeMethod(TPEngineAPI::session(), std::forward<Work>(work), Qt::QueuedConnection);
+}
+
+void startRequest(const QUrl &url, const QByteArray &method, const std::optional<QByteArray> &body,
+                  const TPEngineAPI::RequestCompletion &completion)
+{
+    QNetworkRequest request(url);
+    request.setTransferTimeout(TPEngineAPI::TimeoutMs);
+    QNetworkAccessManager *session = TPEngineAPI::session();
+    QNetworkReply *reply = body ? session->sendCustomRequest(request, method, *body)
+                                : session->sendCustomRequest(request, method);
+
+    // The transfer timeout only limits the wait between bytes; this bounds the whole request.
+    auto *deadline = new QTimer(reply);
+    deadline->setSingleShot(true);
+    QObject::connect(deadline, &QTimer::timeout, reply, [reply] {
+        reply->setProperty(kTimedOutProperty, true);
+        reply->abort();
+    });
+    deadline->start(TPEngineAPI::TimeoutMs);
+
+    QObject::connect(reply, &QNetworkReply::finished, reply, [reply, completion] {
+        const QVariant statusAttribute = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+        const int status = statusAttribute.isValid() ? statusAttribute.toInt() : 0;
+        TPEngineAPI::Error error;
+        std::optional<QByteArray> body;
+        const bool delivered = !reply->property(kTimedOutProperty).toBool() &&
+                               (reply->error() == QNetworkReply::NoError ||
+                                (statusAttribute.isValid() && isHttpStatusError(reply->error())));
+        if (delivered)
+            body = reply->readAll();
+        else
+            error = transportError(reply);
+        reply->deleteLater();
+        postToMain([completion, body, status, error] { completion(body, status, error); });
+    });
+}
+
+// The completion of an operation that succeeds on status 200 alone.
+TPEngineAPI::RequestCompletion judgedByStatus(const char *failureMessage,
+                                              TPEngineAPI::Completion completion)
+{
+    return [failureMessage, completion = std::move(completion)](
+               const std::optional<QByteArray> &, int status, const TPEngineAPI::Error &error) {
+        if (error)
+            completion(error);
+        else if (status != 200)
+            completion(TPEngineAPI::errorMsg(message(failureMessage)));
+        else
+            completion(std::nullopt);
+    };
+}
+
+QString nameQuery(const QString &path)
+{
+    return QStringLiteral("name=") + path;
+}
+
+std::optional<QJsonValue> jsonValue(const QVariant &value);
+
+std::optional<QJsonObject> jsonObject(const QVariantMap &map)
+{
+    QJsonObject object;
+    for (auto it = map.constBegin(); it != map.constEnd(); ++it) {
+        const auto member = jsonValue(it.value());
+        if (!member)
+            return std::nullopt;
+        object.insert(it.key(), *member);
+    }
+    return object;
+}
+
+// The JSON form of a settings value, or none for a value JSON cannot represent
+// (a non-finite number, a date, an unknown type, ...).
+std::optional<QJsonValue> jsonValue(const QVariant &value)
+{
+    switch (value.typeId()) {
+    case QMetaType::Bool:
+        return QJsonValue(value.toBool());
+    case QMetaType::Int:
+    case QMetaType::Long:
+    case QMetaType::LongLong:
+    case QMetaType::Short:
+    case QMetaType::UInt:
+    case QMetaType::ULong:
+    case QMetaType::UShort:
+        return QJsonValue(value.toLongLong());
+    case QMetaType::ULongLong: {
+        const qulonglong number = value.toULongLong();
+        if (number > qulonglong(std::numeric_limits<qint64>::max()))
+            return QJsonValue(double(number));
+        return QJsonValue(qint64(number));
+    }
+    case QMetaType::Double:
+    case QMetaType::Float: {
+        const double number = value.toDouble();
+        if (!std::isfinite(number))
+            return std::nullopt;
+        return QJsonValue(number);
+    }
+    case QMetaType::QString:
+        return QJsonValue(value.toString());
+    case QMetaType::Nullptr:
+        return QJsonValue(QJsonValue::Null);
+    case QMetaType::QStringList:
+    case QMetaType::QVariantList: {
+        QJsonArray array;
+        for (const QVariant &element : value.toList()) {
+            const auto converted = jsonValue(element);
+            if (!converted)
+                return std::nullopt;
+            array.append(*converted);
+        }
+        return QJsonValue(array);
+    }
+    case QMetaType::QVariantMap:
+    case QMetaType::QVariantHash: {
+        const auto object = jsonObject(value.toMap());
+        if (!object)
+            return std::nullopt;
+        return QJsonValue(*object);
+    }
+    default:
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+QNetworkAccessManager *TPEngineAPI::session()
+{
+    // Created once, whichever thread asks first, and handed to the main thread where
+    // every request is started and every reply is handled.
+    static QNetworkAccessManager *const shared = [] {
+        auto *manager = new QNetworkAccessManager;
+        // The engine is on loopback: a proxy from the environment must never be used.
+        manager->setProxy(QNetworkProxy::NoProxy);
+        if (QCoreApplication *app = QCoreApplication::instance())
+            manager->moveToThread(app->thread());
+        return manager;
+    }();
+    return shared;
+}
+
+TPError TPEngineAPI::errorMsg(const QString &text)
+{
+    return {QString::fromLatin1(ErrorDomain), -1, text};
+}
+
+QString TPEngineAPI::baseAddress()
+{
+    BaseAddressHolder &holder = baseAddressHolder();
+    const QMutexLocker lock(&holder.mutex);
+    return holder.address;
+}
+
+void TPEngineAPI::setBaseAddressForTesting(const QString &address)
+{
+    BaseAddressHolder &holder = baseAddressHolder();
+    const QMutexLocker lock(&holder.mutex);
+    holder.address = address;
+}
+
+void TPEngineAPI::requestMethod(const QString &method, const QString &path,
+                                const std::optional<QString> &query,
+                                const std::optional<QByteArray> &body, RequestCompletion completion)
+{
+    const bool hasQuery = query && !query->isEmpty();
+    const QString urlText = hasQuery ? baseAddress() + path + u'?' + *query : baseAddress() + path;
+    const std::optional<QUrl> url = strictUrl(urlText);
+    if (!url) {
+        postToMain([completion = std::move(completion)] {
+            completion(std::nullopt, 0, errorMsg(message(kInvalidUrlMessage)));
+        });
+        return;
+    }
+    const QByteArray verb = method.toLatin1();
+    if (QThread::currentThread() == session()->thread()) {
+        startRequest(*url, verb, body, completion);
+        return;
+    }
+    postToMain([url = *url, verb, body, completion = std::move(completion)] {
+        startRequest(url, verb, body, completion);
+    });
+}
+
+void TPEngineAPI::scriptsWithCompletion(ListCompletion completion)
+{
+    requestMethod(QStringLiteral("GET"), QStringLiteral("/scripts"), std::nullopt, std::nullopt,
+                  [completion = std::move(completion)](const std::optional<QByteArray> &body, int,
+                                                       const Error &error) {
+                      if (error || !body) {
+                          completion({}, error ? error : errorMsg(message("Engine offline (:8090)")));
+                          return;
+                      }
+                      // The status is deliberately not examined: any "entries" array is a listing.
+                      const QJsonDocument document = QJsonDocument::fromJson(*body);
+                      const QJsonValue entries = document.isObject()
+                                                     ? document.object().value(QLatin1String("entries"))
+                                                     : QJsonValue(QJsonValue::Undefined);
+                      if (entries.isArray())
+                          completion(entries.toArray(), std::nullopt);
+                      else
+                          completion({}, errorMsg(message("Dữ liệu /scripts không hợp lệ")));
+                  });
+}
+
+void TPEngineAPI::readScript(const QString &path, TextCompletion completion)
+{
+    requestMethod(QStringLiteral("GET"), QStringLiteral("/script"), nameQuery(path), std::nullopt,
+                  [completion = std::move(completion)](const std::optional<QByteArray> &body,
+                                                       int status, const Error &error) {
+                      if (error) {
+                          completion(std::nullopt, error);
+                      } else if (status == 200) {
+                          // Bytes that are not UTF-8 read as an empty text, not as a failure.
+                          QStringDecoder decoder(QStringDecoder::Utf8,
+                                                 QStringDecoder::Flag::Stateless);
+                          const QString text = decoder.decode(body.value_or(QByteArray()));
+                          completion(decoder.hasError() ? QString() : text, std::nullopt);
+                      } else {
+                          completion(std::nullopt, errorMsg(message("Không đọc được file")));
+                      }
+                  });
+}
+
+void TPEngineAPI::saveScript(const QString &path, const QString &content, Completion completion)
+{
+    // Text that cannot be encoded (a lone surrogate) empties the file rather than failing.
+    QStringEncoder encoder(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
+    QByteArray bytes = encoder.encode(content);
+    if (encoder.hasError())
+        bytes.clear();
+    requestMethod(QStringLiteral("POST"), QStringLiteral("/script"), nameQuery(path), bytes,
+                  judgedByStatus("Lưu thất bại", std::move(completion)));
+}
+
+void TPEngineAPI::deleteScript(const QString &path, Completion completion)
+{
+    requestMethod(QStringLiteral("DELETE"), QStringLiteral("/script"), nameQuery(path),
+                  std::nullopt, judgedByStatus("Xoá thất bại", std::move(completion)));
+}
+
+void TPEngineAPI::createScript(const QString &path, Completion completion)
+{
+    requestMethod(QStringLiteral("POST"), QStringLiteral("/script"), nameQuery(path),
+                  QByteArray(), judgedByStatus("Tạo file thất bại", std::move(completion)));
+}
+
+void TPEngineAPI::createFolder(const QString &path, Completion completion)
+{
+    requestMethod(QStringLiteral("POST"), QStringLiteral("/mkdir"), nameQuery(path), std::nullopt,
+                  judgedByStatus("Tạo folder thất bại", std::move(completion)));
+}
+
+void TPEngineAPI::runFile(const QString &path, Completion completion)
+{
+    requestMethod(QStringLiteral("GET"), QStringLiteral("/runfile"), nameQuery(path),
+                  std::nullopt, judgedByStatus("Chạy thất bại", std::move(completion)));
+}
+
+void TPEngineAPI::renameScript(const QString &from, const QString &to, Completion completion)
+{
+    requestMethod(QStringLiteral("POST"), QStringLiteral("/rename"),
+                  QStringLiteral("from=%1&to=%2").arg(from, to), std::nullopt,
+                  judgedByStatus("Đổi tên thất bại", std::move(completion)));
+}
+
+void TPEngineAPI::postSettings(const QVariantMap &settings)
+{
+    const auto document = jsonObject(settings);
+    if (!document)
+        return;
+    requestMethod(QStringLiteral("POST"), QStringLiteral("/settings"), std::nullopt,
+                  QJsonDocument(*document).toJson(QJsonDocument::Compact),
+                  [](const std::optional<QByteArray> &, int, const Error &) {});
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "tperror.h"
+
+#include <QByteArray>
+#include <QJsonArray>
+#include <QString>
+#include <QVariantMap>
+
+#include <functional>
+#include <optional>
+
+class QNetworkAccessManager;
+
+// The only code that speaks HTTP: the engine's protocol on 127.0.0.1:8090.
+// Every completion runs exactly once, on the main thread, after the call has returned.
+class TPEngineAPI
+{
+public:
+    using Error = std::optional<TPError>;
+    using RequestCompletion =
+        std::function<void(std::optional<QByteArray> body, int status, Error error)>;
+    using ListCompletion = std::function<void(QJsonArray entries, Error error)>;
+    using TextCompletion = std::function<void(std::optional<QString> text, Error error)>;
+    using Completion = std::function<void(Error error)>;
+
+    TPEngineAPI() = delete;
+
+    static constexpr auto BaseAddress = "http://127.0.0.1:8090";
+    static constexpr auto ErrorDomain = "TPEngineAPI";
+    // Both the idle limit and the whole-request limit.
+    static constexpr int TimeoutMs = 5000;
+
+    // The shared network session, created on first use and kept for the life of the process.
+    static QNetworkAccessManager *session();
+
+    // An engine error: domain "TPEngineAPI", code -1, the message as its description.
+    static TPError errorMsg(const QString &message);
+
+    // Sends one request to the engine. The query travels raw (never escaped); a URL that
+    // is not strictly valid fails with "URL không hợp lệ" and sends nothing.
+    static void requestMethod(const QString &method, const QString &path,
+                              const std::optional<QString> &query,
+                              const std::optional<QByteArray> &body, RequestCompletion completion);
+
+    static void scriptsWithCompletion(ListCompletion completion);
+    static void readScript(const QString &path, TextCompletion completion);
+    static void saveScript(const QString &path, const QString &content, Completion completion);
+    static void deleteScript(const QString &path, Completion completion);
+    static void createScript(const QString &path, Completion completion);
+    static void createFolder(const QString &path, Completion completion);
+    static void runFile(const QString &path, Completion completion);
+    static void renameScript(const QString &from, const QString &to, Completion completion);
+    // Fire and forget: nothing is sent when the dictionary cannot be written as JSON.
+    static void postSettings(const QVariantMap &settings);
+
+    // The base address requests go to. Only tests change it, to reach their own server.
+    static QString baseAddress();
+    static void setBaseAddressForTesting(const QString &address);
+};

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+// An error as the app passes it around: where it comes from, its code, and the message
+// ready to show. Engine errors use the domain "TPEngineAPI" and code -1; transport errors
+// keep the network stack's own code and message under the domain "QNetworkReply".
+struct TPError
+{
+    QString domain;
+    int code = 0;
+    QString localizedDescription;
+
+    friend bool operator==(const TPError &, const TPError &) = default;
+};

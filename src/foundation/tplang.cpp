@@ -1,0 +1,102 @@
+#include "tplang.h"
+
+#include <QSettings>
+
+namespace {
+
+struct TPLangRow
+{
+    const char *key;
+    const char *vi;
+    const char *en;
+};
+
+// Every text the user sees, in the order the keys were introduced.
+constexpr TPLangRow kRows[] = {
+    {"tab_scripts", "Scripts", "Scripts"},
+    {"tab_store", "Kho", "Store"},
+    {"tab_settings", "Cài đặt", "Settings"},
+    {"store_coming", "Kho — sắp có", "Store — coming soon"},
+    {"btn_save", "Lưu", "Save"},
+    {"btn_run", "Chạy", "Run"},
+    {"alert_ok", "OK", "OK"},
+    {"alert_error", "Lỗi", "Error"},
+    {"alert_saved", "Đã lưu", "Saved"},
+    {"alert_ran", "Đã chạy", "Ran"},
+    {"err_offline", "Engine offline (:8090)", "Engine offline (:8090)"},
+    {"err_run_fail", "Không chạy được (engine offline?)", "Failed to run (engine offline?)"},
+    {"err_save_fail", "Lưu thất bại (engine offline?)", "Save failed (engine offline?)"},
+    {"new_file", "File mới", "New File"},
+    {"new_folder", "Folder mới", "New Folder"},
+    {"cancel", "Huỷ", "Cancel"},
+    {"create", "Tạo", "Create"},
+    {"err_bad_name", "Tên không hợp lệ", "Invalid name"},
+    {"menu_rename", "Đổi tên", "Rename"},
+    {"menu_delete", "Xoá", "Delete"},
+    {"ph_file_name", "ten.lua", "name.lua"},
+    {"ph_folder_name", "ten_folder", "folder_name"},
+    {"set_alert_error", "Cảnh báo khi script lỗi", "Alert on script error"},
+    {"set_vibrate_error", "Rung khi script lỗi", "Vibrate on script error"},
+    {"set_toast_startstop", "Toast khi bắt đầu/dừng", "Toast on start/stop"},
+    {"set_vibrate_startstop", "Rung khi bắt đầu/dừng", "Vibrate on start/stop"},
+    {"set_debug_touch", "Hiện điểm chạm (debug)", "Show touch point (debug)"},
+    {"set_touch_color", "Màu điểm chạm", "Touch point color"},
+    {"set_touch_size", "Kích thước", "Size"},
+    {"set_touch_opacity", "Độ mờ", "Opacity"},
+    {"set_toast_pos", "Vị trí Toast", "Toast Position"},
+    {"pos_top", "Trên", "Top"},
+    {"pos_center", "Giữa", "Center"},
+    {"pos_bottom", "Dưới", "Bottom"},
+    {"section_connection", "Kết nối", "Connection"},
+    {"section_language", "Ngôn ngữ", "Language"},
+    {"section_options", "Tuỳ chọn", "Options"},
+    {"row_device_ip", "Device IP", "Device IP"},
+    {"row_open_ide", "Mở Web IDE", "Open Web IDE"},
+    {"row_language", "Ngôn ngữ hiển thị", "Display language"},
+    {"na", "N/A", "N/A"},
+    {"copied", "Đã copy", "Copied"},
+    {"lang_vi", "Tiếng Việt", "Vietnamese"},
+    {"lang_en", "English", "English"},
+    {"owner_prompt_title", "Đặt tên định danh máy", "Set device name"},
+    {"owner_prompt_msg", "Nhập tên để nhận diện máy này (vd: Tavo)",
+     "Enter a name to identify this device (e.g. Tavo)"},
+    {"owner_prompt_ph", "Tên của bạn", "Your name"},
+    {"row_owner_name", "Tên máy", "Device name"},
+    {"rename_owner_title", "Đổi tên máy", "Rename device"},
+};
+
+TPLangTableMap buildTable()
+{
+    TPLangTableMap table;
+    table.reserve(std::size(kRows));
+    for (const TPLangRow &row : kRows) {
+        table.insert(QString::fromUtf8(row.key), TPLangEntry{{QStringLiteral("vi"), QString::fromUtf8(row.vi)},
+                                                    {QStringLiteral("en"), QString::fromUtf8(row.en)}});
+    }
+    return table;
+}
+
+} // namespace
+
+const TPLangTableMap &TPLangTable()
+{
+    // A function-local static is initialised exactly once, even when threads race to it.
+    static const TPLangTableMap table = buildTable();
+    return table;
+}
+
+QString TPCurrentLang()
+{
+    const QString stored = QSettings().value(QLatin1String(TPLangKey)).toString();
+    return stored.isEmpty() ? QStringLiteral("vi") : stored;
+}
+
+QString TPL(const QString &key)
+{
+    const TPLangTableMap &table = TPLangTable();
+    const auto entry = table.constFind(key);
+    if (entry == table.constEnd())
+        return key;
+    const auto text = entry->constFind(TPCurrentLang());
+    return text == entry->constEnd() ? key : *text;
+}

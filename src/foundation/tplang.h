@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QHash>
+#include <QString>
+
+// One entry of the language table: the text under each language code ("vi", "en").
+using TPLangEntry = QHash<QString, QString>;
+// Key -> entry. Immutable once built; shared by every caller for the life of the process.
+using TPLangTableMap = QHash<QString, TPLangEntry>;
+
+// The stored-settings key of the display language.
+inline constexpr auto TPLangKey = "tp_lang";
+
+// The shared two-language table, built once on first use (thread-safe).
+const TPLangTableMap &TPLangTable();
+
+// The stored language code, or "vi" when none (or an empty one) is stored.
+// Any other stored value is returned unchanged.
+QString TPCurrentLang();
+
+// The text for `key` in the current language, or `key` itself when the table has none.
+// There is no fallback to the other language.
+QString TPL(const QString &key);

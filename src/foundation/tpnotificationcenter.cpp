@@ -1,0 +1,12 @@
+#include "tpnotificationcenter.h"
+
+TPNotificationCenter *TPNotificationCenter::defaultCenter()
+{
+    static TPNotificationCenter center;
+    return &center;
+}
+
+void TPNotificationCenter::postLangChanged()
+{
+    emit TPLangChanged();
+}

@@ -1,0 +1,91 @@
+#include "tpscripttree.h"
+
+#include "tppathrules.h"
+
+#include <QJsonObject>
+
+#include <algorithm>
+
+namespace TPScriptTree {
+
+namespace {
+
+// The truth value of a JSON member the way a loosely typed engine may write it:
+// booleans as themselves, numbers when non-zero, texts that read as yes/true or a
+// non-zero number.
+bool truthValue(const QJsonValue &value)
+{
+    switch (value.type()) {
+    case QJsonValue::Bool:
+        return value.toBool();
+    case QJsonValue::Double:
+        return value.toDouble() != 0.0;
+    case QJsonValue::String: {
+        const QString text = value.toString().trimmed();
+        if (text.isEmpty())
+            return false;
+        qsizetype i = (text.front() == u'+' || text.front() == u'-') ? 1 : 0;
+        while (i < text.size() && text.at(i) == u'0')
+            ++i;
+        if (i >= text.size())
+            return false;
+        const QChar first = text.at(i).toLower();
+        return first == u'y' || first == u't' || (first >= u'1' && first <= u'9');
+    }
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+QString entryPath(const QJsonValue &entry)
+{
+    const QJsonValue path = entry.toObject().value(QLatin1String("path"));
+    return path.isString() ? path.toString() : QString();
+}
+
+bool isFolderEntry(const QJsonValue &entry)
+{
+    return truthValue(entry.toObject().value(QLatin1String("dir")));
+}
+
+QString entryName(const QJsonValue &entry)
+{
+    return TPLastPathSegment(entryPath(entry));
+}
+
+QString rowLabel(const QJsonValue &entry)
+{
+    const QString icon = isFolderEntry(entry) ? QStringLiteral("📁") : QStringLiteral("📄");
+    return QStringLiteral("%1 %2").arg(icon, entryName(entry));
+}
+
+QJsonArray filterChildrenOf(const QString &folder, const QJsonArray &listing)
+{
+    const QString prefix = folder.isEmpty() ? QString() : folder + u'/';
+    QList<QJsonValue> kept;
+    for (const QJsonValue &entry : listing) {
+        const QString path = entryPath(entry);
+        if (path.isEmpty())
+            continue;
+        if (!prefix.isEmpty() && !path.startsWith(prefix, Qt::CaseSensitive))
+            continue;
+        const QStringView remainder = QStringView(path).mid(prefix.size());
+        if (!remainder.isEmpty() && !remainder.contains(u'/'))
+            kept.append(entry);
+    }
+    std::sort(kept.begin(), kept.end(), [](const QJsonValue &a, const QJsonValue &b) {
+        const bool aIsFolder = isFolderEntry(a);
+        const bool bIsFolder = isFolderEntry(b);
+        if (aIsFolder != bIsFolder)
+            return aIsFolder;
+        return QString::compare(entryName(a), entryName(b), Qt::CaseInsensitive) < 0;
+    });
+    QJsonArray children;
+    for (const QJsonValue &entry : std::as_const(kept))
+        children.append(entry);
+    return children;
+}
+
+} // namespace TPScriptTree

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QJsonArray>
+#include <QJsonValue>
+#include <QString>
+
+// How the engine's flat listing becomes one folder's rows. Entries are the listing's own
+// JSON values, passed through untouched.
+namespace TPScriptTree {
+
+// The direct children of `folder` ("" for the root): folders first, then by name with
+// case folding. Entries without a usable "path" are skipped.
+QJsonArray filterChildrenOf(const QString &folder, const QJsonArray &listing);
+
+// The entry's "path", or "" when it has none that is a text.
+QString entryPath(const QJsonValue &entry);
+
+// The truth value of the entry's "dir"; a missing "dir" is a file.
+bool isFolderEntry(const QJsonValue &entry);
+
+// The last segment of the entry's path.
+QString entryName(const QJsonValue &entry);
+
+// "📁 name" for a folder, "📄 name" for a file.
+QString rowLabel(const QJsonValue &entry);
+
+} // namespace TPScriptTree
