@@ -79,14 +79,25 @@ std::optional<QUrl> strictUrl(const QString &text)
 // any answer with a status as delivered and leaves judging the status to each operation.
 bool isHttpStatusError(QNetworkReply::NetworkError error)
 {
-    return (error >= QNetworkReply::ContentAccessDenied && error <= QNetworkReply::UnknownContentError) ||
+    return (error >= QNetworkReply::ContentAccessDenied &&
+            error <= QNetworkReply::UnknownContentError) ||
            error == QNetworkReply::ProtocolInvalidOperationError ||
-           (error >= QNetworkReply::InternalServerError && error <= QNetworkReply::UnknownServerError);
+           (error >= QNetworkReply::InternalServerError &&
+            error <= QNetworkReply::UnknownServerError);
+}
+
+// Both limits end in an aborted reply: the deadline below, or the stack's own transfer
+// timeout, which reports itself as a cancellation. The client never cancels a request
+// itself, so a cancellation is always a time-out.
+bool timedOut(QNetworkReply *reply)
+{
+    return reply->property(kTimedOutProperty).toBool() ||
+           reply->error() == QNetworkReply::OperationCanceledError;
 }
 
 TPError transportError(QNetworkReply *reply)
 {
-    if (reply->property(kTimedOutProperty).toBool())
+    if (timedOut(reply))
         return {message(kTransportDomain), QNetworkReply::TimeoutError,
                 QCoreApplication::translate("QNetworkReply", "Operation timed out")};
     return {message(kTransportDomain), reply->error(), reply->errorString()};
@@ -96,7 +107,8 @@ TPError transportError(QNetworkReply *reply)
 template <typename Work>
 void postToMain(Work &&work)
 {
-    QMetaObject::invokeMethod(TPEngineAPI::session(), std::forward<Work>(work), Qt::QueuedConnection);
+    QMetaObject::invokeMethod(TPEngineAPI::session(), std::forward<Work>(work),
+                              Qt::QueuedConnection);
 }
 
 void startRequest(const QUrl &url, const QByteArray &method, const std::optional<QByteArray> &body,
@@ -122,9 +134,9 @@ void startRequest(const QUrl &url, const QByteArray &method, const std::optional
         const int status = statusAttribute.isValid() ? statusAttribute.toInt() : 0;
         TPEngineAPI::Error error;
         std::optional<QByteArray> body;
-        const bool delivered = !reply->property(kTimedOutProperty).toBool() &&
-                               (reply->error() == QNetworkReply::NoError ||
-                                (statusAttribute.isValid() && isHttpStatusError(reply->error())));
+        const bool delivered =
+            !timedOut(reply) && (reply->error() == QNetworkReply::NoError ||
+                                 (statusAttribute.isValid() && isHttpStatusError(reply->error())));
         if (delivered)
             body = reply->readAll();
         else
@@ -288,14 +300,15 @@ void TPEngineAPI::scriptsWithCompletion(ListCompletion completion)
                   [completion = std::move(completion)](const std::optional<QByteArray> &body, int,
                                                        const Error &error) {
                       if (error || !body) {
-                          completion({}, error ? error : errorMsg(message("Engine offline (:8090)")));
+                          completion({},
+                                     error ? error : errorMsg(message("Engine offline (:8090)")));
                           return;
                       }
                       // The status is deliberately not examined: any "entries" array is a listing.
                       const QJsonDocument document = QJsonDocument::fromJson(*body);
-                      const QJsonValue entries = document.isObject()
-                                                     ? document.object().value(QLatin1String("entries"))
-                                                     : QJsonValue(QJsonValue::Undefined);
+                      const QJsonValue entries =
+                          document.isObject() ? document.object().value(QLatin1String("entries"))
+                                              : QJsonValue(QJsonValue::Undefined);
                       if (entries.isArray())
                           completion(entries.toArray(), std::nullopt);
                       else
@@ -341,8 +354,8 @@ void TPEngineAPI::deleteScript(const QString &path, Completion completion)
 
 void TPEngineAPI::createScript(const QString &path, Completion completion)
 {
-    requestMethod(QStringLiteral("POST"), QStringLiteral("/script"), nameQuery(path),
-                  QByteArray(), judgedByStatus("Tạo file thất bại", std::move(completion)));
+    requestMethod(QStringLiteral("POST"), QStringLiteral("/script"), nameQuery(path), QByteArray(),
+                  judgedByStatus("Tạo file thất bại", std::move(completion)));
 }
 
 void TPEngineAPI::createFolder(const QString &path, Completion completion)
@@ -353,8 +366,8 @@ void TPEngineAPI::createFolder(const QString &path, Completion completion)
 
 void TPEngineAPI::runFile(const QString &path, Completion completion)
 {
-    requestMethod(QStringLiteral("GET"), QStringLiteral("/runfile"), nameQuery(path),
-                  std::nullopt, judgedByStatus("Chạy thất bại", std::move(completion)));
+    requestMethod(QStringLiteral("GET"), QStringLiteral("/runfile"), nameQuery(path), std::nullopt,
+                  judgedByStatus("Chạy thất bại", std::move(completion)));
 }
 
 void TPEngineAPI::renameScript(const QString &from, const QString &to, Completion completion)

@@ -1,5 +1,7 @@
 #include "tpdeviceaddress.h"
 
+#include "tplang.h"
+
 #include <arpa/inet.h>
 #include <cstring>
 #include <ifaddrs.h>
@@ -61,8 +63,8 @@ std::optional<QList<TPInterfaceEntry>> TPSystemInterfaces()
             entry.family = it->ifa_addr->sa_family;
             if (entry.family == AF_INET) {
                 const auto *v4 = reinterpret_cast<const sockaddr_in *>(it->ifa_addr);
-                entry.address = QByteArray(reinterpret_cast<const char *>(&v4->sin_addr),
-                                           sizeof v4->sin_addr);
+                entry.address =
+                    QByteArray(reinterpret_cast<const char *>(&v4->sin_addr), sizeof v4->sin_addr);
             }
         }
         entries.append(entry);
@@ -98,4 +100,10 @@ QString TPDeviceAddressText(const QString &address)
 QString TPWebIDEURLText(const QString &address)
 {
     return QStringLiteral("http://%1:%2").arg(address, QLatin1String(TPEnginePort));
+}
+
+QString TPDeviceIPPortString()
+{
+    const auto address = TPDeviceIPv4();
+    return address ? TPDeviceAddressText(*address) : TPL(QStringLiteral("na"));
 }

@@ -10,10 +10,10 @@
 // One entry of the system's interface list, as getifaddrs reports it.
 struct TPInterfaceEntry
 {
-    QByteArray name;      // e.g. "en0"
+    QByteArray name; // e.g. "en0"
     bool hasAddress = false;
-    int family = 0;       // AF_INET, AF_INET6, ...
-    QByteArray address;   // the raw address bytes (struct in_addr for AF_INET)
+    int family = 0;     // AF_INET, AF_INET6, ...
+    QByteArray address; // the raw address bytes (struct in_addr for AF_INET)
 };
 
 // The engine's port, shown with the device address and in the Web IDE address.
@@ -34,6 +34,10 @@ void TPSetInterfaceSource(TPInterfaceSource source);
 
 // The device's Wi-Fi IPv4 address, looked up anew on every call.
 std::optional<QString> TPDeviceIPv4();
+
+// The address-and-port text the settings screen shows and copies: "<address>:8090",
+// or the "na" text when there is no Wi-Fi address.
+QString TPDeviceIPPortString();
 
 // "<address>:8090"
 QString TPDeviceAddressText(const QString &address);

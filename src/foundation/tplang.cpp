@@ -70,8 +70,9 @@ TPLangTableMap buildTable()
     TPLangTableMap table;
     table.reserve(std::size(kRows));
     for (const TPLangRow &row : kRows) {
-        table.insert(QString::fromUtf8(row.key), TPLangEntry{{QStringLiteral("vi"), QString::fromUtf8(row.vi)},
-                                                    {QStringLiteral("en"), QString::fromUtf8(row.en)}});
+        table.insert(QString::fromUtf8(row.key),
+                     TPLangEntry{{QStringLiteral("vi"), QString::fromUtf8(row.vi)},
+                                 {QStringLiteral("en"), QString::fromUtf8(row.en)}});
     }
     return table;
 }

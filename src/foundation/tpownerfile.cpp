@@ -67,8 +67,10 @@ std::optional<QString> TPOwnerFileFallbackPath()
 {
     const QString searchFolder = folders().appGroupFolder;
     // Unsorted keeps the order in which the file system lists the entries.
-    const QStringList names = QDir(searchFolder).entryList(
-        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Unsorted);
+    const QStringList names =
+        QDir(searchFolder)
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                       QDir::Unsorted);
     for (const QString &name : names) {
         if (name.startsWith(QLatin1String(kJailbreakRootPrefix), Qt::CaseSensitive))
             return searchFolder + u'/' + name + QLatin1String(kOwnerFileTail);

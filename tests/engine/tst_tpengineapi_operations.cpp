@@ -1,0 +1,449 @@
+#include "tpengineapi.h"
+#include "tpoutcome.h"
+#include "tprecordingengine.h"
+#include "tptestutil.h"
+
+#include <QDateTime>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkReply>
+#include <QTcpServer>
+#include <QTest>
+#include <QUrlQuery>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using Error = TPEngineAPI::Error;
+using Completion = TPEngineAPI::Completion;
+using JudgedOperation = std::function<void(const QString &path, Completion)>;
+
+struct Listing
+{
+    QJsonArray entries;
+    Error error;
+};
+struct Text
+{
+    std::optional<QString> text;
+    Error error;
+};
+struct Judged
+{
+    Error error;
+};
+
+TPError engineError(const char *message)
+{
+    return TPEngineAPI::errorMsg(QString::fromUtf8(message));
+}
+
+// One row of the protocol table for the operations judged by status alone.
+struct JudgedRow
+{
+    const char *name;
+    JudgedOperation operation;
+    QByteArray method;
+    QString path;
+    QString query;
+    std::optional<QByteArray> body;
+    const char *failure;
+};
+
+QList<JudgedRow> judgedRows()
+{
+    return {
+        {"save",
+         [](const QString &p, Completion c) {
+             TPEngineAPI::saveScript(p, QString::fromUtf8("print('xin chào')\n"), std::move(c));
+         },
+         "POST", "/script", "name=lib/a.lua", QByteArray("print('xin ch\xc3\xa0o')\n"),
+         "Lưu thất bại"},
+        {"delete",
+         [](const QString &p, Completion c) { TPEngineAPI::deleteScript(p, std::move(c)); },
+         "DELETE", "/script", "name=lib/a.lua", QByteArray(), "Xoá thất bại"},
+        {"create file",
+         [](const QString &p, Completion c) { TPEngineAPI::createScript(p, std::move(c)); }, "POST",
+         "/script", "name=lib/a.lua", QByteArray(), "Tạo file thất bại"},
+        {"make folder",
+         [](const QString &p, Completion c) { TPEngineAPI::createFolder(p, std::move(c)); }, "POST",
+         "/mkdir", "name=lib/a.lua", QByteArray(), "Tạo folder thất bại"},
+        {"run", [](const QString &p, Completion c) { TPEngineAPI::runFile(p, std::move(c)); },
+         "GET", "/runfile", "name=lib/a.lua", QByteArray(), "Chạy thất bại"},
+        {"rename",
+         [](const QString &p, Completion c) {
+             TPEngineAPI::renameScript(p, QStringLiteral("lib/b.lua"), std::move(c));
+         },
+         "POST", "/rename", "from=lib/a.lua&to=lib/b.lua", QByteArray(), "Đổi tên thất bại"},
+    };
+}
+
+std::shared_ptr<TPOutcome<Judged>> runJudged(const JudgedOperation &operation, const QString &path)
+{
+    auto outcome = std::make_shared<TPOutcome<Judged>>();
+    operation(path, TPOutcome<Judged>::recorder<Error>(outcome));
+    outcome->markReturned();
+    return outcome;
+}
+
+std::shared_ptr<TPOutcome<Listing>> list()
+{
+    auto outcome = std::make_shared<TPOutcome<Listing>>();
+    TPEngineAPI::scriptsWithCompletion(TPOutcome<Listing>::recorder<QJsonArray, Error>(outcome));
+    outcome->markReturned();
+    return outcome;
+}
+
+std::shared_ptr<TPOutcome<Text>> read(const QString &path)
+{
+    auto outcome = std::make_shared<TPOutcome<Text>>();
+    TPEngineAPI::readScript(path,
+                            TPOutcome<Text>::recorder<std::optional<QString>, Error>(outcome));
+    outcome->markReturned();
+    return outcome;
+}
+
+quint16 closedPort()
+{
+    QTcpServer probe;
+    probe.listen(QHostAddress::LocalHost, 0);
+    const quint16 port = probe.serverPort();
+    probe.close();
+    return port;
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(JudgedRow)
+
+class TestTPEngineAPIOperations : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<TPRecordingEngine> m_engine;
+
+    void addJudgedRows()
+    {
+        QTest::addColumn<JudgedRow>("row");
+        for (const JudgedRow &row : judgedRows())
+            QTest::newRow(row.name) << row;
+    }
+
+    void stopEngine()
+    {
+        TPEngineAPI::setBaseAddressForTesting(
+            QStringLiteral("http://127.0.0.1:%1").arg(closedPort()));
+    }
+
+    // Sends a harmless request and waits for it, so that anything sent earlier has arrived.
+    void flush()
+    {
+        const auto sentinel = list();
+        QTRY_COMPARE(sentinel->calls, 1);
+    }
+
+private slots:
+    void init()
+    {
+        m_engine = std::make_unique<TPRecordingEngine>();
+        QVERIFY(m_engine->start());
+        TPEngineAPI::setBaseAddressForTesting(m_engine->baseAddress());
+    }
+    void cleanup() { m_engine.reset(); }
+
+    // ---- the protocol table, request by request ----
+
+    void listingSendsGetScriptsWithoutQueryOrBody()
+    {
+        m_engine->setDefaultAnswer(TPScriptedAnswer::ok("{\"entries\":[]}"));
+        const auto outcome = list();
+        QTRY_COMPARE(outcome->calls, 1);
+        const TPRecordedRequest &request = m_engine->requests().first();
+        QCOMPARE(request.method, QByteArray("GET"));
+        QCOMPARE(request.path, QStringLiteral("/scripts"));
+        QVERIFY(!request.hasQuery);
+        QCOMPARE(request.body, QByteArray());
+    }
+
+    void readSendsGetScriptWithRawName()
+    {
+        m_engine->setDefaultAnswer(TPScriptedAnswer::ok("x = 1"));
+        const auto outcome = read(QStringLiteral("lib/util/a.lua"));
+        QTRY_COMPARE(outcome->calls, 1);
+        const TPRecordedRequest &request = m_engine->requests().first();
+        QCOMPARE(request.method, QByteArray("GET"));
+        QCOMPARE(request.path, QStringLiteral("/script"));
+        QCOMPARE(request.rawQuery, QStringLiteral("name=lib/util/a.lua"));
+        QCOMPARE(request.body, QByteArray());
+        QCOMPARE(orNone(outcome->result.text), QStringLiteral("x = 1"));
+        QCOMPARE(outcome->result.error, std::nullopt);
+    }
+
+    void judgedOperationSendsItsRequest_data() { addJudgedRows(); }
+    void judgedOperationSendsItsRequest()
+    {
+        QFETCH(JudgedRow, row);
+        const auto outcome = runJudged(row.operation, QStringLiteral("lib/a.lua"));
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(m_engine->requests().size(), 1);
+        const TPRecordedRequest &request = m_engine->requests().first();
+        QCOMPARE(request.method, row.method);
+        QCOMPARE(request.path, row.path);
+        QCOMPARE(request.rawQuery, row.query);
+        QCOMPARE(request.body, row.body.value_or(QByteArray()));
+        QVERIFY(request.header("content-type").isEmpty());
+    }
+
+    void judgedOperationSucceedsOnStatus200WhateverTheBody_data() { addJudgedRows(); }
+    void judgedOperationSucceedsOnStatus200WhateverTheBody()
+    {
+        QFETCH(JudgedRow, row);
+        m_engine->setDefaultAnswer(TPScriptedAnswer::ok("{\"ok\":false,\"error\":\"nope\"}"));
+        const auto outcome = runJudged(row.operation, QStringLiteral("lib/a.lua"));
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(outcome->result.error, std::nullopt);
+        QVERIFY(outcome->ranOnMainThread);
+        QVERIFY(outcome->ranAfterReturn);
+    }
+
+    void judgedOperationFailsWithItsMessageOnOtherStatus_data() { addJudgedRows(); }
+    void judgedOperationFailsWithItsMessageOnOtherStatus()
+    {
+        QFETCH(JudgedRow, row);
+        for (int status : {201, 404, 409, 500}) {
+            m_engine->setDefaultAnswer(TPScriptedAnswer::withStatus(status, "engine says no"));
+            const auto outcome = runJudged(row.operation, QStringLiteral("lib/a.lua"));
+            QTRY_COMPARE(outcome->calls, 1);
+            QCOMPARE(outcome->result.error, std::optional<TPError>(engineError(row.failure)));
+        }
+    }
+
+    void judgedOperationPassesTransportErrorUnchanged_data() { addJudgedRows(); }
+    void judgedOperationPassesTransportErrorUnchanged()
+    {
+        QFETCH(JudgedRow, row);
+        stopEngine();
+        const auto outcome = runJudged(row.operation, QStringLiteral("lib/a.lua"));
+        QTRY_COMPARE(outcome->calls, 1);
+        QVERIFY(outcome->result.error.has_value());
+        QCOMPARE(outcome->result.error->domain, QStringLiteral("QNetworkReply"));
+        QCOMPARE(outcome->result.error->code, int(QNetworkReply::ConnectionRefusedError));
+    }
+
+    void postSettingsSendsCompactJsonAndIgnoresTheAnswer()
+    {
+        m_engine->setDefaultAnswer(TPScriptedAnswer::withStatus(500, "broken"));
+        TPEngineAPI::postSettings({{QStringLiteral("tp_debug_touch"), true},
+                                   {QStringLiteral("tp_touch_size"), qint64(44)}});
+        QTRY_COMPARE(m_engine->requests().size(), 1);
+        const TPRecordedRequest &request = m_engine->requests().first();
+        QCOMPARE(request.method, QByteArray("POST"));
+        QCOMPARE(request.path, QStringLiteral("/settings"));
+        QVERIFY(!request.hasQuery);
+        QVERIFY(request.header("content-type").isEmpty());
+        QVERIFY(!request.body.contains(' '));
+        QVERIFY(!request.body.contains('\n'));
+        const QJsonObject sent = QJsonDocument::fromJson(request.body).object();
+        QCOMPARE(sent.value(QStringLiteral("tp_debug_touch")), QJsonValue(true));
+        QCOMPARE(sent.value(QStringLiteral("tp_touch_size")), QJsonValue(44));
+    }
+
+    // ---- listing ----
+
+    void listingWithEntriesArrayIsAcceptedWhateverTheStatus()
+    {
+        m_engine->setDefaultAnswer(TPScriptedAnswer::withStatus(
+            500,
+            "{\"entries\":[{\"path\":\"a.lua\",\"dir\":false},{\"path\":\"lib\",\"dir\":true}]}"));
+        const auto outcome = list();
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(outcome->result.error, std::nullopt);
+        QCOMPARE(outcome->result.entries.size(), 2);
+        QCOMPARE(outcome->result.entries.at(1).toObject().value(QStringLiteral("path")),
+                 QJsonValue(QStringLiteral("lib")));
+    }
+
+    void listingEntriesAreDeliveredUntouched()
+    {
+        const QByteArray body = "{\"entries\":[{\"path\":\"a.lua\",\"dir\":false,\"size\":12},"
+                                "\"odd\",{\"nopath\":1}],\"x\":1}";
+        m_engine->setDefaultAnswer(TPScriptedAnswer::ok(body));
+        const auto outcome = list();
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(outcome->result.entries,
+                 QJsonDocument::fromJson(body).object().value(QStringLiteral("entries")).toArray());
+    }
+
+    void listingThatIsNotAnObjectWithEntriesArrayIsInvalid_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        QTest::newRow("top-level array") << QByteArray("[]");
+        QTest::newRow("empty body") << QByteArray("");
+        QTest::newRow("not json") << QByteArray("<html>oops</html>");
+        QTest::newRow("no entries") << QByteArray("{\"files\":[]}");
+        QTest::newRow("entries not array") << QByteArray("{\"entries\":{\"a\":1}}");
+        QTest::newRow("entries null") << QByteArray("{\"entries\":null}");
+        QTest::newRow("truncated") << QByteArray("{\"entries\":[{\"path\":\"a");
+    }
+    void listingThatIsNotAnObjectWithEntriesArrayIsInvalid()
+    {
+        QFETCH(QByteArray, body);
+        m_engine->setDefaultAnswer(TPScriptedAnswer::ok(body));
+        const auto outcome = list();
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(outcome->result.entries, QJsonArray());
+        QCOMPARE(outcome->result.error,
+                 std::optional<TPError>(engineError("Dữ liệu /scripts không hợp lệ")));
+    }
+
+    void emptyEntriesArrayIsAnEmptyListing()
+    {
+        m_engine->setDefaultAnswer(TPScriptedAnswer::ok("{\"entries\":[]}"));
+        const auto outcome = list();
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(outcome->result.entries, QJsonArray());
+        QCOMPARE(outcome->result.error, std::nullopt);
+    }
+
+    void listingTransportErrorDeliversEmptyListAndTheError()
+    {
+        stopEngine();
+        const auto outcome = list();
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(outcome->result.entries, QJsonArray());
+        QVERIFY(outcome->result.error.has_value());
+        QCOMPARE(outcome->result.error->code, int(QNetworkReply::ConnectionRefusedError));
+    }
+
+    // ---- read ----
+
+    void readOfInvalidUtf8OrEmptyFileYieldsEmptyText_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        QTest::newRow("invalid utf-8") << QByteArray("abc\xff\xfe");
+        QTest::newRow("empty file") << QByteArray();
+    }
+    void readOfInvalidUtf8OrEmptyFileYieldsEmptyText()
+    {
+        QFETCH(QByteArray, body);
+        m_engine->setDefaultAnswer(TPScriptedAnswer::ok(body));
+        const auto outcome = read(QStringLiteral("a.lua"));
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(orNone(outcome->result.text), QString());
+        QCOMPARE(outcome->result.error, std::nullopt);
+    }
+
+    void readWithStatus404YieldsNoTextAndItsMessage()
+    {
+        m_engine->setDefaultAnswer(TPScriptedAnswer::withStatus(404, "not found"));
+        const auto outcome = read(QStringLiteral("missing.lua"));
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(orNone(outcome->result.text), TPNone);
+        QCOMPARE(outcome->result.error, std::optional<TPError>(engineError("Không đọc được file")));
+    }
+
+    void readTransportErrorYieldsNoTextAndTheError()
+    {
+        stopEngine();
+        const auto outcome = read(QStringLiteral("a.lua"));
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(orNone(outcome->result.text), TPNone);
+        QCOMPARE(outcome->result.error->domain, QStringLiteral("QNetworkReply"));
+    }
+
+    void readDecodesUtf8Text()
+    {
+        m_engine->setDefaultAnswer(TPScriptedAnswer::ok("-- Xin chào\ntap(1, 2)\n"));
+        const auto outcome = read(QStringLiteral("a.lua"));
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(orNone(outcome->result.text), QString::fromUtf8("-- Xin chào\ntap(1, 2)\n"));
+    }
+
+    // ---- paths the URL check rejects, and reserved characters ----
+
+    void pathOutsideUrlCharactersFailsEveryOperationWithoutTraffic_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("space") << QStringLiteral("my script.lua");
+        QTest::newRow("vietnamese") << QString::fromUtf8("tệp.lua");
+    }
+    void pathOutsideUrlCharactersFailsEveryOperationWithoutTraffic()
+    {
+        QFETCH(QString, path);
+        const TPError invalid = engineError("URL không hợp lệ");
+        for (const JudgedRow &row : judgedRows()) {
+            const auto outcome = runJudged(row.operation, path);
+            QTRY_COMPARE(outcome->calls, 1);
+            QCOMPARE(outcome->result.error, std::optional<TPError>(invalid));
+        }
+        const auto text = read(path);
+        QTRY_COMPARE(text->calls, 1);
+        QCOMPARE(orNone(text->result.text), TPNone);
+        QCOMPARE(text->result.error, std::optional<TPError>(invalid));
+        // The rename destination is checked as well.
+        const auto renamed = runJudged(
+            [](const QString &p, Completion c) {
+                TPEngineAPI::renameScript(QStringLiteral("a.lua"), p, std::move(c));
+            },
+            path);
+        QTRY_COMPARE(renamed->calls, 1);
+        QCOMPARE(renamed->result.error, std::optional<TPError>(invalid));
+        flush();
+        QCOMPARE(m_engine->requests().size(), 1);
+        QCOMPARE(m_engine->requests().first().path, QStringLiteral("/scripts"));
+    }
+
+    void ampersandInPathReachesTheEngineAsTwoParameters()
+    {
+        const auto outcome = runJudged(judgedRows().at(1).operation, QStringLiteral("a&b.lua"));
+        QTRY_COMPARE(outcome->calls, 1);
+        const TPRecordedRequest &request = m_engine->requests().first();
+        QCOMPARE(request.rawQuery, QStringLiteral("name=a&b.lua"));
+        const QUrlQuery parsed(request.rawQuery);
+        QCOMPARE(parsed.queryItemValue(QStringLiteral("name")), QStringLiteral("a"));
+        QVERIFY(parsed.hasQueryItem(QStringLiteral("b.lua")));
+    }
+
+    void hashInPathReachesTheEngineCutShort()
+    {
+        const auto outcome = read(QStringLiteral("a#b.lua"));
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(m_engine->requests().first().rawQuery, QStringLiteral("name=a"));
+    }
+
+    // ---- settings ----
+
+    void settingsJsonCannotRepresentSendsNoRequest_data()
+    {
+        QTest::addColumn<QVariant>("value");
+        QTest::newRow("nan") << QVariant(std::nan(""));
+        QTest::newRow("infinity") << QVariant(std::numeric_limits<double>::infinity());
+        QTest::newRow("date") << QVariant(QDateTime::currentDateTimeUtc());
+        QTest::newRow("bytes") << QVariant(QByteArray("\x01"));
+        QTest::newRow("nested nan")
+            << QVariant(QVariantList{1, QVariant(std::numeric_limits<double>::quiet_NaN())});
+    }
+    void settingsJsonCannotRepresentSendsNoRequest()
+    {
+        QFETCH(QVariant, value);
+        TPEngineAPI::postSettings(
+            {{QStringLiteral("tp_debug_touch"), true}, {QStringLiteral("bad"), value}});
+        flush();
+        QCOMPARE(m_engine->requests().size(), 1);
+        QCOMPARE(m_engine->requests().first().path, QStringLiteral("/scripts"));
+    }
+
+    void settingsWithEngineDownReportNothing()
+    {
+        stopEngine();
+        TPEngineAPI::postSettings({{QStringLiteral("tp_debug_touch"), true}});
+        const auto outcome = list();
+        QTRY_COMPARE(outcome->calls, 1);
+        QVERIFY(outcome->result.error.has_value());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTPEngineAPIOperations)
+#include "tst_tpengineapi_operations.moc"

@@ -1,0 +1,372 @@
+#include "tpengineapi.h"
+#include "tpoutcome.h"
+#include "tprecordingengine.h"
+
+#include <QElapsedTimer>
+#include <QNetworkAccessManager>
+#include <QNetworkProxy>
+#include <QNetworkReply>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTest>
+
+#include <thread>
+
+namespace {
+
+struct Response
+{
+    std::optional<QByteArray> body;
+    int status = -1;
+    TPEngineAPI::Error error;
+};
+using Outcome = TPOutcome<Response>;
+
+const TPError kInvalidUrl = TPEngineAPI::errorMsg(QString::fromUtf8("URL không hợp lệ"));
+
+// The stack's own headers; the client adds none of its own.
+const QList<QByteArray> kStackHeaders = {
+    "host", "connection", "accept-encoding", "accept-language", "user-agent", "content-length"};
+
+std::shared_ptr<Outcome> send(const QString &method, const QString &path,
+                              const std::optional<QString> &query,
+                              const std::optional<QByteArray> &body = std::nullopt)
+{
+    auto outcome = std::make_shared<Outcome>();
+    TPEngineAPI::requestMethod(
+        method, path, query, body,
+        Outcome::recorder<std::optional<QByteArray>, int, TPEngineAPI::Error>(outcome));
+    outcome->markReturned();
+    return outcome;
+}
+
+quint16 closedPort()
+{
+    QTcpServer probe;
+    probe.listen(QHostAddress::LocalHost, 0);
+    const quint16 port = probe.serverPort();
+    probe.close();
+    return port;
+}
+
+} // namespace
+
+class TestTPEngineAPIRequest : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<TPRecordingEngine> m_engine;
+
+    // Waits for one more request round trip, so that anything sent before it has arrived.
+    void flushWithValidRequest()
+    {
+        const auto sentinel =
+            send(QStringLiteral("GET"), QStringLiteral("/sentinel"), std::nullopt);
+        QTRY_COMPARE(sentinel->calls, 1);
+    }
+
+private slots:
+    void init()
+    {
+        m_engine = std::make_unique<TPRecordingEngine>();
+        QVERIFY(m_engine->start());
+        TPEngineAPI::setBaseAddressForTesting(m_engine->baseAddress());
+    }
+    void cleanup() { m_engine.reset(); }
+
+    void baseAddressIsTheLoopbackEngine()
+    {
+        QCOMPARE(QString::fromLatin1(TPEngineAPI::BaseAddress),
+                 QStringLiteral("http://127.0.0.1:8090"));
+    }
+
+    void sessionIsSharedWithoutProxyOrCache()
+    {
+        QNetworkAccessManager *session = TPEngineAPI::session();
+        QCOMPARE(TPEngineAPI::session(), session);
+        QCOMPARE(session->thread(), QCoreApplication::instance()->thread());
+        QCOMPARE(session->proxy().type(), QNetworkProxy::NoProxy);
+        QCOMPARE(session->cache(), nullptr);
+    }
+
+    void engineErrorCarriesDomainCodeAndMessage()
+    {
+        const TPError error = TPEngineAPI::errorMsg(QStringLiteral("Lưu thất bại"));
+        QCOMPARE(error.domain, QStringLiteral("TPEngineAPI"));
+        QCOMPARE(error.code, -1);
+        QCOMPARE(error.localizedDescription, QStringLiteral("Lưu thất bại"));
+    }
+
+    void absentOrEmptyQueryRequestsThePathWithoutQuestionMark_data()
+    {
+        QTest::addColumn<std::optional<QString>>("query");
+        QTest::newRow("absent") << std::optional<QString>();
+        QTest::newRow("empty") << std::optional<QString>(QString());
+    }
+    void absentOrEmptyQueryRequestsThePathWithoutQuestionMark()
+    {
+        QFETCH(std::optional<QString>, query);
+        const auto outcome = send(QStringLiteral("GET"), QStringLiteral("/scripts"), query);
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(m_engine->requests().size(), 1);
+        const TPRecordedRequest &request = m_engine->requests().first();
+        QCOMPARE(request.method, QByteArray("GET"));
+        QCOMPARE(request.path, QStringLiteral("/scripts"));
+        QVERIFY(!request.hasQuery);
+        QCOMPARE(outcome->result.status, 200);
+    }
+
+    void methodPathQueryAndBodyTravelAsGiven()
+    {
+        const QByteArray body("line 1\nline 2\0binary", 20);
+        const auto outcome = send(QStringLiteral("POST"), QStringLiteral("/script"),
+                                  QStringLiteral("name=lib/a.lua"), body);
+        QTRY_COMPARE(outcome->calls, 1);
+        const TPRecordedRequest &request = m_engine->requests().first();
+        QCOMPARE(request.method, QByteArray("POST"));
+        QCOMPARE(request.path, QStringLiteral("/script"));
+        QCOMPARE(request.rawQuery, QStringLiteral("name=lib/a.lua"));
+        QCOMPARE(request.body, body);
+    }
+
+    void presentEmptyBodyIsSentAsZeroBytes()
+    {
+        const auto outcome = send(QStringLiteral("POST"), QStringLiteral("/script"),
+                                  QStringLiteral("name=new.lua"), QByteArray());
+        QTRY_COMPARE(outcome->calls, 1);
+        const TPRecordedRequest &request = m_engine->requests().first();
+        QCOMPARE(request.method, QByteArray("POST"));
+        QCOMPARE(request.body, QByteArray());
+    }
+
+    void clientAddsNoHeaderOfItsOwn_data()
+    {
+        QTest::addColumn<QString>("method");
+        QTest::addColumn<std::optional<QByteArray>>("body");
+        QTest::newRow("GET") << "GET" << std::optional<QByteArray>();
+        QTest::newRow("POST text") << "POST" << std::optional<QByteArray>("print('hi')");
+        QTest::newRow("POST json") << "POST" << std::optional<QByteArray>("{\"a\":1}");
+        QTest::newRow("DELETE") << "DELETE" << std::optional<QByteArray>();
+    }
+    void clientAddsNoHeaderOfItsOwn()
+    {
+        QFETCH(QString, method);
+        QFETCH(std::optional<QByteArray>, body);
+        const auto outcome = send(method, QStringLiteral("/x"), QStringLiteral("name=a"), body);
+        QTRY_COMPARE(outcome->calls, 1);
+        const TPRecordedRequest &request = m_engine->requests().first();
+        QCOMPARE(request.method, method.toLatin1());
+        for (const QByteArray &name : request.headerNames())
+            QVERIFY2(kStackHeaders.contains(name), name.constData());
+        QVERIFY(request.header("content-type").isEmpty());
+        QVERIFY(request.header("accept").isEmpty());
+        QVERIFY(request.header("authorization").isEmpty());
+        QVERIFY(request.header("cookie").isEmpty());
+    }
+
+    void queryWithCharacterOutsideUrlSetFailsWithoutTraffic_data()
+    {
+        QTest::addColumn<QString>("query");
+        QTest::newRow("space") << QStringLiteral("name=my script.lua");
+        QTest::newRow("vietnamese letter") << QString::fromUtf8("name=tệp.lua");
+        QTest::newRow("control character") << QStringLiteral("name=a\u0001.lua");
+        QTest::newRow("pipe") << QStringLiteral("name=a|b.lua");
+        QTest::newRow("double quote") << QStringLiteral("name=a\"b");
+        QTest::newRow("angle bracket") << QStringLiteral("name=a<b");
+        QTest::newRow("backslash") << QStringLiteral("name=a\\b");
+        QTest::newRow("caret") << QStringLiteral("name=a^b");
+        QTest::newRow("brace") << QStringLiteral("name={a}");
+        QTest::newRow("stray percent") << QStringLiteral("name=100%");
+        QTest::newRow("bad escape") << QStringLiteral("name=%zz");
+        QTest::newRow("tab") << QStringLiteral("name=a\tb");
+    }
+    void queryWithCharacterOutsideUrlSetFailsWithoutTraffic()
+    {
+        QFETCH(QString, query);
+        const auto outcome = send(QStringLiteral("GET"), QStringLiteral("/script"), query);
+        QCOMPARE(outcome->calls, 0);
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(outcome->result.status, 0);
+        QCOMPARE(outcome->result.body, std::nullopt);
+        QCOMPARE(outcome->result.error, kInvalidUrl);
+        QVERIFY(outcome->ranOnMainThread);
+        QVERIFY(outcome->ranAfterReturn);
+        flushWithValidRequest();
+        QCOMPARE(m_engine->requests().size(), 1);
+        QCOMPARE(m_engine->requests().first().path, QStringLiteral("/sentinel"));
+    }
+
+    void reservedCharactersPassUnescaped_data()
+    {
+        QTest::addColumn<QString>("query");
+        QTest::addColumn<QString>("seen");
+        QTest::newRow("ampersand splits") << "name=a&b.lua"
+                                          << "name=a&b.lua";
+        QTest::newRow("equals kept") << "name=a=b.lua"
+                                     << "name=a=b.lua";
+        QTest::newRow("hash cuts") << "name=a#b.lua"
+                                   << "name=a";
+        QTest::newRow("escape kept") << "name=a%20b.lua"
+                                     << "name=a%20b.lua";
+        QTest::newRow("sub-delims") << "name=(a)!$',;*+.lua"
+                                    << "name=(a)!$',;*+.lua";
+    }
+    void reservedCharactersPassUnescaped()
+    {
+        QFETCH(QString, query);
+        QFETCH(QString, seen);
+        const auto outcome = send(QStringLiteral("GET"), QStringLiteral("/script"), query);
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(outcome->result.error, std::nullopt);
+        QCOMPARE(m_engine->requests().size(), 1);
+        QCOMPARE(m_engine->requests().first().rawQuery, seen);
+    }
+
+    void stoppedEngineGivesStatusZeroAndConnectionError()
+    {
+        TPEngineAPI::setBaseAddressForTesting(
+            QStringLiteral("http://127.0.0.1:%1").arg(closedPort()));
+        const auto outcome = send(QStringLiteral("GET"), QStringLiteral("/scripts"), std::nullopt);
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(outcome->result.status, 0);
+        QCOMPARE(outcome->result.body, std::nullopt);
+        QVERIFY(outcome->result.error.has_value());
+        QCOMPARE(outcome->result.error->domain, QStringLiteral("QNetworkReply"));
+        QCOMPARE(outcome->result.error->code, int(QNetworkReply::ConnectionRefusedError));
+        QVERIFY(!outcome->result.error->localizedDescription.isEmpty());
+    }
+
+    void hangingEngineTimesOutAfterFiveSeconds()
+    {
+        m_engine->setDefaultAnswer(TPScriptedAnswer::failing(TPScriptedAnswer::Fault::Hang));
+        QElapsedTimer clock;
+        clock.start();
+        const auto outcome = send(QStringLiteral("GET"), QStringLiteral("/scripts"), std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(outcome->calls, 1, 15000);
+        const qint64 elapsed = clock.elapsed();
+        QVERIFY2(elapsed >= 4500 && elapsed < 10000, QByteArray::number(elapsed));
+        QCOMPARE(outcome->result.status, 0);
+        QVERIFY(outcome->result.error.has_value());
+        QCOMPARE(outcome->result.error->code, int(QNetworkReply::TimeoutError));
+    }
+
+    void tricklingAnswerIsCutAtTheWholeRequestLimit()
+    {
+        m_engine->setDefaultAnswer(TPScriptedAnswer::failing(TPScriptedAnswer::Fault::Trickle));
+        QElapsedTimer clock;
+        clock.start();
+        const auto outcome =
+            send(QStringLiteral("GET"), QStringLiteral("/script"), QStringLiteral("name=a.lua"));
+        QTRY_COMPARE_WITH_TIMEOUT(outcome->calls, 1, 15000);
+        const qint64 elapsed = clock.elapsed();
+        QVERIFY2(elapsed >= 4500 && elapsed < 10000, QByteArray::number(elapsed));
+        QVERIFY(outcome->result.error.has_value());
+        QCOMPARE(outcome->result.error->code, int(QNetworkReply::TimeoutError));
+        QCOMPARE(outcome->result.body, std::nullopt);
+    }
+
+    void bodyCutOffMidwayIsATransportError()
+    {
+        m_engine->setDefaultAnswer(TPScriptedAnswer::failing(TPScriptedAnswer::Fault::CutBody));
+        const auto outcome =
+            send(QStringLiteral("GET"), QStringLiteral("/script"), QStringLiteral("name=a.lua"));
+        QTRY_COMPARE(outcome->calls, 1);
+        QVERIFY(outcome->result.error.has_value());
+        QCOMPARE(outcome->result.error->domain, QStringLiteral("QNetworkReply"));
+        QCOMPARE(outcome->result.body, std::nullopt);
+    }
+
+    void droppedConnectionIsATransportError()
+    {
+        m_engine->setDefaultAnswer(TPScriptedAnswer::failing(TPScriptedAnswer::Fault::Drop));
+        const auto outcome = send(QStringLiteral("GET"), QStringLiteral("/scripts"), std::nullopt);
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(outcome->result.status, 0);
+        QVERIFY(outcome->result.error.has_value());
+        QCOMPARE(outcome->result.error->domain, QStringLiteral("QNetworkReply"));
+    }
+
+    void errorStatusWithBodyIsDeliveredAsPlainStatus_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::newRow("404") << 404;
+        QTest::newRow("400") << 400;
+        QTest::newRow("409") << 409;
+        QTest::newRow("500") << 500;
+        QTest::newRow("503") << 503;
+    }
+    void errorStatusWithBodyIsDeliveredAsPlainStatus()
+    {
+        QFETCH(int, status);
+        m_engine->setDefaultAnswer(TPScriptedAnswer::withStatus(status, "no such file"));
+        const auto outcome = send(QStringLiteral("GET"), QStringLiteral("/script"),
+                                  QStringLiteral("name=missing.lua"));
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(outcome->result.status, status);
+        QCOMPARE(outcome->result.body, std::optional<QByteArray>("no such file"));
+        QCOMPARE(outcome->result.error, std::nullopt);
+    }
+
+    void completionRunsOnceOnMainThreadAfterTheCallReturns_data()
+    {
+        QTest::addColumn<QString>("query");
+        QTest::addColumn<bool>("engineUp");
+        QTest::newRow("answered") << "name=a.lua" << true;
+        QTest::newRow("invalid url") << "name=a b" << true;
+        QTest::newRow("transport error") << "name=a.lua" << false;
+    }
+    void completionRunsOnceOnMainThreadAfterTheCallReturns()
+    {
+        QFETCH(QString, query);
+        QFETCH(bool, engineUp);
+        if (!engineUp)
+            TPEngineAPI::setBaseAddressForTesting(
+                QStringLiteral("http://127.0.0.1:%1").arg(closedPort()));
+        const auto outcome = send(QStringLiteral("GET"), QStringLiteral("/script"), query);
+        QTRY_COMPARE(outcome->calls, 1);
+        QVERIFY(outcome->ranOnMainThread);
+        QVERIFY(outcome->ranAfterReturn);
+        TPEngineAPI::setBaseAddressForTesting(m_engine->baseAddress());
+        flushWithValidRequest();
+        QCOMPARE(outcome->calls, 1);
+    }
+
+    void callFromAnotherThreadCompletesOnTheMainThread()
+    {
+        auto outcome = std::make_shared<Outcome>();
+        std::thread worker([outcome] {
+            TPEngineAPI::requestMethod(
+                QStringLiteral("GET"), QStringLiteral("/scripts"), std::nullopt, std::nullopt,
+                Outcome::recorder<std::optional<QByteArray>, int, TPEngineAPI::Error>(outcome));
+            outcome->markReturned();
+        });
+        worker.join();
+        QTRY_COMPARE(outcome->calls, 1);
+        QVERIFY(outcome->ranOnMainThread);
+        QCOMPARE(outcome->result.status, 200);
+        QCOMPARE(m_engine->requests().size(), 1);
+    }
+
+    void concurrentRequestsCompleteInTheOrderTheyFinish()
+    {
+        m_engine->setResponder([](const TPRecordedRequest &request) {
+            TPScriptedAnswer answer = TPScriptedAnswer::ok(request.rawQuery.toUtf8());
+            answer.delayMs = request.rawQuery == QLatin1String("name=slow") ? 600 : 0;
+            return answer;
+        });
+        QStringList order;
+        for (const char *name : {"name=slow", "name=fast"}) {
+            TPEngineAPI::requestMethod(
+                QStringLiteral("GET"), QStringLiteral("/script"), QString::fromLatin1(name),
+                std::nullopt,
+                [&order](const std::optional<QByteArray> &body, int, const TPEngineAPI::Error &) {
+                    order.append(QString::fromLatin1(body.value_or("?")));
+                });
+        }
+        QTRY_COMPARE(order.size(), 2);
+        QCOMPARE(order, QStringList({"name=fast", "name=slow"}));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTPEngineAPIRequest)
+#include "tst_tpengineapi_request.moc"

@@ -1,0 +1,154 @@
+#include "tpscripttree.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+
+namespace {
+
+QJsonValue file(const QString &path)
+{
+    return QJsonObject{{QStringLiteral("path"), path}, {QStringLiteral("dir"), false}};
+}
+
+QJsonValue folder(const QString &path)
+{
+    return QJsonObject{{QStringLiteral("path"), path}, {QStringLiteral("dir"), true}};
+}
+
+QStringList names(const QJsonArray &children)
+{
+    QStringList result;
+    for (const QJsonValue &child : children)
+        result.append(TPScriptTree::entryName(child));
+    return result;
+}
+
+QStringList childrenOf(const QString &folderPath, const QJsonArray &listing)
+{
+    return names(TPScriptTree::filterChildrenOf(folderPath, listing));
+}
+
+} // namespace
+
+class TestTPScriptTree : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void rootListsFoldersFirstThenFilesAndSkipsDeeperEntries()
+    {
+        const QJsonArray listing = {file("b.lua"), folder("A"), file("a/x.lua"), folder("c")};
+        QCOMPARE(childrenOf(QString(), listing), QStringList({"A", "c", "b.lua"}));
+    }
+
+    void subFolderListsOnlyItsDirectChildren()
+    {
+        const QJsonArray listing = {folder("a"), file("a/x.lua"), folder("a/sub"),
+                                    file("a/sub/y.lua"), file("ab/z.lua")};
+        QCOMPARE(childrenOf(QStringLiteral("a"), listing), QStringList({"sub", "x.lua"}));
+    }
+
+    void childrenAreTheListingsOwnEntries()
+    {
+        QJsonObject entry{{QStringLiteral("path"), QStringLiteral("a/x.lua")},
+                          {QStringLiteral("dir"), false},
+                          {QStringLiteral("size"), 12}};
+        const QJsonArray children = TPScriptTree::filterChildrenOf(QStringLiteral("a"), {entry});
+        QCOMPARE(children, QJsonArray({entry}));
+    }
+
+    void leadingSlashIsNeverListedAtTheRoot()
+    {
+        QCOMPARE(childrenOf(QString(), {file("/x.lua")}), QStringList());
+    }
+
+    void trailingOrDoubledSeparatorIsLeftOut()
+    {
+        const QJsonArray listing = {folder("a/"), file("a//x.lua")};
+        QCOMPARE(childrenOf(QString(), listing), QStringList());
+        QCOMPARE(childrenOf(QStringLiteral("a"), listing), QStringList());
+    }
+
+    void entryWithoutUsablePathIsSkippedAndWithoutDirIsAFile()
+    {
+        const QJsonArray listing = {
+            QJsonObject{{QStringLiteral("dir"), true}},
+            QJsonObject{{QStringLiteral("path"), QString()}},
+            QJsonObject{{QStringLiteral("path"), 12}},
+            QJsonObject{{QStringLiteral("path"), QJsonValue::Null}},
+            QJsonValue(QStringLiteral("loose.lua")),
+            QJsonValue(7),
+            QJsonObject{{QStringLiteral("path"), QStringLiteral("plain.lua")}},
+        };
+        const QJsonArray children = TPScriptTree::filterChildrenOf(QString(), listing);
+        QCOMPARE(names(children), QStringList({"plain.lua"}));
+        QVERIFY(!TPScriptTree::isFolderEntry(children.first()));
+        QCOMPARE(TPScriptTree::rowLabel(children.first()), QString::fromUtf8("📄 plain.lua"));
+    }
+
+    void rowLabelShowsFolderOrFileIconAndName()
+    {
+        QCOMPARE(TPScriptTree::rowLabel(folder("lib/util")), QString::fromUtf8("📁 util"));
+        QCOMPARE(TPScriptTree::rowLabel(file("lib/util/x.lua")), QString::fromUtf8("📄 x.lua"));
+    }
+
+    void dirIsReadByItsTruthValue()
+    {
+        const auto withDir = [](const QJsonValue &dir) {
+            return QJsonObject{{QStringLiteral("path"), QStringLiteral("x")},
+                               {QStringLiteral("dir"), dir}};
+        };
+        QVERIFY(TPScriptTree::isFolderEntry(withDir(true)));
+        QVERIFY(TPScriptTree::isFolderEntry(withDir(1)));
+        QVERIFY(TPScriptTree::isFolderEntry(withDir(QStringLiteral("true"))));
+        QVERIFY(!TPScriptTree::isFolderEntry(withDir(false)));
+        QVERIFY(!TPScriptTree::isFolderEntry(withDir(0)));
+        QVERIFY(!TPScriptTree::isFolderEntry(withDir(QStringLiteral("false"))));
+        QVERIFY(!TPScriptTree::isFolderEntry(withDir(QJsonValue::Null)));
+    }
+
+    void prefixMatchIsCaseSensitive()
+    {
+        QCOMPARE(childrenOf(QStringLiteral("A"), {file("a/x.lua")}), QStringList());
+        QCOMPARE(childrenOf(QStringLiteral("a"), {file("a/x.lua")}), QStringList({"x.lua"}));
+    }
+
+    void namesSortIgnoringCaseWithoutNumericOrdering()
+    {
+        QCOMPARE(childrenOf(QString(), {file("Zeta.lua"), file("alpha.lua")}),
+                 QStringList({"alpha.lua", "Zeta.lua"}));
+        QCOMPARE(childrenOf(QString(), {file("9.lua"), file("10.lua")}),
+                 QStringList({"10.lua", "9.lua"}));
+        QCOMPARE(childrenOf(QString(), {file("run2.lua"), file("run10.lua")}),
+                 QStringList({"run10.lua", "run2.lua"}));
+        const QStringList equal = childrenOf(QString(), {file("Alpha"), file("alpha")});
+        QCOMPARE(equal.size(), 2);
+        QCOMPARE(equal.first().toLower(), QStringLiteral("alpha"));
+    }
+
+    void folderAndFileOfTheSameNameListFolderFirstWithoutDeduplication()
+    {
+        const QJsonArray listing = {file("x"), folder("x"), file("x")};
+        const QJsonArray children = TPScriptTree::filterChildrenOf(QString(), listing);
+        QCOMPARE(children.size(), 3);
+        QVERIFY(TPScriptTree::isFolderEntry(children.at(0)));
+    }
+
+    void emptyOrUnmatchedListingYieldsNoChildren()
+    {
+        QCOMPARE(TPScriptTree::filterChildrenOf(QString(), {}), QJsonArray());
+        QCOMPARE(TPScriptTree::filterChildrenOf(QStringLiteral("lib"), {file("a.lua")}),
+                 QJsonArray());
+    }
+
+    void foldersAreNeverImplied()
+    {
+        const QJsonArray listing = {file("a/b.lua")};
+        QCOMPARE(childrenOf(QString(), listing), QStringList());
+        QCOMPARE(childrenOf(QStringLiteral("a"), listing), QStringList({"b.lua"}));
+    }
+};
+
+QTEST_APPLESS_MAIN(TestTPScriptTree)
+#include "tst_tpscripttree.moc"
