@@ -23,7 +23,8 @@ struct TPOutcome
     {
         return [outcome](Args... args) {
             ++outcome->calls;
-            outcome->ranOnMainThread = QThread::currentThread() == QCoreApplication::instance()->thread();
+            outcome->ranOnMainThread =
+                QThread::currentThread() == QCoreApplication::instance()->thread();
             outcome->ranAfterReturn = outcome->callReturned;
             outcome->result = Result{std::move(args)...};
         };
