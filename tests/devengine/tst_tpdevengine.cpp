@@ -1,0 +1,446 @@
+#include "tpdevengine.h"
+#include "tpengineapi.h"
+#include "tpoutcome.h"
+#include "tptestutil.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+using Error = TPEngineAPI::Error;
+
+struct Judged
+{
+    Error error;
+};
+struct Listing
+{
+    QJsonArray entries;
+    Error error;
+};
+struct Text
+{
+    std::optional<QString> text;
+    Error error;
+};
+
+QByteArray readBytes(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+void writeBytes(const QString &path, const QByteArray &bytes)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(bytes);
+}
+
+const TPError kNoCompletion{QStringLiteral("test"), 0, QStringLiteral("no completion")};
+
+// Runs one status-judged operation and waits for its completion.
+template <typename Operation>
+Error judged(Operation operation)
+{
+    auto outcome = std::make_shared<TPOutcome<Judged>>();
+    operation(TPOutcome<Judged>::recorder<Error>(outcome));
+    if (!QTest::qWaitFor([&] { return outcome->calls == 1; }, 10000))
+        return kNoCompletion;
+    return outcome->result.error;
+}
+
+Listing listing()
+{
+    auto outcome = std::make_shared<TPOutcome<Listing>>();
+    TPEngineAPI::scriptsWithCompletion(TPOutcome<Listing>::recorder<QJsonArray, Error>(outcome));
+    if (!QTest::qWaitFor([&] { return outcome->calls == 1; }, 10000))
+        return {{}, kNoCompletion};
+    return outcome->result;
+}
+
+Text readScript(const QString &path)
+{
+    auto outcome = std::make_shared<TPOutcome<Text>>();
+    TPEngineAPI::readScript(path,
+                            TPOutcome<Text>::recorder<std::optional<QString>, Error>(outcome));
+    if (!QTest::qWaitFor([&] { return outcome->calls == 1; }, 10000))
+        return {std::nullopt, kNoCompletion};
+    return outcome->result;
+}
+
+// What the engine answers, for the cases where the status and body themselves matter.
+struct RawAnswer
+{
+    int status = 0;
+    QByteArray body;
+};
+
+RawAnswer raw(const QString &method, const QString &path, const QString &query)
+{
+    RawAnswer answer;
+    bool done = false;
+    TPEngineAPI::requestMethod(
+        method, path, query, std::nullopt,
+        [&](const std::optional<QByteArray> &body, int status, const Error &) {
+            answer = {status, body.value_or(QByteArray())};
+            done = true;
+        });
+    if (!QTest::qWaitFor([&] { return done; }, 10000))
+        return {-1, "no completion"};
+    return answer;
+}
+
+QStringList paths(const QJsonArray &entries)
+{
+    QStringList result;
+    for (const QJsonValue &entry : entries) {
+        const QJsonObject object = entry.toObject();
+        result.append(
+            object.value(QStringLiteral("path")).toString() +
+            (object.value(QStringLiteral("dir")).toBool() ? QStringLiteral("/") : QString()));
+    }
+    return result;
+}
+
+} // namespace
+
+class TestTPDevEngine : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<TPDevEngine> m_engine;
+    QStringList m_log;
+
+    QString root() const { return m_dir->filePath(QStringLiteral("scripts")); }
+    QString inRoot(const QString &relative) const { return root() + u'/' + relative; }
+    QString outside(const QString &name) const { return m_dir->filePath(name); }
+
+private slots:
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_dir->isValid());
+        QVERIFY(QDir().mkpath(root()));
+        m_log.clear();
+        m_engine = std::make_unique<TPDevEngine>(root());
+        connect(m_engine.get(), &TPDevEngine::logLine, this,
+                [this](const QString &line) { m_log.append(line); });
+        const quint16 port = m_engine->listen(0);
+        QVERIFY(port != 0);
+        TPEngineAPI::setBaseAddressForTesting(QStringLiteral("http://127.0.0.1:%1").arg(port));
+    }
+    void cleanup()
+    {
+        m_engine.reset();
+        m_dir.reset();
+    }
+
+    // ---- one end-to-end test per operation ----
+
+    void listingHoldsEveryFileAndFolderRecursively()
+    {
+        writeBytes(inRoot(QStringLiteral("main.lua")), "print(1)");
+        writeBytes(inRoot(QStringLiteral("lib/util/x.lua")), "");
+        QVERIFY(QDir().mkpath(inRoot(QStringLiteral("empty"))));
+        const Listing result = listing();
+        QCOMPARE(result.error, std::nullopt);
+        QCOMPARE(paths(result.entries),
+                 QStringList({"empty/", "lib/", "lib/util/", "lib/util/x.lua", "main.lua"}));
+    }
+
+    void readReturnsTheFileAndMissingFileIs404()
+    {
+        writeBytes(inRoot(QStringLiteral("lib/a.lua")), "-- Xin chào\n");
+        const Text text = readScript(QStringLiteral("lib/a.lua"));
+        QCOMPARE(orNone(text.text), QString::fromUtf8("-- Xin chào\n"));
+        QCOMPARE(
+            raw(QStringLiteral("GET"), QStringLiteral("/script"), QStringLiteral("name=none.lua"))
+                .status,
+            404);
+        QCOMPARE(readScript(QStringLiteral("none.lua")).error,
+                 std::optional<TPError>(
+                     TPEngineAPI::errorMsg(QString::fromUtf8("Không đọc được file"))));
+    }
+
+    void saveWritesTheWholeContent()
+    {
+        writeBytes(inRoot(QStringLiteral("a.lua")), "old content that is longer");
+        QCOMPARE(judged([](auto c) {
+                     TPEngineAPI::saveScript(QStringLiteral("a.lua"), QStringLiteral("new"), c);
+                 }),
+                 std::nullopt);
+        QCOMPARE(readBytes(inRoot(QStringLiteral("a.lua"))), QByteArray("new"));
+        QCOMPARE(judged([](auto c) {
+                     TPEngineAPI::saveScript(QStringLiteral("lib/b.lua"), QStringLiteral("b"), c);
+                 }),
+                 std::nullopt);
+        QCOMPARE(readBytes(inRoot(QStringLiteral("lib/b.lua"))), QByteArray("b"));
+        QCOMPARE(QDir(root()).entryList(QDir::Files | QDir::Hidden), QStringList({"a.lua"}));
+    }
+
+    void createMakesAnEmptyFile()
+    {
+        QCOMPARE(judged([](auto c) { TPEngineAPI::createScript(QStringLiteral("demo.lua"), c); }),
+                 std::nullopt);
+        QVERIFY(QFileInfo(inRoot(QStringLiteral("demo.lua"))).isFile());
+        QCOMPARE(readBytes(inRoot(QStringLiteral("demo.lua"))), QByteArray());
+    }
+
+    void deleteRemovesFilesAndEmptyFoldersButRefusesFullFolders()
+    {
+        writeBytes(inRoot(QStringLiteral("a.lua")), "x");
+        writeBytes(inRoot(QStringLiteral("full/b.lua")), "x");
+        QVERIFY(QDir().mkpath(inRoot(QStringLiteral("empty"))));
+        QCOMPARE(judged([](auto c) { TPEngineAPI::deleteScript(QStringLiteral("a.lua"), c); }),
+                 std::nullopt);
+        QVERIFY(!QFileInfo::exists(inRoot(QStringLiteral("a.lua"))));
+        QCOMPARE(judged([](auto c) { TPEngineAPI::deleteScript(QStringLiteral("empty"), c); }),
+                 std::nullopt);
+        QVERIFY(!QFileInfo::exists(inRoot(QStringLiteral("empty"))));
+        QCOMPARE(
+            raw(QStringLiteral("DELETE"), QStringLiteral("/script"), QStringLiteral("name=full"))
+                .status,
+            409);
+        QVERIFY(QFileInfo::exists(inRoot(QStringLiteral("full/b.lua"))));
+        QCOMPARE(raw(QStringLiteral("DELETE"), QStringLiteral("/script"),
+                     QStringLiteral("name=gone.lua"))
+                     .status,
+                 404);
+        QCOMPARE(judged([](auto c) { TPEngineAPI::deleteScript(QStringLiteral("gone.lua"), c); }),
+                 std::optional<TPError>(TPEngineAPI::errorMsg(QString::fromUtf8("Xoá thất bại"))));
+    }
+
+    void makeFolderCreatesParentsAndRefusesExisting()
+    {
+        QCOMPARE(judged([](auto c) { TPEngineAPI::createFolder(QStringLiteral("a/b/c"), c); }),
+                 std::nullopt);
+        QVERIFY(QFileInfo(inRoot(QStringLiteral("a/b/c"))).isDir());
+        QCOMPARE(raw(QStringLiteral("POST"), QStringLiteral("/mkdir"), QStringLiteral("name=a/b"))
+                     .status,
+                 409);
+    }
+
+    void renameMovesAndRefusesToOverwrite()
+    {
+        writeBytes(inRoot(QStringLiteral("lib/a.lua")), "a");
+        writeBytes(inRoot(QStringLiteral("lib/taken.lua")), "taken");
+        QCOMPARE(judged([](auto c) {
+                     TPEngineAPI::renameScript(QStringLiteral("lib/a.lua"), QStringLiteral("lib/b"),
+                                               c);
+                 }),
+                 std::nullopt);
+        QCOMPARE(readBytes(inRoot(QStringLiteral("lib/b"))), QByteArray("a"));
+        QVERIFY(!QFileInfo::exists(inRoot(QStringLiteral("lib/a.lua"))));
+        QCOMPARE(raw(QStringLiteral("POST"), QStringLiteral("/rename"),
+                     QStringLiteral("from=lib/b&to=lib/taken.lua"))
+                     .status,
+                 409);
+        QCOMPARE(readBytes(inRoot(QStringLiteral("lib/taken.lua"))), QByteArray("taken"));
+        QCOMPARE(readBytes(inRoot(QStringLiteral("lib/b"))), QByteArray("a"));
+        QCOMPARE(judged([](auto c) {
+                     TPEngineAPI::renameScript(QStringLiteral("lib"), QStringLiteral("src"), c);
+                 }),
+                 std::nullopt);
+        QCOMPARE(readBytes(inRoot(QStringLiteral("src/taken.lua"))), QByteArray("taken"));
+    }
+
+    void runStartsTheScriptAndLogsItsOutput()
+    {
+        writeBytes(inRoot(QStringLiteral("hello.lua")), "print('hello', 42) tap(3, 4)");
+        QCOMPARE(judged([](auto c) { TPEngineAPI::runFile(QStringLiteral("hello.lua"), c); }),
+                 std::nullopt);
+        QTRY_VERIFY(m_log.contains(QStringLiteral("[hello.lua] finished")));
+        QVERIFY(m_log.contains(QStringLiteral("[hello.lua] hello\t42")));
+        QVERIFY(m_log.contains(QStringLiteral("[hello.lua] tap 3 4")));
+    }
+
+    void runOfMissingScriptIs404()
+    {
+        QCOMPARE(
+            raw(QStringLiteral("GET"), QStringLiteral("/runfile"), QStringLiteral("name=none.lua"))
+                .status,
+            404);
+        QCOMPARE(judged([](auto c) { TPEngineAPI::runFile(QStringLiteral("none.lua"), c); }),
+                 std::optional<TPError>(TPEngineAPI::errorMsg(QString::fromUtf8("Chạy thất bại"))));
+    }
+
+    void scriptWithSyntaxErrorGives500WithTheCompilersMessage()
+    {
+        writeBytes(inRoot(QStringLiteral("bad.lua")), "x = = 1");
+        const RawAnswer answer =
+            raw(QStringLiteral("GET"), QStringLiteral("/runfile"), QStringLiteral("name=bad.lua"));
+        QCOMPARE(answer.status, 500);
+        QVERIFY2(answer.body.contains("bad.lua:1:"), answer.body.constData());
+        QCOMPARE(m_engine->runner()->activeRuns(), 0);
+    }
+
+    void scriptThatLoopsForeverBlocksNothingAndEndsWithTheEngine()
+    {
+        writeBytes(inRoot(QStringLiteral("loop.lua")), "while true do end");
+        QCOMPARE(judged([](auto c) { TPEngineAPI::runFile(QStringLiteral("loop.lua"), c); }),
+                 std::nullopt);
+        QCOMPARE(m_engine->runner()->activeRuns(), 1);
+        writeBytes(inRoot(QStringLiteral("a.lua")), "a");
+        QCOMPARE(orNone(readScript(QStringLiteral("a.lua")).text), QStringLiteral("a"));
+        QCOMPARE(m_engine->runner()->activeRuns(), 1);
+        m_engine.reset();
+        // Reaching this line means the destructor stopped and joined the endless run.
+        QVERIFY(!m_engine);
+    }
+
+    void runningTheSameScriptAgainStopsTheEarlierRun()
+    {
+        writeBytes(inRoot(QStringLiteral("loop.lua")), "while true do sleep(10) end");
+        QCOMPARE(judged([](auto c) { TPEngineAPI::runFile(QStringLiteral("loop.lua"), c); }),
+                 std::nullopt);
+        QCOMPARE(judged([](auto c) { TPEngineAPI::runFile(QStringLiteral("loop.lua"), c); }),
+                 std::nullopt);
+        QTRY_VERIFY(m_log.contains(QStringLiteral("[loop.lua] stopped")));
+        QCOMPARE(m_engine->runner()->activeRuns(), 1);
+    }
+
+    void settingsAreKeptInMemoryAndBesideTheRoot()
+    {
+        TPEngineAPI::postSettings(
+            {{QStringLiteral("tp_debug_touch"), true}, {QStringLiteral("tp_touch_size"), 44}});
+        QTRY_COMPARE(m_engine->lastSettings().value(QStringLiteral("tp_touch_size")),
+                     QJsonValue(44));
+        QCOMPARE(m_engine->settingsFilePath(), root() + QStringLiteral(".settings.json"));
+        const QJsonObject stored =
+            QJsonDocument::fromJson(readBytes(m_engine->settingsFilePath())).object();
+        QCOMPARE(stored.value(QStringLiteral("tp_debug_touch")), QJsonValue(true));
+        QCOMPARE(raw(QStringLiteral("POST"), QStringLiteral("/settings"), QString()).status, 400);
+    }
+
+    void everyRequestIsLogged()
+    {
+        raw(QStringLiteral("GET"), QStringLiteral("/script"), QStringLiteral("name=none.lua"));
+        raw(QStringLiteral("PUT"), QStringLiteral("/nothing"), QString());
+        QVERIFY2(m_log.filter(QRegularExpression(QStringLiteral(
+                                  "^GET /script name=none.lua -> 404 \\(\\d+\\.\\d+ ms\\)$")))
+                         .size() == 1,
+                 qPrintable(m_log.join(u'\n')));
+        QCOMPARE(m_log.filter(QStringLiteral("/nothing")).size(), 1);
+    }
+
+    // ---- paths that would leave the root ----
+
+    void pathsLeavingTheRootAreRefusedAndTouchNothing_data()
+    {
+        QTest::addColumn<QString>("method");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("query");
+        QTest::newRow("read parent") << "GET"
+                                     << "/script"
+                                     << "name=../secret.txt";
+        QTest::newRow("write parent") << "POST"
+                                      << "/script"
+                                      << "name=../secret.txt";
+        QTest::newRow("write nested parent") << "POST"
+                                             << "/script"
+                                             << "name=lib/../../secret.txt";
+        QTest::newRow("write absolute") << "POST"
+                                        << "/script"
+                                        << "name=/tmp/x.lua";
+        QTest::newRow("delete parent") << "DELETE"
+                                       << "/script"
+                                       << "name=../secret.txt";
+        QTest::newRow("mkdir parent") << "POST"
+                                      << "/mkdir"
+                                      << "name=../newdir";
+        QTest::newRow("run parent") << "GET"
+                                    << "/runfile"
+                                    << "name=../secret.txt";
+        QTest::newRow("rename from parent") << "POST"
+                                            << "/rename"
+                                            << "from=../secret.txt&to=x";
+        QTest::newRow("rename to parent") << "POST"
+                                          << "/rename"
+                                          << "from=lib/a.lua&to=../moved.lua";
+        QTest::newRow("rename to absolute") << "POST"
+                                            << "/rename"
+                                            << "from=lib/a.lua&to=/tmp/moved.lua";
+        QTest::newRow("write through link") << "POST"
+                                            << "/script"
+                                            << "name=out/secret.txt";
+        QTest::newRow("read through link") << "GET"
+                                           << "/script"
+                                           << "name=out/secret.txt";
+        QTest::newRow("delete through link") << "DELETE"
+                                             << "/script"
+                                             << "name=out/secret.txt";
+        QTest::newRow("rename into link") << "POST"
+                                          << "/rename"
+                                          << "from=lib/a.lua&to=out/moved.lua";
+        QTest::newRow("mkdir through link") << "POST"
+                                            << "/mkdir"
+                                            << "name=out/newdir";
+        QTest::newRow("encoded parent") << "GET"
+                                        << "/script"
+                                        << "name=%2E%2E/secret.txt";
+        QTest::newRow("empty name") << "DELETE"
+                                    << "/script"
+                                    << "name=";
+    }
+    void pathsLeavingTheRootAreRefusedAndTouchNothing()
+    {
+        QFETCH(QString, method);
+        QFETCH(QString, path);
+        QFETCH(QString, query);
+        writeBytes(outside(QStringLiteral("secret.txt")), "secret");
+        writeBytes(outside(QStringLiteral("outdir/secret.txt")), "secret");
+        writeBytes(inRoot(QStringLiteral("lib/a.lua")), "a");
+        QVERIFY(QFile::link(outside(QStringLiteral("outdir")), inRoot(QStringLiteral("out"))));
+        const QStringList before =
+            QDir(m_dir->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+
+        const RawAnswer answer = raw(method, path, query);
+        QCOMPARE(answer.status, 400);
+        QCOMPARE(readBytes(outside(QStringLiteral("secret.txt"))), QByteArray("secret"));
+        QCOMPARE(readBytes(outside(QStringLiteral("outdir/secret.txt"))), QByteArray("secret"));
+        QCOMPARE(QDir(m_dir->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
+        QCOMPARE(QDir(outside(QStringLiteral("outdir")))
+                     .entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                 QStringList({"secret.txt"}));
+        QCOMPARE(readBytes(inRoot(QStringLiteral("lib/a.lua"))), QByteArray("a"));
+    }
+
+    void linkOutOfTheRootIsNotListed()
+    {
+        writeBytes(outside(QStringLiteral("outdir/secret.txt")), "secret");
+        QVERIFY(QFile::link(outside(QStringLiteral("outdir")), inRoot(QStringLiteral("out"))));
+        writeBytes(inRoot(QStringLiteral("a.lua")), "a");
+        QCOMPARE(paths(listing().entries), QStringList({"a.lua"}));
+    }
+
+    void listingOfTenThousandFilesIsComplete()
+    {
+        constexpr int kFiles = 10000;
+        for (int i = 0; i < kFiles; ++i)
+            writeBytes(inRoot(QStringLiteral("bulk/f%1.lua").arg(i, 5, 10, QLatin1Char('0'))), "");
+        QElapsedTimer clock;
+        clock.start();
+        const Listing result = listing();
+        const qint64 elapsed = clock.elapsed();
+        QCOMPARE(result.error, std::nullopt);
+        QCOMPARE(result.entries.size(), kFiles + 1);
+        QCOMPARE(paths(result.entries).first(), QStringLiteral("bulk/"));
+        QCOMPARE(paths(result.entries).last(), QStringLiteral("bulk/f09999.lua"));
+        qInfo("benchmark: listing %d files took %lld ms", kFiles, elapsed);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTPDevEngine)
+#include "tst_tpdevengine.moc"

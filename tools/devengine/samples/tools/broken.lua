@@ -1,0 +1,2 @@
+-- Deliberately does not compile, to show how a failed run looks.
+print("missing a closing parenthesis"

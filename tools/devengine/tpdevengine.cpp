@@ -1,0 +1,286 @@
+#include "tpdevengine.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QHttpServerRequest>
+#include <QHttpServerResponse>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QMetaEnum>
+#include <QSaveFile>
+#include <QUrlQuery>
+
+namespace {
+
+using Status = QHttpServerResponse::StatusCode;
+using Method = QHttpServerRequest::Method;
+
+QHttpServerResponse text(Status status, const QString &message)
+{
+    return QHttpServerResponse(QByteArrayLiteral("text/plain; charset=utf-8"),
+                               message.toUtf8() + '\n', status);
+}
+
+QHttpServerResponse ok()
+{
+    return text(Status::Ok, QStringLiteral("ok"));
+}
+
+QHttpServerResponse refusedPath(const QString &relative)
+{
+    return text(Status::BadRequest, QStringLiteral("path not allowed: %1").arg(relative));
+}
+
+QHttpServerResponse missing(const QString &relative)
+{
+    return text(Status::NotFound, QStringLiteral("not found: %1").arg(relative));
+}
+
+QHttpServerResponse exists(const QString &relative)
+{
+    return text(Status::Conflict, QStringLiteral("already exists: %1").arg(relative));
+}
+
+QString queryValue(const QHttpServerRequest &request, const char *key)
+{
+    return request.query().queryItemValue(QString::fromLatin1(key), QUrl::FullyDecoded);
+}
+
+// "METHOD /path query", the start of every request's log line.
+QString requestLine(const QHttpServerRequest &request)
+{
+    const char *method = QMetaEnum::fromType<Method>().valueToKey(int(request.method()));
+    return QStringLiteral("%1 %2 %3")
+        .arg(QString::fromLatin1(method ? method : "?").toUpper(), request.url().path(),
+             request.url().query(QUrl::FullyEncoded));
+}
+
+bool writeAtomically(const QString &path, const QByteArray &content)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    if (file.write(content) != content.size()) {
+        file.cancelWriting();
+        return false;
+    }
+    return file.commit();
+}
+
+bool isInsideFolder(const QString &path, const QString &folder)
+{
+    return path.startsWith(folder + u'/');
+}
+
+bool entryExists(const QString &path)
+{
+    const QFileInfo info(path);
+    return info.exists() || info.isSymLink();
+}
+
+} // namespace
+
+TPDevEngine::TPDevEngine(const QString &root, QObject *parent) : QObject(parent), m_paths(root)
+{
+    using Request = const QHttpServerRequest &;
+    addRoute("/scripts", Method::Get, [this](Request) { return listScripts(); });
+    addRoute("/script", Method::Get, [this](Request r) { return readScript(r); });
+    addRoute("/script", Method::Post, [this](Request r) { return writeScript(r); });
+    addRoute("/script", Method::Delete, [this](Request r) { return deleteScript(r); });
+    addRoute("/mkdir", Method::Post, [this](Request r) { return makeFolder(r); });
+    addRoute("/rename", Method::Post, [this](Request r) { return renameEntry(r); });
+    addRoute("/runfile", Method::Get, [this](Request r) { return runFile(r); });
+    addRoute("/settings", Method::Post, [this](Request r) { return storeSettings(r); });
+    m_server.setMissingHandler([this](Request request, QHttpServerResponder &&responder) {
+        log(requestLine(request) + QStringLiteral(" -> 404"));
+        responder.write(QByteArrayLiteral("no such operation\n"), QByteArrayLiteral("text/plain"),
+                        QHttpServerResponder::StatusCode::NotFound);
+    });
+
+    const auto logRun = [this](const QString &name, const QString &line) {
+        log(QStringLiteral("[%1] %2").arg(name, line));
+    };
+    connect(&m_runner, &TPLuaRunner::output, this, logRun);
+    connect(&m_runner, &TPLuaRunner::finished, this, logRun);
+}
+
+TPDevEngine::~TPDevEngine()
+{
+    // Running scripts end with the engine.
+    m_runner.stopAll();
+}
+
+quint16 TPDevEngine::listen(quint16 port)
+{
+    return m_server.listen(QHostAddress::LocalHost, port);
+}
+
+QString TPDevEngine::settingsFilePath() const
+{
+    return m_paths.root() + QStringLiteral(".settings.json");
+}
+
+void TPDevEngine::log(const QString &line)
+{
+    emit logLine(line);
+}
+
+template <typename Handler>
+void TPDevEngine::addRoute(const char *path, QHttpServerRequest::Method method, Handler handler)
+{
+    m_server.route(QString::fromLatin1(path), method,
+                   [this, handler](const QHttpServerRequest &request) {
+                       QElapsedTimer clock;
+                       clock.start();
+                       QHttpServerResponse response = handler(request);
+                       log(QStringLiteral("%1 -> %2 (%3 ms)")
+                               .arg(requestLine(request))
+                               .arg(int(response.statusCode()))
+                               .arg(double(clock.nsecsElapsed()) / 1e6, 0, 'f', 2));
+                       return response;
+                   });
+}
+
+std::variant<QString, QHttpServerResponse> TPDevEngine::resolve(const QString &relative) const
+{
+    if (const auto absolute = m_paths.resolve(relative))
+        return *absolute;
+    return refusedPath(relative);
+}
+
+QHttpServerResponse TPDevEngine::listScripts()
+{
+    QList<QPair<QString, bool>> found;
+    QDirIterator it(m_paths.root(),
+                    QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        it.next();
+        found.append({m_paths.relativePath(it.filePath()), it.fileInfo().isDir()});
+    }
+    std::sort(found.begin(), found.end());
+    QJsonArray entries;
+    for (const auto &[path, isDir] : std::as_const(found))
+        entries.append(QJsonObject{{QStringLiteral("path"), path}, {QStringLiteral("dir"), isDir}});
+    return QHttpServerResponse(QJsonObject{{QStringLiteral("entries"), entries}});
+}
+
+QHttpServerResponse TPDevEngine::readScript(const QHttpServerRequest &request)
+{
+    const QString name = queryValue(request, "name");
+    auto resolved = resolve(name);
+    if (auto *refusal = std::get_if<QHttpServerResponse>(&resolved))
+        return std::move(*refusal);
+    QFile file(std::get<QString>(resolved));
+    if (QFileInfo(file.fileName()).isDir() || !file.open(QIODevice::ReadOnly))
+        return missing(name);
+    return QHttpServerResponse(QByteArrayLiteral("text/plain; charset=utf-8"), file.readAll());
+}
+
+QHttpServerResponse TPDevEngine::writeScript(const QHttpServerRequest &request)
+{
+    const QString name = queryValue(request, "name");
+    auto resolved = resolve(name);
+    if (auto *refusal = std::get_if<QHttpServerResponse>(&resolved))
+        return std::move(*refusal);
+    const QString path = std::get<QString>(resolved);
+    if (QFileInfo(path).isDir())
+        return text(Status::Conflict, QStringLiteral("is a folder: %1").arg(name));
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    if (!writeAtomically(path, request.body()))
+        return text(Status::InternalServerError, QStringLiteral("cannot write: %1").arg(name));
+    return ok();
+}
+
+QHttpServerResponse TPDevEngine::deleteScript(const QHttpServerRequest &request)
+{
+    const QString name = queryValue(request, "name");
+    auto resolved = resolve(name);
+    if (auto *refusal = std::get_if<QHttpServerResponse>(&resolved))
+        return std::move(*refusal);
+    const QString path = std::get<QString>(resolved);
+    const QFileInfo info(path);
+    if (!entryExists(path))
+        return missing(name);
+    if (info.isDir() && !info.isSymLink()) {
+        if (!QDir(path).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System |
+                                QDir::NoDotAndDotDot))
+            return text(Status::Conflict, QStringLiteral("folder not empty: %1").arg(name));
+        if (!QDir().rmdir(path))
+            return text(Status::InternalServerError, QStringLiteral("cannot delete: %1").arg(name));
+        return ok();
+    }
+    if (!QFile::remove(path))
+        return text(Status::InternalServerError, QStringLiteral("cannot delete: %1").arg(name));
+    return ok();
+}
+
+QHttpServerResponse TPDevEngine::makeFolder(const QHttpServerRequest &request)
+{
+    const QString name = queryValue(request, "name");
+    auto resolved = resolve(name);
+    if (auto *refusal = std::get_if<QHttpServerResponse>(&resolved))
+        return std::move(*refusal);
+    const QString path = std::get<QString>(resolved);
+    if (entryExists(path))
+        return exists(name);
+    if (!QDir().mkpath(path))
+        return text(Status::InternalServerError, QStringLiteral("cannot create: %1").arg(name));
+    return ok();
+}
+
+QHttpServerResponse TPDevEngine::renameEntry(const QHttpServerRequest &request)
+{
+    const QString from = queryValue(request, "from");
+    const QString to = queryValue(request, "to");
+    auto resolvedFrom = resolve(from);
+    if (auto *refusal = std::get_if<QHttpServerResponse>(&resolvedFrom))
+        return std::move(*refusal);
+    auto resolvedTo = resolve(to);
+    if (auto *refusal = std::get_if<QHttpServerResponse>(&resolvedTo))
+        return std::move(*refusal);
+    const QString source = std::get<QString>(resolvedFrom);
+    const QString target = std::get<QString>(resolvedTo);
+    if (!entryExists(source))
+        return missing(from);
+    if (entryExists(target))
+        return exists(to);
+    if (isInsideFolder(target, source))
+        return text(Status::BadRequest, QStringLiteral("cannot move a folder into itself"));
+    QDir().mkpath(QFileInfo(target).absolutePath());
+    if (!QDir().rename(source, target))
+        return text(Status::InternalServerError, QStringLiteral("cannot rename: %1").arg(from));
+    return ok();
+}
+
+QHttpServerResponse TPDevEngine::runFile(const QHttpServerRequest &request)
+{
+    const QString name = queryValue(request, "name");
+    auto resolved = resolve(name);
+    if (auto *refusal = std::get_if<QHttpServerResponse>(&resolved))
+        return std::move(*refusal);
+    QFile file(std::get<QString>(resolved));
+    if (QFileInfo(file.fileName()).isDir() || !file.open(QIODevice::ReadOnly))
+        return missing(name);
+    const QByteArray source = file.readAll();
+    if (const auto error = TPLuaRunner::compileError(source, name))
+        return text(Status::InternalServerError, *error);
+    m_runner.start(name, source);
+    return ok();
+}
+
+QHttpServerResponse TPDevEngine::storeSettings(const QHttpServerRequest &request)
+{
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(request.body(), &error);
+    if (!document.isObject())
+        return text(Status::BadRequest, QStringLiteral("settings must be a JSON object"));
+    m_settings = document.object();
+    writeAtomically(settingsFilePath(), QJsonDocument(m_settings).toJson(QJsonDocument::Indented));
+    log(QStringLiteral("settings: %1")
+            .arg(QString::fromUtf8(QJsonDocument(m_settings).toJson(QJsonDocument::Compact))));
+    return ok();
+}

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "tpdevenginepaths.h"
+#include "tpluarunner.h"
+
+#include <QHttpServer>
+#include <QHttpServerRequest>
+#include <QHttpServerResponse>
+#include <QJsonObject>
+#include <QObject>
+
+#include <variant>
+
+// A stand-in for the phone's script engine: the engine's HTTP protocol over a real folder,
+// on 127.0.0.1 only, for running and testing the app on a desktop.
+class TPDevEngine : public QObject
+{
+    Q_OBJECT
+public:
+    explicit TPDevEngine(const QString &root, QObject *parent = nullptr);
+    ~TPDevEngine() override;
+
+    // Listens on 127.0.0.1; returns the port, or 0 when it cannot (port 0 picks a free one).
+    quint16 listen(quint16 port);
+
+    // Where the last settings document is kept: a file beside the root.
+    QString settingsFilePath() const;
+    QJsonObject lastSettings() const { return m_settings; }
+    TPLuaRunner *runner() { return &m_runner; }
+    const TPDevEnginePaths &paths() const { return m_paths; }
+
+signals:
+    // One line of the engine's log: requests, script output, settings.
+    void logLine(const QString &line);
+
+private:
+    QHttpServerResponse listScripts();
+    QHttpServerResponse readScript(const QHttpServerRequest &request);
+    QHttpServerResponse writeScript(const QHttpServerRequest &request);
+    QHttpServerResponse deleteScript(const QHttpServerRequest &request);
+    QHttpServerResponse makeFolder(const QHttpServerRequest &request);
+    QHttpServerResponse renameEntry(const QHttpServerRequest &request);
+    QHttpServerResponse runFile(const QHttpServerRequest &request);
+    QHttpServerResponse storeSettings(const QHttpServerRequest &request);
+
+    // Every route is logged: method, path, query, status and time taken.
+    template <typename Handler>
+    void addRoute(const char *path, QHttpServerRequest::Method method, Handler handler);
+    // The absolute path of a relative one, or the answer that refuses it.
+    std::variant<QString, QHttpServerResponse> resolve(const QString &relative) const;
+    void log(const QString &line);
+
+    TPDevEnginePaths m_paths;
+    QHttpServer m_server;
+    TPLuaRunner m_runner;
+    QJsonObject m_settings;
+};
