@@ -1,3 +1,8 @@
+#include "appdelegate.h"
+#include "tpownerfile.h"
+
+#include <QCommandLineParser>
+#include <QDir>
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQuickStyle>
@@ -12,10 +17,30 @@ int main(int argc, char *argv[])
     QGuiApplication::setApplicationName(QStringLiteral("TPCompanion"));
     QQuickStyle::setStyle(QStringLiteral("Basic"));
 
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("The touch front end of the script engine."));
+    parser.addHelpOption();
+    const QCommandLineOption ownerRoot(
+        QStringLiteral("owner-root"),
+        QStringLiteral("Keep the device-name file under DIR instead of the jailbreak root "
+                       "(for running on a desktop)."),
+        QStringLiteral("DIR"));
+    parser.addOption(ownerRoot);
+    parser.process(app);
+    if (parser.isSet(ownerRoot)) {
+        const QString root = QDir(parser.value(ownerRoot)).absolutePath();
+        TPSetOwnerFileLocations({root, root + QStringLiteral("/AppGroup")});
+    }
+
+    AppDelegate delegate;
     QQmlApplicationEngine engine;
     QObject::connect(
         &engine, &QQmlApplicationEngine::objectCreationFailed, &app,
         [] { QCoreApplication::exit(EXIT_FAILURE); }, Qt::QueuedConnection);
+    engine.setInitialProperties({{QStringLiteral("app"), QVariant::fromValue(&delegate)}});
     engine.load(QUrl(QStringLiteral("qrc:/TPCompanion/Main.qml")));
+    if (engine.rootObjects().isEmpty())
+        return EXIT_FAILURE;
+    delegate.didFinishLaunching();
     return QGuiApplication::exec();
 }

@@ -21,3 +21,7 @@ QString TPCurrentLang();
 // The text for `key` in the current language, or `key` itself when the table has none.
 // There is no fallback to the other language.
 QString TPL(const QString &key);
+inline QString TPL(const char *key)
+{
+    return TPL(QString::fromLatin1(key));
+}

@@ -30,10 +30,9 @@ qint64 presentIntegerOr(const char *name, qint64 fallback)
     return settings.contains(key(name)) ? settings.value(key(name)).toLongLong() : fallback;
 }
 
-void storeAndPost(const QString &name, const QVariant &value)
+void store(const QString &name, const QVariant &value)
 {
     QSettings().setValue(name, value);
-    TPSettingsStore::postAllSettings();
 }
 
 } // namespace
@@ -92,34 +91,35 @@ void TPSettingsStore::postAllSettings()
     TPEngineAPI::postSettings(settingsDocument());
 }
 
-void TPSettingsStore::setSwitch(const QString &switchKey, bool on)
+void TPSettingsStore::storeSwitch(const QString &switchKey, bool on)
 {
-    storeAndPost(switchKey, on);
+    store(switchKey, on);
 }
 
-void TPSettingsStore::setToastPosition(qint64 segment)
+void TPSettingsStore::storeToastPosition(qint64 segment)
 {
-    storeAndPost(key(kToastPos), segment);
+    store(key(kToastPos), segment);
 }
 
-void TPSettingsStore::setTouchColorRGB(quint32 rgb)
+void TPSettingsStore::storeTouchColorRGB(quint32 rgb)
 {
-    storeAndPost(key(kTouchColor), qint64(rgb));
+    // Zero-extended, so a colour is never stored as a negative number.
+    store(key(kTouchColor), qint64(rgb));
 }
 
-void TPSettingsStore::setTouchSize(qint64 size)
+void TPSettingsStore::storeTouchSize(qint64 size)
 {
-    storeAndPost(key(kTouchSize), size);
+    store(key(kTouchSize), size);
 }
 
-void TPSettingsStore::setTouchOpacity(qint64 opacity)
+void TPSettingsStore::storeTouchOpacity(qint64 opacity)
 {
-    storeAndPost(key(kTouchOpacity), opacity);
+    store(key(kTouchOpacity), opacity);
 }
 
-QString TPSettingsStore::setLanguageSegment(int segment)
+QString TPSettingsStore::storeLanguageSegment(int segment)
 {
     const QString code = segment == 1 ? QStringLiteral("en") : QStringLiteral("vi");
-    QSettings().setValue(QLatin1String(TPLangKey), code);
+    store(QLatin1String(TPLangKey), code);
     return code;
 }

@@ -30,13 +30,13 @@ public:
     // Sends settingsDocument() to the engine; the answer is ignored.
     static void postAllSettings();
 
-    // The writes of the settings screen. Each engine option is stored, then the whole
-    // document is posted; the language stays in the app and is never posted.
-    static void setSwitch(const QString &key, bool on);
-    static void setToastPosition(qint64 segment);
-    static void setTouchColorRGB(quint32 rgb);
-    static void setTouchSize(qint64 size);
-    static void setTouchOpacity(qint64 opacity);
+    // The writes of the settings screen; each engine option is stored and the screen then
+    // posts the whole document. The language stays in the app and is never posted.
+    static void storeSwitch(const QString &key, bool on);
+    static void storeToastPosition(qint64 segment);
+    static void storeTouchColorRGB(quint32 rgb);
+    static void storeTouchSize(qint64 size);
+    static void storeTouchOpacity(qint64 opacity);
     // "en" for segment 1, "vi" for any other; returns the stored code.
-    static QString setLanguageSegment(int segment);
+    static QString storeLanguageSegment(int segment);
 };

@@ -119,7 +119,7 @@ private slots:
     {
         QSettings().setValue(QStringLiteral("tp_touch_color"), qint64(0x1FFFFFFFF));
         QCOMPARE(TPSettingsStore::currentTouchColorRGB(), 0xFFFFFFFFu);
-        TPSettingsStore::setTouchColorRGB(0xFFFFFFFFu);
+        TPSettingsStore::storeTouchColorRGB(0xFFFFFFFFu);
         QCOMPARE(QSettings().value(QStringLiteral("tp_touch_color")).toLongLong(),
                  qint64(0xFFFFFFFF));
     }
@@ -128,7 +128,8 @@ private slots:
     {
         QSettings().setValue(QStringLiteral("tp_touch_size"), 90);
         QSettings().setValue(QStringLiteral("tp_alert_error"), true);
-        TPSettingsStore::setSwitch(QStringLiteral("tp_debug_touch"), true);
+        TPSettingsStore::storeSwitch(QStringLiteral("tp_debug_touch"), true);
+        TPSettingsStore::postAllSettings();
         QVERIFY(TPSettingsStore::isDebugTouchOn());
         QTRY_COMPARE(postedDocuments().size(), 1);
         QJsonObject expected = freshDocument();
@@ -138,28 +139,29 @@ private slots:
         QCOMPARE(postedDocuments().first(), expected);
     }
 
-    void eachWriteStoresThenSendsTheWholeDocument()
+    void documentCarriesEveryStoredValue()
     {
-        TPSettingsStore::setToastPosition(2);
-        TPSettingsStore::setTouchColorRGB(0x007AFF);
-        TPSettingsStore::setTouchSize(57);
-        TPSettingsStore::setTouchOpacity(5);
-        QTRY_COMPARE(postedDocuments().size(), 4);
+        TPSettingsStore::storeToastPosition(2);
+        TPSettingsStore::storeTouchColorRGB(0x007AFF);
+        TPSettingsStore::storeTouchSize(57);
+        TPSettingsStore::storeTouchOpacity(5);
+        TPSettingsStore::postAllSettings();
+        QTRY_COMPARE(postedDocuments().size(), 1);
         QJsonObject expected = freshDocument();
         expected.insert(QStringLiteral("tp_toast_pos"), 2);
         expected.insert(QStringLiteral("tp_touch_color"), 0x007AFF);
         expected.insert(QStringLiteral("tp_touch_size"), 57);
         expected.insert(QStringLiteral("tp_touch_opacity"), 5);
-        QVERIFY(postedDocuments().contains(expected));
+        QCOMPARE(postedDocuments().first(), expected);
         QCOMPARE(TPSettingsStore::currentToastPosition(), 2);
     }
 
     void changingTheLanguageStoresItAndSendsNothing()
     {
-        QCOMPARE(TPSettingsStore::setLanguageSegment(1), QStringLiteral("en"));
+        QCOMPARE(TPSettingsStore::storeLanguageSegment(1), QStringLiteral("en"));
         QCOMPARE(QSettings().value(TPLangKey).toString(), QStringLiteral("en"));
-        QCOMPARE(TPSettingsStore::setLanguageSegment(0), QStringLiteral("vi"));
-        QCOMPARE(TPSettingsStore::setLanguageSegment(7), QStringLiteral("vi"));
+        QCOMPARE(TPSettingsStore::storeLanguageSegment(0), QStringLiteral("vi"));
+        QCOMPARE(TPSettingsStore::storeLanguageSegment(7), QStringLiteral("vi"));
         QCOMPARE(QSettings().value(TPLangKey).toString(), QStringLiteral("vi"));
         flush();
         QCOMPARE(postedDocuments().size(), 0);
@@ -172,7 +174,8 @@ private slots:
         const quint16 port = probe.serverPort();
         probe.close();
         TPEngineAPI::setBaseAddressForTesting(QStringLiteral("http://127.0.0.1:%1").arg(port));
-        TPSettingsStore::setTouchOpacity(33);
+        TPSettingsStore::storeTouchOpacity(33);
+        TPSettingsStore::postAllSettings();
         QCOMPARE(TPSettingsStore::currentTouchOpacity(), 33);
         flush();
         QCOMPARE(TPSettingsStore::currentTouchOpacity(), 33);

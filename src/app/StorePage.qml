@@ -1,0 +1,23 @@
+import QtQuick
+import QtQuick.Controls
+import TPCompanion
+
+// The store placeholder: one centred line in the secondary colour.
+Item {
+    id: page
+    required property TPKhoVC controller
+    property Component barItems: null
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.background
+    }
+    Label {
+        objectName: "storeLabel"
+        anchors.centerIn: parent
+        horizontalAlignment: Text.AlignHCenter
+        text: page.controller ? page.controller.label : ""
+        color: Theme.secondaryLabel
+        font.pixelSize: Theme.bodySize
+    }
+}

@@ -1,0 +1,200 @@
+import QtQuick
+import QtQuick.Controls
+import TPCompanion
+
+// Shows the presenter's current alert or action sheet over the whole window. An alert is
+// centred; a sheet sits next to the control it is anchored to, or at the bottom.
+Item {
+    id: host
+    required property TPPresenter presenter
+    readonly property TPAlertController alert: presenter.current
+    readonly property bool isSheet: alert !== null && alert.preferredStyle === TPAlertController.ActionSheet
+    anchors.fill: parent
+    visible: alert !== null
+    z: 100
+
+    // Whether the keyboard may correct or capitalise what is typed into the field.
+    function hintsFor(alert) {
+        let hints = Qt.ImhNone
+        if (!alert.autocorrection)
+            hints |= Qt.ImhNoPredictiveText
+        if (!alert.autocapitalization)
+            hints |= Qt.ImhNoAutoUppercase
+        return hints
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: "#66000000"
+        MouseArea {
+            anchors.fill: parent
+            onClicked: if (host.isSheet) host.alert.dismissByCancel()
+        }
+    }
+
+    Rectangle {
+        id: alertBox
+        objectName: "alertBox"
+        visible: host.alert !== null && !host.isSheet
+        anchors.centerIn: parent
+        width: 270
+        height: alertColumn.height
+        radius: 14
+        color: "#F2F2F2"
+
+        Column {
+            id: alertColumn
+            width: parent.width
+            Item { width: 1; height: 18 }
+            Label {
+                objectName: "alertTitle"
+                width: parent.width - 32
+                anchors.horizontalCenter: parent.horizontalCenter
+                horizontalAlignment: Text.AlignHCenter
+                wrapMode: Text.Wrap
+                text: host.alert ? host.alert.title : ""
+                visible: text !== ""
+                font.pixelSize: 17
+                font.weight: Font.DemiBold
+                color: Theme.label
+            }
+            Label {
+                objectName: "alertMessage"
+                width: parent.width - 32
+                anchors.horizontalCenter: parent.horizontalCenter
+                horizontalAlignment: Text.AlignHCenter
+                wrapMode: Text.Wrap
+                topPadding: 4
+                text: host.alert ? host.alert.message : ""
+                visible: text !== ""
+                font.pixelSize: 13
+                color: Theme.label
+            }
+            Item {
+                width: parent.width
+                height: host.alert && host.alert.hasTextField ? 48 : 0
+                visible: height > 0
+                TextField {
+                    id: field
+                    objectName: "alertTextField"
+                    anchors { left: parent.left; right: parent.right; margins: 16; bottom: parent.bottom }
+                    height: 30
+                    font.pixelSize: 14
+                    placeholderText: host.alert ? host.alert.placeholder : ""
+                    inputMethodHints: host.alert ? host.hintsFor(host.alert) : Qt.ImhNone
+                    background: Rectangle { color: "white"; border.color: "#C7C7CC"; border.width: 0.5; radius: 6 }
+                    onTextEdited: if (host.alert) host.alert.text = text
+                    Connections {
+                        target: host
+                        function onAlertChanged() {
+                            if (host.alert && host.alert.hasTextField) {
+                                field.text = host.alert.text
+                                field.forceActiveFocus()
+                            }
+                        }
+                    }
+                }
+            }
+            Item { width: 1; height: 18 }
+            Rectangle { width: parent.width; height: 0.5; color: Theme.separator }
+            Flow {
+                id: buttons
+                width: parent.width
+                readonly property bool sideBySide: host.alert !== null && host.alert.actions.length === 2
+                Repeater {
+                    model: host.alert && !host.isSheet ? host.alert.actions : []
+                    delegate: AbstractButton {
+                        id: actionButton
+                        required property int index
+                        required property TPAlertAction modelData
+                        objectName: "alertAction" + index
+                        width: buttons.sideBySide ? buttons.width / 2 : buttons.width
+                        height: 44
+                        enabled: modelData.enabled
+                        onClicked: host.alert.triggerAction(index)
+                        background: Rectangle {
+                            color: actionButton.pressed ? Theme.highlight : "transparent"
+                            Rectangle {
+                                visible: buttons.sideBySide && actionButton.index === 1
+                                anchors { left: parent.left; top: parent.top; bottom: parent.bottom }
+                                width: 0.5
+                                color: Theme.separator
+                            }
+                            Rectangle {
+                                visible: !buttons.sideBySide && actionButton.index > 0
+                                anchors { left: parent.left; right: parent.right; top: parent.top }
+                                height: 0.5
+                                color: Theme.separator
+                            }
+                        }
+                        contentItem: Text {
+                            text: actionButton.modelData.title
+                            horizontalAlignment: Text.AlignHCenter
+                            verticalAlignment: Text.AlignVCenter
+                            font.pixelSize: 17
+                            font.weight: actionButton.modelData.style === TPAlertAction.Cancel ? Font.DemiBold : Font.Normal
+                            color: !actionButton.enabled ? Theme.secondaryLabel
+                                   : actionButton.modelData.style === TPAlertAction.Destructive ? Theme.destructive
+                                   : Theme.tint
+                        }
+                    }
+                }
+            }
+        }
+    }
+
+    Column {
+        id: sheet
+        objectName: "sheet"
+        visible: host.isSheet
+        readonly property Item anchorItem: host.alert ? SheetAnchors.find(host.alert.anchor) : null
+        readonly property point anchorPoint: anchorItem ? anchorItem.mapToItem(host, anchorItem.width, anchorItem.height) : Qt.point(0, 0)
+        width: anchorItem ? 260 : host.width - 16
+        x: anchorItem ? Math.max(8, Math.min(host.width - width - 8, anchorPoint.x - width)) : 8
+        y: anchorItem ? anchorPoint.y + 6 : host.height - height - 8
+        spacing: 8
+
+        Rectangle {
+            width: parent.width
+            height: sheetActions.height
+            radius: 14
+            color: "#F7F7F7"
+            clip: true
+            Column {
+                id: sheetActions
+                width: parent.width
+                Repeater {
+                    model: host.isSheet ? host.alert.actions : []
+                    delegate: AbstractButton {
+                        id: sheetButton
+                        required property int index
+                        required property TPAlertAction modelData
+                        objectName: "sheetAction" + index
+                        visible: modelData.style !== TPAlertAction.Cancel || sheet.anchorItem === null
+                        width: sheetActions.width
+                        height: visible ? 56 : 0
+                        enabled: modelData.enabled
+                        onClicked: host.alert.triggerAction(index)
+                        background: Rectangle {
+                            color: sheetButton.pressed ? Theme.highlight : "transparent"
+                            Rectangle {
+                                visible: sheetButton.index > 0
+                                anchors { left: parent.left; right: parent.right; top: parent.top }
+                                height: 0.5
+                                color: Theme.separator
+                            }
+                        }
+                        contentItem: Text {
+                            text: sheetButton.modelData.title
+                            horizontalAlignment: Text.AlignHCenter
+                            verticalAlignment: Text.AlignVCenter
+                            font.pixelSize: 19
+                            font.weight: sheetButton.modelData.style === TPAlertAction.Cancel ? Font.DemiBold : Font.Normal
+                            color: sheetButton.modelData.style === TPAlertAction.Destructive ? Theme.destructive : Theme.tint
+                        }
+                    }
+                }
+            }
+        }
+    }
+}

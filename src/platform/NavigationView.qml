@@ -1,0 +1,76 @@
+import QtQuick
+import QtQuick.Controls
+import TPCompanion
+
+// One tab's navigation stack: a bar with the back button, the title and the top screen's
+// buttons, over a StackView that follows the stack model.
+Item {
+    id: navigation
+    required property TPNavigationStack stack
+
+    Rectangle {
+        id: bar
+        z: 1
+        anchors { left: parent.left; right: parent.right; top: parent.top }
+        height: Theme.barHeight
+        color: Theme.barBackground
+
+        BarButton {
+            id: backButton
+            objectName: "backButton"
+            visible: navigation.stack.depth > 1
+            anchors { left: parent.left; verticalCenter: parent.verticalCenter }
+            glyph: "‹"
+            text: qsTr("Back")
+            onClicked: navigation.stack.popViewController()
+        }
+        Label {
+            objectName: "navigationTitle"
+            anchors.centerIn: parent
+            width: Math.min(implicitWidth, parent.width - 2 * Math.max(backButton.width, trailing.width) - 16)
+            elide: Text.ElideMiddle
+            horizontalAlignment: Text.AlignHCenter
+            text: navigation.stack.topViewController ? navigation.stack.topViewController.title : ""
+            font.pixelSize: 17
+            font.weight: Font.DemiBold
+            color: Theme.label
+        }
+        Loader {
+            id: trailing
+            anchors { right: parent.right; rightMargin: 4; verticalCenter: parent.verticalCenter }
+            sourceComponent: pages.currentItem ? pages.currentItem.barItems : null
+        }
+        Rectangle {
+            anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+            height: 0.5
+            color: Theme.separator
+        }
+    }
+
+    StackView {
+        id: pages
+        anchors { left: parent.left; right: parent.right; top: bar.bottom; bottom: parent.bottom }
+
+        function pushController(index, animated) {
+            const controller = navigation.stack.controllerAt(index)
+            push(controller.viewUrl, { controller: controller },
+                 animated ? StackView.PushTransition : StackView.Immediate)
+        }
+    }
+
+    Connections {
+        target: navigation.stack
+        function onRowsInserted(parent, first, last) {
+            for (let i = first; i <= last; ++i)
+                pages.pushController(i, true)
+        }
+        function onRowsRemoved(parent, first, last) {
+            pages.pop(StackView.Immediate)
+        }
+    }
+
+    Component.onCompleted: {
+        for (let i = 0; i < stack.depth; ++i)
+            pages.pushController(i, false)
+    }
+}

@@ -1,0 +1,67 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import TPCompanion
+
+// The tab bar at the bottom and one navigation view per tab above it.
+Item {
+    id: tabsView
+    required property TPTabBarController tabs
+
+    StackLayout {
+        anchors { left: parent.left; right: parent.right; top: parent.top; bottom: tabBar.top }
+        currentIndex: tabsView.tabs.selectedIndex
+        Repeater {
+            model: tabsView.tabs
+            delegate: NavigationView {}
+        }
+    }
+
+    Rectangle {
+        id: tabBar
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+        height: Theme.tabBarHeight
+        color: Theme.barBackground
+        Rectangle {
+            anchors { left: parent.left; right: parent.right; top: parent.top }
+            height: 0.5
+            color: Theme.separator
+        }
+        Row {
+            anchors.fill: parent
+            Repeater {
+                model: tabsView.tabs
+                delegate: AbstractButton {
+                    id: tabButton
+                    required property int index
+                    required property string title
+                    required property url iconSource
+                    objectName: "tab" + index
+                    width: tabBar.width / 3
+                    height: tabBar.height
+                    readonly property bool selected: tabsView.tabs.selectedIndex === index
+                    onClicked: tabsView.tabs.selectedIndex = index
+                    background: Item {}
+                    contentItem: Column {
+                        spacing: 2
+                        topPadding: 6
+                        Image {
+                            anchors.horizontalCenter: parent.horizontalCenter
+                            source: tabButton.iconSource
+                            sourceSize: Qt.size(26, 26)
+                            width: 26
+                            height: 26
+                            opacity: tabButton.selected ? 1 : 0.45
+                        }
+                        Text {
+                            anchors.horizontalCenter: parent.horizontalCenter
+                            text: tabButton.title
+                            font.pixelSize: 10
+                            color: tabButton.selected ? Theme.tint : "#8E8E93"
+                        }
+                    }
+                }
+            }
+        }
+    }
+}

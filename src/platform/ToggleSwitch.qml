@@ -1,0 +1,29 @@
+import QtQuick
+import QtQuick.Controls
+
+// An on/off switch drawn like the phone's: green when on.
+Switch {
+    id: control
+    implicitWidth: 51
+    implicitHeight: 31
+    padding: 0
+    indicator: Rectangle {
+        width: 51
+        height: 31
+        radius: 15.5
+        color: control.checked ? "#34C759" : "#E9E9EA"
+        Behavior on color { ColorAnimation { duration: 150 } }
+        Rectangle {
+            width: 27
+            height: 27
+            radius: 13.5
+            y: 2
+            x: control.checked ? parent.width - width - 2 : 2
+            color: "white"
+            border.width: 0.5
+            border.color: "#26000000"
+            Behavior on x { NumberAnimation { duration: 150 } }
+        }
+    }
+    contentItem: Item {}
+}

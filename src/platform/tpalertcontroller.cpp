@@ -1,0 +1,74 @@
+#include "tpalertcontroller.h"
+
+TPAlertAction::TPAlertAction(const QString &title, Style style, std::function<void()> handler,
+                             QObject *parent)
+    : QObject(parent), m_title(title), m_style(style), m_handler(std::move(handler))
+{
+}
+
+void TPAlertAction::setEnabled(bool enabled)
+{
+    if (m_enabled == enabled)
+        return;
+    m_enabled = enabled;
+    emit enabledChanged();
+}
+
+void TPAlertAction::trigger() const
+{
+    if (m_handler)
+        m_handler();
+}
+
+TPAlertController::TPAlertController(const QString &title, const QString &message, Style style,
+                                     QObject *parent)
+    : QObject(parent), m_title(title), m_message(message), m_style(style)
+{
+}
+
+void TPAlertController::addTextField(const TextField &field)
+{
+    m_hasTextField = true;
+    m_field = field;
+}
+
+void TPAlertController::setTextChangedHandler(std::function<void(const QString &)> handler)
+{
+    m_textChangedHandler = std::move(handler);
+}
+
+TPAlertAction *TPAlertController::addAction(const QString &title, TPAlertAction::Style style,
+                                            std::function<void()> handler)
+{
+    auto *action = new TPAlertAction(title, style, std::move(handler), this);
+    m_actions.append(action);
+    return action;
+}
+
+void TPAlertController::setText(const QString &text)
+{
+    if (m_field.text == text)
+        return;
+    m_field.text = text;
+    emit textChanged();
+    if (m_textChangedHandler)
+        m_textChangedHandler(text);
+}
+
+void TPAlertController::triggerAction(int index)
+{
+    if (index < 0 || index >= m_actions.size() || !m_actions.at(index)->isEnabled())
+        return;
+    emit dismissed();
+    m_actions.at(index)->trigger();
+}
+
+void TPAlertController::dismissByCancel()
+{
+    for (int i = 0; i < m_actions.size(); ++i) {
+        if (m_actions.at(i)->style() == TPAlertAction::Style::Cancel) {
+            triggerAction(i);
+            return;
+        }
+    }
+}

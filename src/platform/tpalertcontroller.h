@@ -1,0 +1,120 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QtQml/qqmlregistration.h>
+
+#include <functional>
+
+// One button of an alert or action sheet.
+class TPAlertAction : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Actions are built by controllers")
+    Q_PROPERTY(QString title READ title CONSTANT)
+    Q_PROPERTY(Style style READ style CONSTANT)
+    Q_PROPERTY(bool enabled READ isEnabled WRITE setEnabled NOTIFY enabledChanged)
+
+public:
+    enum class Style { Default, Cancel, Destructive };
+    Q_ENUM(Style)
+
+    TPAlertAction(const QString &title, Style style, std::function<void()> handler,
+                  QObject *parent = nullptr);
+
+    QString title() const { return m_title; }
+    Style style() const { return m_style; }
+    bool isEnabled() const { return m_enabled; }
+    void setEnabled(bool enabled);
+    // Runs the handler, if any.
+    void trigger() const;
+
+signals:
+    void enabledChanged();
+
+private:
+    QString m_title;
+    Style m_style;
+    bool m_enabled = true;
+    std::function<void()> m_handler;
+};
+
+// An alert or action sheet as a controller builds it: title, message, at most one text
+// field, and its actions in order. A view shows it; a test reads it, types into its field
+// and triggers its actions the same way the view does.
+class TPAlertController : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Alerts are built by controllers")
+    Q_PROPERTY(QString title READ title CONSTANT)
+    Q_PROPERTY(QString message READ message CONSTANT)
+    Q_PROPERTY(Style preferredStyle READ preferredStyle CONSTANT)
+    Q_PROPERTY(bool hasTextField READ hasTextField CONSTANT)
+    Q_PROPERTY(QString text READ text WRITE setText NOTIFY textChanged)
+    Q_PROPERTY(QString placeholder READ placeholder CONSTANT)
+    Q_PROPERTY(bool autocorrection READ autocorrection CONSTANT)
+    Q_PROPERTY(bool autocapitalization READ autocapitalization CONSTANT)
+    Q_PROPERTY(QList<TPAlertAction *> actions READ actions CONSTANT)
+    Q_PROPERTY(QString anchor READ anchor CONSTANT)
+
+public:
+    enum class Style { Alert, ActionSheet };
+    Q_ENUM(Style)
+
+    TPAlertController(const QString &title, const QString &message, Style style,
+                      QObject *parent = nullptr);
+
+    // The one text field, with its hints. Autocorrection and capitalisation follow the
+    // platform's defaults (on) unless switched off.
+    struct TextField
+    {
+        QString text;
+        QString placeholder;
+        bool autocorrection = true;
+        bool autocapitalization = true;
+    };
+    void addTextField(const TextField &field);
+    // Called on every edit of the field's text, with the new text.
+    void setTextChangedHandler(std::function<void(const QString &)> handler);
+
+    TPAlertAction *addAction(const QString &title, TPAlertAction::Style style,
+                             std::function<void()> handler = {});
+    // The name of the control a sheet points at (a view places it there).
+    void setAnchor(const QString &anchor) { m_anchor = anchor; }
+
+    QString title() const { return m_title; }
+    QString message() const { return m_message; }
+    Style preferredStyle() const { return m_style; }
+    bool hasTextField() const { return m_hasTextField; }
+    QString text() const { return m_field.text; }
+    void setText(const QString &text);
+    QString placeholder() const { return m_field.placeholder; }
+    bool autocorrection() const { return m_field.autocorrection; }
+    bool autocapitalization() const { return m_field.autocapitalization; }
+    QList<TPAlertAction *> actions() const { return m_actions; }
+    QString anchor() const { return m_anchor; }
+
+    // The action's handler runs after the alert has been dismissed, as on the platform.
+    // A disabled action does nothing.
+    Q_INVOKABLE void triggerAction(int index);
+    // A tap outside a sheet dismisses it as its cancel action would.
+    Q_INVOKABLE void dismissByCancel();
+
+signals:
+    void textChanged();
+    // The alert is gone; its presenter lets go of it.
+    void dismissed();
+
+private:
+    QString m_title;
+    QString m_message;
+    Style m_style;
+    bool m_hasTextField = false;
+    TextField m_field;
+    std::function<void(const QString &)> m_textChangedHandler;
+    QList<TPAlertAction *> m_actions;
+    QString m_anchor;
+};

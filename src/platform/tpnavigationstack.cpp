@@ -1,0 +1,97 @@
+#include "tpnavigationstack.h"
+
+#include "tppresenter.h"
+#include "tpviewcontroller.h"
+
+TPNavigationStack::TPNavigationStack(TPViewController *root, TPPresenter *presenter,
+                                     QObject *parent)
+    : QAbstractListModel(parent), m_presenter(presenter)
+{
+    root->setParent(this);
+    root->setNavigationController(this);
+    m_controllers.append(root);
+}
+
+int TPNavigationStack::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : depth();
+}
+
+QVariant TPNavigationStack::data(const QModelIndex &index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+        return {};
+    TPViewController *controller = m_controllers.at(index.row());
+    switch (role) {
+    case ControllerRole:
+        return QVariant::fromValue(controller);
+    case ViewUrlRole:
+        return controller->viewUrl();
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> TPNavigationStack::roleNames() const
+{
+    return {{ControllerRole, "controller"}, {ViewUrlRole, "viewUrl"}};
+}
+
+TPViewController *TPNavigationStack::topViewController() const
+{
+    return m_controllers.last();
+}
+
+TPViewController *TPNavigationStack::controllerAt(int index) const
+{
+    return index >= 0 && index < depth() ? m_controllers.at(index) : nullptr;
+}
+
+void TPNavigationStack::appear(TPViewController *controller)
+{
+    controller->loadViewIfNeeded();
+    controller->viewWillAppear();
+}
+
+void TPNavigationStack::pushViewController(TPViewController *controller)
+{
+    if (m_visible)
+        topViewController()->viewWillDisappear();
+    controller->setParent(this);
+    controller->setNavigationController(this);
+    beginInsertRows({}, depth(), depth());
+    m_controllers.append(controller);
+    endInsertRows();
+    emit depthChanged();
+    if (m_visible)
+        appear(controller);
+    else
+        controller->loadViewIfNeeded();
+}
+
+void TPNavigationStack::popViewController()
+{
+    if (depth() < 2)
+        return;
+    TPViewController *leaving = topViewController();
+    if (m_visible)
+        leaving->viewWillDisappear();
+    beginRemoveRows({}, depth() - 1, depth() - 1);
+    m_controllers.removeLast();
+    endRemoveRows();
+    emit depthChanged();
+    leaving->deleteLater();
+    if (m_visible)
+        topViewController()->viewWillAppear();
+}
+
+void TPNavigationStack::setVisible(bool visible)
+{
+    if (m_visible == visible)
+        return;
+    m_visible = visible;
+    if (visible)
+        appear(topViewController());
+    else
+        topViewController()->viewWillDisappear();
+}

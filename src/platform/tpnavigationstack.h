@@ -1,0 +1,55 @@
+#pragma once
+
+#include "tpviewcontroller.h"
+
+#include <QAbstractListModel>
+#include <QList>
+#include <QPointer>
+#include <QtQml/qqmlregistration.h>
+
+class TPPresenter;
+
+// A navigation stack: the screens of one tab, the root first. It owns its screens; a popped
+// screen is deleted, so late completions that hold it weakly find it gone. The QML
+// StackView of the tab follows this model.
+class TPNavigationStack : public QAbstractListModel
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Stacks are made by the app")
+    Q_PROPERTY(int depth READ depth NOTIFY depthChanged)
+    Q_PROPERTY(TPViewController *topViewController READ topViewController NOTIFY depthChanged)
+
+public:
+    enum Role { ControllerRole = Qt::UserRole + 1, ViewUrlRole };
+
+    TPNavigationStack(TPViewController *root, TPPresenter *presenter, QObject *parent = nullptr);
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    void pushViewController(TPViewController *controller);
+    // Pops the top screen (never the root); the back button calls it.
+    Q_INVOKABLE void popViewController();
+    int depth() const { return int(m_controllers.size()); }
+    TPViewController *topViewController() const;
+    Q_INVOKABLE TPViewController *controllerAt(int index) const;
+    QList<TPViewController *> viewControllers() const { return m_controllers; }
+
+    TPPresenter *presenter() const { return m_presenter; }
+
+    // Whether the stack's tab is on screen: the top screen appears and disappears with it.
+    bool isVisible() const { return m_visible; }
+    void setVisible(bool visible);
+
+signals:
+    void depthChanged();
+
+private:
+    void appear(TPViewController *controller);
+
+    QList<TPViewController *> m_controllers;
+    QPointer<TPPresenter> m_presenter;
+    bool m_visible = false;
+};

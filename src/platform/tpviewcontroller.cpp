@@ -1,0 +1,56 @@
+#include "tpviewcontroller.h"
+
+#include "tpalertcontroller.h"
+#include "tplang.h"
+#include "tpnavigationstack.h"
+#include "tppresenter.h"
+
+TPViewController::TPViewController(QObject *parent) : QObject(parent) {}
+
+void TPViewController::loadViewIfNeeded()
+{
+    if (m_viewLoaded)
+        return;
+    m_viewLoaded = true;
+    viewDidLoad();
+}
+
+TPNavigationStack *TPViewController::navigationController() const
+{
+    return m_navigationStack;
+}
+
+void TPViewController::setNavigationController(TPNavigationStack *stack)
+{
+    m_navigationStack = stack;
+}
+
+TPPresenter *TPViewController::presenter() const
+{
+    if (m_presenter)
+        return m_presenter;
+    return m_navigationStack ? m_navigationStack->presenter() : nullptr;
+}
+
+void TPViewController::presentAlert(TPAlertController *alert)
+{
+    if (TPPresenter *target = presenter())
+        target->present(alert);
+    else
+        delete alert;
+}
+
+void TPViewController::showAlert(const QString &title, const QString &message)
+{
+    auto *alert = new TPAlertController(title, message, TPAlertController::Style::Alert);
+    alert->addAction(TPL(QStringLiteral("alert_ok")), TPAlertAction::Style::Default);
+    presentAlert(alert);
+}
+
+void TPViewController::setTitle(const QString &title)
+{
+    if (m_title == title)
+        return;
+    m_title = title;
+    emit titleChanged();
+}

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QString>
+#include <QUrl>
+#include <QtQml/qqmlregistration.h>
+
+#include "tppresenter.h"
+
+class TPNavigationStack;
+
+// A screen: the state and operations a view binds to. Its view is one QML page, named by
+// viewUrl. The navigation stack that shows it calls the lifecycle operations.
+class TPViewController : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Screens are made by the app")
+    Q_PROPERTY(QString title READ title NOTIFY titleChanged)
+    Q_PROPERTY(QUrl viewUrl READ viewUrl CONSTANT)
+
+public:
+    explicit TPViewController(QObject *parent = nullptr);
+
+    QString title() const { return m_title; }
+    virtual QUrl viewUrl() const = 0;
+
+    // viewDidLoad runs once, the first time the screen is about to be shown.
+    void loadViewIfNeeded();
+    bool isViewLoaded() const { return m_viewLoaded; }
+    virtual void viewWillAppear() {}
+    virtual void viewWillDisappear() {}
+
+    TPNavigationStack *navigationController() const;
+    void setNavigationController(TPNavigationStack *stack);
+    // Where alerts go: the presenter of the screen's stack, or one set directly.
+    TPPresenter *presenter() const;
+    void setPresenter(TPPresenter *presenter) { m_presenter = presenter; }
+    void presentAlert(TPAlertController *alert);
+
+    // A one-button alert: the title, the message and TPL("alert_ok").
+    void showAlert(const QString &title, const QString &message);
+
+signals:
+    void titleChanged();
+
+protected:
+    virtual void viewDidLoad() {}
+    void setTitle(const QString &title);
+
+private:
+    QString m_title;
+    bool m_viewLoaded = false;
+    QPointer<TPNavigationStack> m_navigationStack;
+    QPointer<TPPresenter> m_presenter;
+};

@@ -1,0 +1,253 @@
+#include "tpscriptslistvc.h"
+
+#include "tpalertcontroller.h"
+#include "tpeditorvc.h"
+#include "tpengineapi.h"
+#include "tplang.h"
+#include "tpnavigationstack.h"
+#include "tpnotificationcenter.h"
+#include "tppathrules.h"
+#include "tpscripttree.h"
+
+#include <QPointer>
+
+TPScriptsListVC::TPScriptsListVC(const QString &folder, QObject *parent)
+    : TPViewController(parent), _folder(folder), _rowsModel(new TPScriptRowsModel(this))
+{
+    setTitle(_folder.isEmpty() ? TPL("tab_scripts") : TPLastPathSegment(_folder));
+}
+
+QUrl TPScriptsListVC::viewUrl() const
+{
+    return QUrl(QStringLiteral("qrc:/TPCompanion/ScriptsListPage.qml"));
+}
+
+void TPScriptsListVC::viewDidLoad()
+{
+    connect(TPNotificationCenter::defaultCenter(), &TPNotificationCenter::TPLangChanged, this,
+            &TPScriptsListVC::onLangChangedNotification);
+}
+
+void TPScriptsListVC::onLangChangedNotification()
+{
+    // A sub-folder's title is a path segment and stays as it is.
+    if (_folder.isEmpty())
+        setTitle(TPL("tab_scripts"));
+}
+
+void TPScriptsListVC::viewWillAppear()
+{
+    reloadData();
+}
+
+void TPScriptsListVC::onRefreshTapped()
+{
+    reloadData();
+}
+
+void TPScriptsListVC::onRefreshControlPulled()
+{
+    setRefreshing(true);
+    onRefreshTapped();
+}
+
+void TPScriptsListVC::setRefreshing(bool refreshing)
+{
+    if (_refreshing == refreshing)
+        return;
+    _refreshing = refreshing;
+    emit refreshingChanged();
+}
+
+QJsonArray TPScriptsListVC::filterChildrenOf(const QString &folder, const QJsonArray &listing)
+{
+    return TPScriptTree::filterChildrenOf(folder, listing);
+}
+
+void TPScriptsListVC::reloadData()
+{
+    QPointer<TPScriptsListVC> self(this);
+    TPEngineAPI::scriptsWithCompletion([self](const QJsonArray &entries, const TPEngineAPI::Error &error) {
+        if (!self)
+            return;
+        self->setRefreshing(false);
+        if (error) {
+            // The previous rows stay on screen.
+            self->showOfflineAlert();
+            return;
+        }
+        self->_rows = filterChildrenOf(self->_folder, entries);
+        self->_rowsModel->setRows(self->_rows);
+    });
+}
+
+void TPScriptsListVC::showOfflineAlert()
+{
+    showAlert(TPL("alert_error"), TPL("err_offline"));
+}
+
+void TPScriptsListVC::didSelectRow(int row)
+{
+    if (!isValidRow(row))
+        return;
+    const QJsonValue entry = _rows.at(row);
+    const QString path = TPScriptTree::entryPath(entry);
+    TPNavigationStack *stack = navigationController();
+    if (!stack)
+        return;
+    if (TPScriptTree::isFolderEntry(entry))
+        stack->pushViewController(new TPScriptsListVC(path));
+    else
+        stack->pushViewController(new TPEditorVC(path));
+}
+
+bool TPScriptsListVC::canEditRow(int row) const
+{
+    return isValidRow(row) && !TPScriptTree::isFolderEntry(_rows.at(row));
+}
+
+void TPScriptsListVC::commitDeleteRow(int row)
+{
+    if (!canEditRow(row))
+        return;
+    // No confirmation, and the row stays until the list is reloaded.
+    deleteEntry(TPScriptTree::entryPath(_rows.at(row)));
+}
+
+void TPScriptsListVC::deleteEntry(const QString &path)
+{
+    TPEngineAPI::deleteScript(path, reloadOnSuccess());
+}
+
+TPEngineAPI::Completion TPScriptsListVC::reloadOnSuccess()
+{
+    QPointer<TPScriptsListVC> self(this);
+    return [self](const TPEngineAPI::Error &error) {
+        if (!self)
+            return;
+        if (error)
+            self->showOfflineAlert();
+        else
+            self->reloadData();
+    };
+}
+
+void TPScriptsListVC::onAddTapped()
+{
+    auto *sheet = new TPAlertController(QString(), QString(), TPAlertController::Style::ActionSheet);
+    sheet->setAnchor(QStringLiteral("add"));
+    QPointer<TPScriptsListVC> self(this);
+    sheet->addAction(TPL("new_file"), TPAlertAction::Style::Default, [self] {
+        if (self)
+            self->promptNameWithTitle(TPL("new_file"), TPL("ph_file_name"), false);
+    });
+    sheet->addAction(TPL("new_folder"), TPAlertAction::Style::Default, [self] {
+        if (self)
+            self->promptNameWithTitle(TPL("new_folder"), TPL("ph_folder_name"), true);
+    });
+    sheet->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
+    presentAlert(sheet);
+}
+
+void TPScriptsListVC::promptNameWithTitle(const QString &title, const QString &placeholder,
+                                          bool isFolder)
+{
+    auto *alert = new TPAlertController(title, QString(), TPAlertController::Style::Alert);
+    alert->addTextField({QString(), placeholder, false, false});
+    alert->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
+    QPointer<TPScriptsListVC> self(this);
+    QPointer<TPAlertController> field(alert);
+    const QString folder = _folder;
+    alert->addAction(TPL("create"), TPAlertAction::Style::Default, [self, field, isFolder, folder] {
+        if (!self || !field)
+            return;
+        const auto path = TPNewEntryPath(folder, field->text(), isFolder);
+        if (!path) {
+            self->showAlert(TPL("alert_error"), TPL("err_bad_name"));
+            return;
+        }
+        self->createEntryNamed(TPLastPathSegment(*path), isFolder);
+    });
+    presentAlert(alert);
+}
+
+void TPScriptsListVC::createEntryNamed(const QString &name, bool isFolder)
+{
+    const QString path = TPJoinPath(_folder, name);
+    QPointer<TPScriptsListVC> self(this);
+    const auto done = [self, path, isFolder](const TPEngineAPI::Error &error) {
+        if (!self)
+            return;
+        if (error) {
+            self->showOfflineAlert();
+        } else if (isFolder) {
+            self->reloadData();
+        } else if (TPNavigationStack *stack = self->navigationController()) {
+            // The list reloads when it is shown again.
+            stack->pushViewController(new TPEditorVC(path));
+        }
+    };
+    if (isFolder)
+        TPEngineAPI::createFolder(path, done);
+    else
+        TPEngineAPI::createScript(path, done);
+}
+
+bool TPScriptsListVC::isRunButtonEnabled(int row) const
+{
+    return isValidRow(row) && !_runsInFlight.contains(TPScriptTree::entryPath(_rows.at(row)));
+}
+
+void TPScriptsListVC::onRunButtonTapped(int row)
+{
+    if (!isValidRow(row) || TPScriptTree::isFolderEntry(_rows.at(row)))
+        return;
+    const QString path = TPScriptTree::entryPath(_rows.at(row));
+    _runsInFlight.insert(path);
+    QPointer<TPScriptsListVC> self(this);
+    TPEngineAPI::runFile(path, [self, path](const TPEngineAPI::Error &error) {
+        if (!self)
+            return;
+        self->_runsInFlight.remove(path);
+        if (error)
+            self->showAlert(TPL("alert_error"), TPL("err_run_fail"));
+    });
+}
+
+void TPScriptsListVC::onMoreButtonTapped(int row)
+{
+    if (!isValidRow(row))
+        return;
+    const QString path = TPScriptTree::entryPath(_rows.at(row));
+    auto *sheet = new TPAlertController(QString(), QString(), TPAlertController::Style::ActionSheet);
+    sheet->setAnchor(QStringLiteral("row:%1").arg(row));
+    QPointer<TPScriptsListVC> self(this);
+    sheet->addAction(TPL("menu_rename"), TPAlertAction::Style::Default, [self, path] {
+        if (self)
+            self->promptRenameForPath(path);
+    });
+    sheet->addAction(TPL("menu_delete"), TPAlertAction::Style::Destructive, [self, path] {
+        if (self)
+            self->deleteEntry(path);
+    });
+    sheet->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
+    presentAlert(sheet);
+}
+
+void TPScriptsListVC::promptRenameForPath(const QString &path)
+{
+    auto *alert = new TPAlertController(TPL("menu_rename"), QString(), TPAlertController::Style::Alert);
+    alert->addTextField({TPLastPathSegment(path), QString(), false, false});
+    alert->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
+    QPointer<TPScriptsListVC> self(this);
+    QPointer<TPAlertController> field(alert);
+    alert->addAction(TPL("alert_ok"), TPAlertAction::Style::Default, [self, field, path] {
+        if (!self || !field)
+            return;
+        const auto destination = TPRenameDestination(path, field->text());
+        if (!destination)
+            return;
+        TPEngineAPI::renameScript(path, *destination, self->reloadOnSuccess());
+    });
+    presentAlert(alert);
+}

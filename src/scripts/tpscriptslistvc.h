@@ -1,0 +1,78 @@
+#pragma once
+
+#include "tpengineapi.h"
+#include "tpscriptrowsmodel.h"
+#include "tpviewcontroller.h"
+
+#include <QJsonArray>
+#include <QSet>
+#include <QtQml/qqmlregistration.h>
+
+// One folder of the engine's script tree: folders first, then files. Tapping a folder
+// pushes another list on it, tapping a file pushes the editor. The whole listing is fetched
+// each time the screen comes into view and filtered to the folder's direct children.
+class TPScriptsListVC : public TPViewController
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Made by the app and by other lists")
+    Q_PROPERTY(TPScriptRowsModel *rows READ rowsModel CONSTANT)
+    Q_PROPERTY(bool refreshing READ isRefreshing NOTIFY refreshingChanged)
+
+public:
+    explicit TPScriptsListVC(const QString &folder, QObject *parent = nullptr);
+
+    QUrl viewUrl() const override;
+    void viewWillAppear() override;
+
+    static QJsonArray filterChildrenOf(const QString &folder, const QJsonArray &listing);
+
+    QString folder() const { return _folder; }
+    QJsonArray rows() const { return _rows; }
+    TPScriptRowsModel *rowsModel() const { return _rowsModel; }
+    bool isRefreshing() const { return _refreshing; }
+
+    void reloadData();
+    void showOfflineAlert();
+    void promptNameWithTitle(const QString &title, const QString &placeholder, bool isFolder);
+    void createEntryNamed(const QString &name, bool isFolder);
+    void promptRenameForPath(const QString &path);
+    // The row's run button: disabled while its run is in flight.
+    bool isRunButtonEnabled(int row) const;
+
+public slots:
+    void onLangChangedNotification();
+
+    void onAddTapped();
+    void onRefreshTapped();
+    // The pull-to-refresh control was pulled: it spins until the next reload ends.
+    void onRefreshControlPulled();
+    void didSelectRow(int row);
+    bool canEditRow(int row) const;
+    // Swipe-to-delete confirmed on a row.
+    void commitDeleteRow(int row);
+    // The per-row run and menu actions. No row shows their buttons; they are kept for a
+    // row layout that does.
+    void onRunButtonTapped(int row);
+    void onMoreButtonTapped(int row);
+
+signals:
+    void refreshingChanged();
+
+protected:
+    void viewDidLoad() override;
+
+private:
+    void setRefreshing(bool refreshing);
+    void deleteEntry(const QString &path);
+    // A completion that reloads the list on success and shows the offline alert on failure;
+    // it does nothing once the screen is gone.
+    TPEngineAPI::Completion reloadOnSuccess();
+    bool isValidRow(int row) const { return row >= 0 && row < _rows.size(); }
+
+    QString _folder;
+    QJsonArray _rows;
+    TPScriptRowsModel *_rowsModel;
+    bool _refreshing = false;
+    QSet<QString> _runsInFlight;
+};

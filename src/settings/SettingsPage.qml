@@ -1,0 +1,168 @@
+import QtQuick
+import QtQuick.Controls
+import TPCompanion
+
+// The grouped settings table. Each row is drawn by the kind its identifier names; taps and
+// control changes go straight to the controller.
+Item {
+    id: page
+    required property TPSettingsVC controller
+    property Component barItems: null
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.groupedBackground
+    }
+
+    ListView {
+        id: table
+        objectName: "settingsTable"
+        anchors.fill: parent
+        model: page.controller ? page.controller.rows : null
+        clip: true
+        bottomMargin: 24
+
+        section.property: "sectionTitle"
+        section.delegate: Label {
+            required property string section
+            width: ListView.view.width
+            height: 52
+            leftPadding: 32
+            bottomPadding: 6
+            verticalAlignment: Text.AlignBottom
+            text: section.toUpperCase()
+            font.pixelSize: 13
+            color: "#6D6D72"
+        }
+
+        add: Transition { NumberAnimation { property: "opacity"; from: 0; to: 1; duration: 200 } }
+        remove: Transition { NumberAnimation { property: "opacity"; to: 0; duration: 200 } }
+        displaced: Transition { NumberAnimation { properties: "y"; duration: 200 } }
+
+        delegate: Item {
+            id: cellItem
+            required property string identifier
+            required property int section
+            required property int row
+            required property string title
+            required property string detail
+            required property bool disclosure
+            required property bool highlightsOnTap
+            required property int rowHeight
+            required property bool switchOn
+            required property int tag
+            required property var segments
+            required property int selectedSegment
+            required property QtObject cell
+            objectName: "setting_" + identifier + "_" + cellItem.row
+            width: ListView.view.width
+            height: rowHeight
+
+            Rectangle {
+                anchors { fill: parent; leftMargin: 16; rightMargin: 16 }
+                color: tapArea.pressed && cellItem.highlightsOnTap ? Theme.highlight : Theme.background
+                Rectangle {
+                    anchors { left: parent.left; leftMargin: 16; right: parent.right; bottom: parent.bottom }
+                    height: 0.5
+                    color: Theme.separator
+                }
+            }
+            MouseArea {
+                id: tapArea
+                anchors.fill: parent
+                onClicked: page.controller.didSelectRow(cellItem.section, cellItem.row)
+            }
+            Loader {
+                anchors { fill: parent; leftMargin: 16; rightMargin: 16 }
+                sourceComponent: {
+                    switch (cellItem.identifier) {
+                    case "swatchCell": return swatchComponent
+                    case "sizeCell":
+                    case "opacityCell": return sliderComponent
+                    case "switchCell": return switchComponent
+                    case "langCell":
+                    case "segCell": return segmentsComponent
+                    default: return valueComponent
+                    }
+                }
+            }
+
+            Component {
+                id: valueComponent
+                Item {
+                    Label {
+                        anchors { left: parent.left; leftMargin: 16; verticalCenter: parent.verticalCenter }
+                        text: cellItem.title
+                        font.pixelSize: Theme.bodySize
+                        color: Theme.label
+                    }
+                    Label {
+                        objectName: "detail"
+                        anchors { right: chevron.left; rightMargin: 6; verticalCenter: parent.verticalCenter }
+                        text: cellItem.detail
+                        font.pixelSize: Theme.bodySize
+                        color: Theme.secondaryLabel
+                    }
+                    Text {
+                        id: chevron
+                        anchors { right: parent.right; rightMargin: cellItem.disclosure ? 14 : 10; verticalCenter: parent.verticalCenter }
+                        text: cellItem.disclosure ? "›" : ""
+                        font.pixelSize: 24
+                        color: "#C4C4C7"
+                    }
+                }
+            }
+            Component {
+                id: switchComponent
+                Item {
+                    Label {
+                        anchors { left: parent.left; leftMargin: 16; right: toggle.left; rightMargin: 8
+                                  verticalCenter: parent.verticalCenter }
+                        text: cellItem.title
+                        wrapMode: Text.Wrap
+                        font.pixelSize: Theme.bodySize
+                        color: Theme.label
+                    }
+                    ToggleSwitch {
+                        id: toggle
+                        objectName: "switch" + cellItem.tag
+                        anchors { right: parent.right; rightMargin: 8; verticalCenter: parent.verticalCenter }
+                        checked: cellItem.switchOn
+                        onToggled: page.controller.onSwitchChanged(cellItem.tag, checked)
+                    }
+                }
+            }
+            Component {
+                id: segmentsComponent
+                Item {
+                    Label {
+                        anchors { left: parent.left; leftMargin: 16; right: segments.left; rightMargin: 8
+                                  verticalCenter: parent.verticalCenter }
+                        text: cellItem.title
+                        elide: Text.ElideRight
+                        font.pixelSize: Theme.bodySize
+                        color: Theme.label
+                    }
+                    SegmentedControl {
+                        id: segments
+                        objectName: "segments_" + cellItem.identifier
+                        anchors { right: parent.right; rightMargin: 12; verticalCenter: parent.verticalCenter }
+                        segments: cellItem.segments
+                        currentIndex: cellItem.selectedSegment
+                        onActivated: index => cellItem.identifier === "langCell"
+                                     ? page.controller.onLangSegmentChanged(index)
+                                     : page.controller.onToastPosChanged(index)
+                    }
+                }
+            }
+            Component {
+                id: swatchComponent
+                SwatchRow { cell: cellItem.cell }
+            }
+            Component {
+                id: sliderComponent
+                SliderRow { cell: cellItem.cell }
+            }
+        }
+    }
+}

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QAbstractListModel>
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QStringList>
+#include <QtQml/qqmlregistration.h>
+
+// One row of the settings table as the view draws it.
+struct TPSettingsRow
+{
+    enum class Kind { DeviceIP, OwnerName, OpenIDE, Language, Switch, Swatch, Slider, Segments };
+
+    Kind kind = Kind::DeviceIP;
+    QString identifier; // the row's reuse identifier ("ipCell", "switchCell", ...); views pick
+                        // their delegate by it
+    int section = 0;
+    int row = 0;
+    QString sectionTitle;
+    QString title;
+    QString detail;
+    bool disclosure = false;
+    bool highlightsOnTap = true;
+    int height = 44;
+    bool switchOn = false;
+    int tag = 0;
+    QStringList segments;
+    int selectedSegment = 0;
+    QPointer<QObject> cell; // the swatch or slider row's own controller
+};
+
+// The settings table's rows, section after section; the view groups them by section title.
+class TPSettingsRowsModel : public QAbstractListModel
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Owned by the settings screen")
+
+public:
+    enum Role {
+        IdentifierRole = Qt::UserRole + 1,
+        SectionRole,
+        RowRole,
+        SectionTitleRole,
+        TitleRole,
+        DetailRole,
+        DisclosureRole,
+        HighlightsOnTapRole,
+        HeightRole,
+        SwitchOnRole,
+        TagRole,
+        SegmentsRole,
+        SelectedSegmentRole,
+        CellRole,
+    };
+
+    explicit TPSettingsRowsModel(QObject *parent = nullptr);
+
+    void setRows(const QList<TPSettingsRow> &rows);
+    // Replaces one section's rows, leaving the other sections' rows in place.
+    void replaceSection(int section, const QList<TPSettingsRow> &rows);
+    const QList<TPSettingsRow> &rows() const { return m_rows; }
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+private:
+    QList<TPSettingsRow> m_rows;
+};

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "tpsettingsrowsmodel.h"
+#include "tpslidercell.h"
+#include "tpswatchcell.h"
+#include "tpviewcontroller.h"
+
+#include <QStringList>
+#include <QtQml/qqmlregistration.h>
+
+// The Settings tab: Connection (device address, device name, Web IDE), Language, and the
+// engine's options. Every option change is stored and then the whole settings document is
+// pushed to the engine; the touch-marker rows show only while touch debugging is on.
+class TPSettingsVC : public TPViewController
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Made by the app delegate")
+    Q_PROPERTY(TPSettingsRowsModel *rows READ rowsModel CONSTANT)
+
+public:
+    explicit TPSettingsVC(QObject *parent = nullptr);
+
+    QUrl viewUrl() const override;
+    TPSettingsRowsModel *rowsModel() const { return _rowsModel; }
+
+    int numberOfSections() const { return 3; }
+    QString titleForHeaderInSection(int section) const;
+    int numberOfRowsInSection(int section) const;
+    int heightForRow(int section, int row) const;
+    TPSettingsRow cellForRow(int section, int row);
+    TPSettingsRow connectionCellForRow(int row);
+    TPSettingsRow languageCellForRow(int row);
+    TPSettingsRow optionsCellForRow(int row);
+
+    QStringList switchKeys() const { return _switchKeys; }
+    QStringList switchTitleKeys() const { return _switchTitleKeys; }
+    TPSwatchCell *swatchCell() const { return _swatchCell; }
+    TPSliderCell *sizeCell() const { return _sizeCell; }
+    TPSliderCell *opacityCell() const { return _opacityCell; }
+
+    // The settings store and its push to the engine.
+    bool isDebugTouchOn() const;
+    quint32 currentTouchColorRGB() const;
+    qint64 currentTouchSize() const;
+    qint64 currentTouchOpacity() const;
+    void postAllSettings() const;
+
+    // "<address>:8090", or "N/A" without a Wi-Fi address.
+    QString deviceIPPortString() const;
+
+    void reloadData();
+    void reloadSection(int section);
+
+public slots:
+    void didSelectRow(int section, int row);
+    void onDeviceIPRowTapped();
+    void onOpenWebIDETapped();
+    void promptRenameOwner();
+    void onSwitchChanged(int tag, bool on);
+    void onToastPosChanged(int selectedSegment);
+    void onLangSegmentChanged(int selectedSegment);
+    void onLangChangedNotification();
+
+protected:
+    void viewDidLoad() override;
+
+private:
+    QList<TPSettingsRow> rowsOfSection(int section);
+    TPSettingsRow baseRow(int section, int row, const char *identifier) const;
+
+    QStringList _switchKeys;
+    QStringList _switchTitleKeys;
+    TPSettingsRowsModel *_rowsModel;
+    TPSwatchCell *_swatchCell;
+    TPSliderCell *_sizeCell;
+    TPSliderCell *_opacityCell;
+};
