@@ -15,7 +15,6 @@
 
 namespace {
 
-
 const char *const kTabTitleKeys[] = {"tab_scripts", "tab_store", "tab_settings"};
 
 } // namespace
@@ -46,16 +45,17 @@ void AppDelegate::promptOwnerNameThenBuildUI()
     });
     QPointer<TPAlertController> field(alert);
     // No cancel: the prompt is left only by saving a name.
-    m_ownerSaveAction = alert->addAction(TPL("btn_save"), TPAlertAction::Style::Default, [self, field] {
-        if (!self || !field)
-            return;
-        const QString typed = field->text();
-        if (TPTrimmedName(typed).isEmpty())
-            return;
-        // A failed write is not reported: the tabs come anyway and the next launch asks again.
-        TPWriteOwnerFile(typed);
-        self->buildMainUI();
-    });
+    m_ownerSaveAction =
+        alert->addAction(TPL("btn_save"), TPAlertAction::Style::Default, [self, field] {
+            if (!self || !field)
+                return;
+            const QString typed = field->text();
+            if (TPTrimmedName(typed).isEmpty())
+                return;
+            // A failed write is not reported: the tabs come anyway and the next launch asks again.
+            TPWriteOwnerFile(typed);
+            self->buildMainUI();
+        });
     m_ownerSaveAction->setEnabled(false);
     m_presenter->present(alert);
 }
@@ -72,11 +72,9 @@ void AppDelegate::buildMainUI()
         return;
     auto *tabs = new TPTabBarController(this);
     const auto tab = [this](TPViewController *root, int tag, const char *icon) {
-        return TPTabBarController::Tab{new TPNavigationStack(root, m_presenter),
-                                       TPL(kTabTitleKeys[tag]),
-                                       QUrl(QStringLiteral("qrc:/TPCompanion/icons/%1.svg")
-                                                .arg(QLatin1String(icon))),
-                                       tag};
+        return TPTabBarController::Tab{
+            new TPNavigationStack(root, m_presenter), TPL(kTabTitleKeys[tag]),
+            QUrl(QStringLiteral("qrc:/TPCompanion/icons/%1.svg").arg(QLatin1String(icon))), tag};
     };
     tabs->setTabs({tab(new TPScriptsListVC(QString()), 0, "doc.text"),
                    tab(new TPKhoVC(), 1, "cart"), tab(new TPSettingsVC(), 2, "gearshape")});

@@ -16,7 +16,8 @@ class AppDelegate : public QObject
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made by main")
-    Q_PROPERTY(TPTabBarController *tabBarController READ tabBarController NOTIFY tabBarControllerChanged)
+    Q_PROPERTY(
+        TPTabBarController *tabBarController READ tabBarController NOTIFY tabBarControllerChanged)
     Q_PROPERTY(TPPresenter *presenter READ presenter CONSTANT)
 
 public:

@@ -3,8 +3,7 @@
 TPAlertAction::TPAlertAction(const QString &title, Style style, std::function<void()> handler,
                              QObject *parent)
     : QObject(parent), m_title(title), m_style(style), m_handler(std::move(handler))
-{
-}
+{}
 
 void TPAlertAction::setEnabled(bool enabled)
 {
@@ -23,8 +22,7 @@ void TPAlertAction::trigger() const
 TPAlertController::TPAlertController(const QString &title, const QString &message, Style style,
                                      QObject *parent)
     : QObject(parent), m_title(title), m_message(message), m_style(style)
-{
-}
+{}
 
 void TPAlertController::addTextField(const TextField &field)
 {

@@ -14,7 +14,8 @@ class TPTabBarController : public QAbstractListModel
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("The app delegate builds the tabs")
-    Q_PROPERTY(int selectedIndex READ selectedIndex WRITE setSelectedIndex NOTIFY selectedIndexChanged)
+    Q_PROPERTY(
+        int selectedIndex READ selectedIndex WRITE setSelectedIndex NOTIFY selectedIndexChanged)
 
 public:
     enum Role { TitleRole = Qt::UserRole + 1, IconRole, StackRole, TagRole };

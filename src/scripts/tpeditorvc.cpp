@@ -41,9 +41,9 @@ void TPEditorVC::viewWillAppear()
     // Listens only while visible: a language change made elsewhere leaves the bar titles
     // in the language they were last set in.
     disconnect(_langObservation);
-    _langObservation = connect(TPNotificationCenter::defaultCenter(),
-                               &TPNotificationCenter::TPLangChanged, this,
-                               &TPEditorVC::onLangChangedNotification);
+    _langObservation =
+        connect(TPNotificationCenter::defaultCenter(), &TPNotificationCenter::TPLangChanged, this,
+                &TPEditorVC::onLangChangedNotification);
 }
 
 void TPEditorVC::viewWillDisappear()
@@ -77,17 +77,17 @@ void TPEditorVC::setContentInsets(const QMarginsF &insets)
 void TPEditorVC::loadContent()
 {
     QPointer<TPEditorVC> self(this);
-    TPEngineAPI::readScript(_relPath, [self](const std::optional<QString> &content,
-                                             const TPEngineAPI::Error &error) {
-        if (!self)
-            return;
-        if (error) {
-            // Whatever the failure, the user is told the engine is offline.
-            self->showAlert(TPL("alert_error"), TPL("err_offline"));
-            return;
-        }
-        self->setText(content.value_or(QString()));
-    });
+    TPEngineAPI::readScript(
+        _relPath, [self](const std::optional<QString> &content, const TPEngineAPI::Error &error) {
+            if (!self)
+                return;
+            if (error) {
+                // Whatever the failure, the user is told the engine is offline.
+                self->showAlert(TPL("alert_error"), TPL("err_offline"));
+                return;
+            }
+            self->setText(content.value_or(QString()));
+        });
 }
 
 void TPEditorVC::saveWithCompletion(std::function<void(bool)> completion)

@@ -38,6 +38,8 @@ QVariant TPScriptRowsModel::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> TPScriptRowsModel::roleNames() const
 {
-    return {{LabelRole, "label"}, {IsFolderRole, "isFolder"}, {PathRole, "path"},
+    return {{LabelRole, "label"},
+            {IsFolderRole, "isFolder"},
+            {PathRole, "path"},
             {CanEditRole, "canEdit"}};
 }

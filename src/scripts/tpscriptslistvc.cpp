@@ -67,18 +67,19 @@ QJsonArray TPScriptsListVC::filterChildrenOf(const QString &folder, const QJsonA
 void TPScriptsListVC::reloadData()
 {
     QPointer<TPScriptsListVC> self(this);
-    TPEngineAPI::scriptsWithCompletion([self](const QJsonArray &entries, const TPEngineAPI::Error &error) {
-        if (!self)
-            return;
-        self->setRefreshing(false);
-        if (error) {
-            // The previous rows stay on screen.
-            self->showOfflineAlert();
-            return;
-        }
-        self->_rows = filterChildrenOf(self->_folder, entries);
-        self->_rowsModel->setRows(self->_rows);
-    });
+    TPEngineAPI::scriptsWithCompletion(
+        [self](const QJsonArray &entries, const TPEngineAPI::Error &error) {
+            if (!self)
+                return;
+            self->setRefreshing(false);
+            if (error) {
+                // The previous rows stay on screen.
+                self->showOfflineAlert();
+                return;
+            }
+            self->_rows = filterChildrenOf(self->_folder, entries);
+            self->_rowsModel->setRows(self->_rows);
+        });
 }
 
 void TPScriptsListVC::showOfflineAlert()
@@ -134,7 +135,8 @@ TPEngineAPI::Completion TPScriptsListVC::reloadOnSuccess()
 
 void TPScriptsListVC::onAddTapped()
 {
-    auto *sheet = new TPAlertController(QString(), QString(), TPAlertController::Style::ActionSheet);
+    auto *sheet =
+        new TPAlertController(QString(), QString(), TPAlertController::Style::ActionSheet);
     sheet->setAnchor(QStringLiteral("add"));
     QPointer<TPScriptsListVC> self(this);
     sheet->addAction(TPL("new_file"), TPAlertAction::Style::Default, [self] {
@@ -219,7 +221,8 @@ void TPScriptsListVC::onMoreButtonTapped(int row)
     if (!isValidRow(row))
         return;
     const QString path = TPScriptTree::entryPath(_rows.at(row));
-    auto *sheet = new TPAlertController(QString(), QString(), TPAlertController::Style::ActionSheet);
+    auto *sheet =
+        new TPAlertController(QString(), QString(), TPAlertController::Style::ActionSheet);
     sheet->setAnchor(QStringLiteral("row:%1").arg(row));
     QPointer<TPScriptsListVC> self(this);
     sheet->addAction(TPL("menu_rename"), TPAlertAction::Style::Default, [self, path] {
@@ -236,7 +239,8 @@ void TPScriptsListVC::onMoreButtonTapped(int row)
 
 void TPScriptsListVC::promptRenameForPath(const QString &path)
 {
-    auto *alert = new TPAlertController(TPL("menu_rename"), QString(), TPAlertController::Style::Alert);
+    auto *alert =
+        new TPAlertController(TPL("menu_rename"), QString(), TPAlertController::Style::Alert);
     alert->addTextField({TPLastPathSegment(path), QString(), false, false});
     alert->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
     QPointer<TPScriptsListVC> self(this);

@@ -7,14 +7,13 @@
 #include "tpownerfile.h"
 #include "tpsettingsstore.h"
 
+#include <QClipboard>
 #include <QDesktopServices>
 #include <QGuiApplication>
-#include <QClipboard>
 #include <QPointer>
 #include <QUrl>
 
 namespace {
-
 
 constexpr int kConnectionSection = 0;
 constexpr int kLanguageSection = 1;
@@ -29,8 +28,7 @@ TPSettingsVC::TPSettingsVC(QObject *parent)
     : TPViewController(parent), _rowsModel(new TPSettingsRowsModel(this)),
       _swatchCell(new TPSwatchCell(this)), _sizeCell(new TPSliderCell(this)),
       _opacityCell(new TPSliderCell(this))
-{
-}
+{}
 
 QUrl TPSettingsVC::viewUrl() const
 {
@@ -41,8 +39,8 @@ void TPSettingsVC::viewDidLoad()
 {
     setTitle(TPL("tab_settings"));
     _switchTitleKeys = {QStringLiteral("set_alert_error"), QStringLiteral("set_vibrate_error"),
-                        QStringLiteral("set_toast_startstop"), QStringLiteral("set_vibrate_startstop"),
-                        QStringLiteral("set_debug_touch")};
+                        QStringLiteral("set_toast_startstop"),
+                        QStringLiteral("set_vibrate_startstop"), QStringLiteral("set_debug_touch")};
     _switchKeys = TPSettingsStore::switchKeys();
     connect(TPNotificationCenter::defaultCenter(), &TPNotificationCenter::TPLangChanged, this,
             &TPSettingsVC::onLangChangedNotification);
@@ -202,7 +200,8 @@ TPSettingsRow TPSettingsVC::optionsCellForRow(int row)
         cell.highlightsOnTap = false;
         TPSliderCell *slider = size ? _sizeCell : _opacityCell;
         if (size)
-            slider->configureWithTitle(TPL("set_touch_size"), 8, 120, currentTouchSize(), QString());
+            slider->configureWithTitle(TPL("set_touch_size"), 8, 120, currentTouchSize(),
+                                       QString());
         else
             slider->configureWithTitle(TPL("set_touch_opacity"), 5, 100, currentTouchOpacity(),
                                        QStringLiteral("%"));

@@ -2,8 +2,8 @@
 // in the README. Runs on the offscreen platform against a development engine serving the
 // sample scripts from a temporary folder; nothing outside that folder is touched.
 #include "appdelegate.h"
-#include "tpdeviceaddress.h"
 #include "tpdevengine.h"
+#include "tpdeviceaddress.h"
 #include "tpeditorvc.h"
 #include "tpengineapi.h"
 #include "tplang.h"
@@ -36,7 +36,8 @@ namespace {
 bool copyFolder(const QString &relativeFrom, const QString &to)
 {
     const QString from = QDir(relativeFrom).absolutePath();
-    QDirIterator it(from, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    QDirIterator it(from, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot,
+                    QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QString source = it.next();
         const QString target = to + u'/' + QDir(from).relativeFilePath(source);
@@ -54,7 +55,8 @@ std::optional<QList<TPInterfaceEntry>> sampleInterfaces()
     in_addr address{};
     inet_pton(AF_INET, "192.168.1.23", &address);
     return QList<TPInterfaceEntry>{
-        {"en0", true, AF_INET, QByteArray(reinterpret_cast<const char *>(&address), sizeof address)}};
+        {"en0", true, AF_INET,
+         QByteArray(reinterpret_cast<const char *>(&address), sizeof address)}};
 }
 
 class Shooter
@@ -62,8 +64,7 @@ class Shooter
 public:
     Shooter(const QString &outputFolder, const QString &language)
         : m_output(outputFolder), m_language(language)
-    {
-    }
+    {}
 
     bool shoot(QQuickWindow *window, const QString &name)
     {

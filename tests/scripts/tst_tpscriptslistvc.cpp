@@ -1,0 +1,384 @@
+#include "tpeditorvc.h"
+#include "tplang.h"
+#include "tpnavigationstack.h"
+#include "tpnotificationcenter.h"
+#include "tpscreenfixture.h"
+#include "tpscriptslistvc.h"
+
+#include <QJsonObject>
+#include <QSettings>
+#include <QTest>
+
+namespace {
+
+const QByteArray kListing = "{\"entries\":["
+                            "{\"path\":\"main.lua\",\"dir\":false},"
+                            "{\"path\":\"lib\",\"dir\":true},"
+                            "{\"path\":\"lib/a.lua\",\"dir\":false},"
+                            "{\"path\":\"lib/sub\",\"dir\":true},"
+                            "{\"path\":\"lib/util\",\"dir\":true}"
+                            "]}";
+
+QStringList labels(const TPScriptsListVC *list)
+{
+    QStringList result;
+    const TPScriptRowsModel *model = list->rowsModel();
+    for (int row = 0; row < model->rowCount(); ++row)
+        result.append(model->data(model->index(row), TPScriptRowsModel::LabelRole).toString());
+    return result;
+}
+
+} // namespace
+
+class TestTPScriptsListVC : public QObject
+{
+    Q_OBJECT
+
+    TPScreenFixture m_fixture{"tst_tpscriptslistvc"};
+    std::unique_ptr<TPNavigationStack> m_stack;
+
+    // A list on `folder` at the root of a visible stack: it has loaded and asked for the
+    // listing once.
+    TPScriptsListVC *show(const QString &folder)
+    {
+        auto *list = new TPScriptsListVC(folder);
+        m_stack = std::make_unique<TPNavigationStack>(list, m_fixture.presenter.get());
+        m_stack->setVisible(true);
+        return list;
+    }
+
+    int indexOfPath(const TPScriptsListVC *list, const QString &path)
+    {
+        for (int row = 0; row < list->rows().size(); ++row) {
+            if (list->rows().at(row).toObject().value(QStringLiteral("path")).toString() == path)
+                return row;
+        }
+        return -1;
+    }
+
+private slots:
+    void init()
+    {
+        QVERIFY(m_fixture.setUp());
+        m_fixture.serveListing(kListing);
+    }
+    void cleanup() { m_stack.reset(); }
+
+    void rootIsTitledScriptsAndRetitlesOnLanguageChange()
+    {
+        TPScriptsListVC *root = show(QString());
+        QCOMPARE(root->title(), QStringLiteral("Scripts"));
+        QSettings().setValue(TPLangKey, QStringLiteral("fr"));
+        TPNotificationCenter::defaultCenter()->postLangChanged();
+        // An unknown language shows the key: proof the title was looked up again.
+        QCOMPARE(root->title(), QStringLiteral("tab_scripts"));
+    }
+
+    void subFolderIsTitledByItsLastSegmentAndKeepsIt()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib/util"));
+        QCOMPARE(list->title(), QStringLiteral("util"));
+        QSettings().setValue(TPLangKey, QStringLiteral("fr"));
+        TPNotificationCenter::defaultCenter()->postLangChanged();
+        QCOMPARE(list->title(), QStringLiteral("util"));
+    }
+
+    void appearingFetchesTheListingAndShowsTheFoldersChildren()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(labels(list), QStringList({u8"📁 sub", u8"📁 util", u8"📄 a.lua"}));
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/scripts")).size(), 1);
+        QCOMPARE(list->folder(), QStringLiteral("lib"));
+    }
+
+    void tappingFolderRowPushesListOnItsFullPath()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows().size(), 3);
+        list->didSelectRow(indexOfPath(list, QStringLiteral("lib/sub")));
+        QCOMPARE(m_stack->depth(), 2);
+        auto *pushed = qobject_cast<TPScriptsListVC *>(m_stack->topViewController());
+        QVERIFY(pushed);
+        QCOMPARE(pushed->folder(), QStringLiteral("lib/sub"));
+        QCOMPARE(pushed->title(), QStringLiteral("sub"));
+    }
+
+    void tappingFileRowPushesTheEditorOnItsPath()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows().size(), 3);
+        list->didSelectRow(indexOfPath(list, QStringLiteral("lib/a.lua")));
+        auto *editor = qobject_cast<TPEditorVC *>(m_stack->topViewController());
+        QVERIFY(editor);
+        QCOMPARE(editor->relPath(), QStringLiteral("lib/a.lua"));
+    }
+
+    void comingBackToTheListReloadsIt()
+    {
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows().size(), 2);
+        list->didSelectRow(indexOfPath(list, QStringLiteral("lib")));
+        QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/scripts")).size(), 2);
+        m_stack->popViewController();
+        QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/scripts")).size(), 3);
+    }
+
+    void folderRowCannotBeSwipedToDelete()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows().size(), 3);
+        const int folderRow = indexOfPath(list, QStringLiteral("lib/sub"));
+        QVERIFY(!list->canEditRow(folderRow));
+        QVERIFY(!list->rowsModel()
+                     ->data(list->rowsModel()->index(folderRow), TPScriptRowsModel::CanEditRole)
+                     .toBool());
+        list->commitDeleteRow(folderRow);
+        m_fixture.engine->clearRequests();
+        list->onRefreshTapped();
+        QTRY_COMPARE(m_fixture.engine->requests().size(), 1);
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/script")).size(), 0);
+    }
+
+    void swipingFileRowDeletesWithoutConfirmationThenReloads()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows().size(), 3);
+        const int fileRow = indexOfPath(list, QStringLiteral("lib/a.lua"));
+        QVERIFY(list->canEditRow(fileRow));
+        m_fixture.engine->clearRequests();
+        list->commitDeleteRow(fileRow);
+        QCOMPARE(m_fixture.alert(), nullptr);
+        QTRY_COMPARE(m_fixture.engine->requests().size(), 2);
+        const TPRecordedRequest &deletion = m_fixture.engine->requests().at(0);
+        QCOMPARE(deletion.method, QByteArray("DELETE"));
+        QCOMPARE(deletion.path, QStringLiteral("/script"));
+        QCOMPARE(deletion.rawQuery, QStringLiteral("name=lib/a.lua"));
+        QCOMPARE(m_fixture.engine->requests().at(1).path, QStringLiteral("/scripts"));
+    }
+
+    void failedDeleteShowsOfflineAlert()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows().size(), 3);
+        m_fixture.engine->setResponder([](const TPRecordedRequest &) {
+            return TPScriptedAnswer::withStatus(409, "folder not empty");
+        });
+        list->commitDeleteRow(indexOfPath(list, QStringLiteral("lib/a.lua")));
+        QTRY_COMPARE(m_fixture.alertText(), QStringLiteral("Lỗi|Engine offline (:8090)"));
+        QCOMPARE(m_fixture.actionTitles(), QStringList({"OK"}));
+    }
+
+    void addSheetOffersNewFileNewFolderAndCancel()
+    {
+        TPScriptsListVC *list = show(QString());
+        list->onAddTapped();
+        TPAlertController *sheet = m_fixture.alert();
+        QVERIFY(sheet);
+        QCOMPARE(sheet->preferredStyle(), TPAlertController::Style::ActionSheet);
+        QCOMPARE(sheet->title(), QString());
+        QCOMPARE(sheet->message(), QString());
+        QCOMPARE(sheet->anchor(), QStringLiteral("add"));
+        QCOMPARE(m_fixture.actionTitles(), QStringList({u8"File mới", u8"Folder mới", u8"Huỷ"}));
+        QCOMPARE(sheet->actions().at(2)->style(), TPAlertAction::Style::Cancel);
+        sheet->triggerAction(0);
+        TPAlertController *prompt = m_fixture.alert();
+        QVERIFY(prompt);
+        QCOMPARE(prompt->title(), QString::fromUtf8("File mới"));
+        QCOMPARE(prompt->placeholder(), QStringLiteral("ten.lua"));
+        QVERIFY(prompt->hasTextField());
+        QVERIFY(!prompt->autocorrection());
+        QVERIFY(!prompt->autocapitalization());
+        QCOMPARE(m_fixture.actionTitles(), QStringList({u8"Huỷ", u8"Tạo"}));
+    }
+
+    void creatingFileAddsLuaSuffixAndOpensTheEditor()
+    {
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows().size(), 2);
+        list->onAddTapped();
+        m_fixture.alert()->triggerAction(0);
+        m_fixture.alert()->setText(QStringLiteral("demo"));
+        m_fixture.engine->clearRequests();
+        m_fixture.alert()->triggerAction(1);
+        QTRY_VERIFY(qobject_cast<TPEditorVC *>(m_stack->topViewController()));
+        const TPRecordedRequest creation = m_fixture.engine->requests().first();
+        QCOMPARE(creation.method, QByteArray("POST"));
+        QCOMPARE(creation.path, QStringLiteral("/script"));
+        QCOMPARE(creation.rawQuery, QStringLiteral("name=demo.lua"));
+        QCOMPARE(creation.body, QByteArray());
+        QCOMPARE(qobject_cast<TPEditorVC *>(m_stack->topViewController())->relPath(),
+                 QStringLiteral("demo.lua"));
+        // The list itself is not reloaded until it is shown again.
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/scripts")).size(), 0);
+    }
+
+    void creatingFolderSanitizesTheNameAndReloads()
+    {
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows().size(), 2);
+        list->onAddTapped();
+        m_fixture.alert()->triggerAction(1);
+        QCOMPARE(m_fixture.alert()->placeholder(), QStringLiteral("ten_folder"));
+        m_fixture.alert()->setText(QStringLiteral("x y"));
+        m_fixture.engine->clearRequests();
+        m_fixture.alert()->triggerAction(1);
+        QTRY_COMPARE(m_fixture.engine->requests().size(), 2);
+        QCOMPARE(m_fixture.engine->requests().at(0).path, QStringLiteral("/mkdir"));
+        QCOMPARE(m_fixture.engine->requests().at(0).rawQuery, QStringLiteral("name=x_y"));
+        QCOMPARE(m_fixture.engine->requests().at(1).path, QStringLiteral("/scripts"));
+        QCOMPARE(m_stack->depth(), 1);
+    }
+
+    void creatingInSubFolderJoinsThePath()
+    {
+        show(QStringLiteral("lib"))->createEntryNamed(QStringLiteral("test.lua"), false);
+        // The create, then the editor's read of the new file.
+        QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/script")).size(), 2);
+        const TPRecordedRequest creation = m_fixture.requestsTo(QStringLiteral("/script")).first();
+        QCOMPARE(creation.method, QByteArray("POST"));
+        QCOMPARE(creation.rawQuery, QStringLiteral("name=lib/test.lua"));
+    }
+
+    void nameOfOnlyDroppedCharactersShowsBadNameAndSendsNothing()
+    {
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows().size(), 2);
+        m_fixture.engine->clearRequests();
+        list->promptNameWithTitle(TPL("new_file"), TPL("ph_file_name"), false);
+        m_fixture.alert()->setText(QStringLiteral("###"));
+        m_fixture.alert()->triggerAction(1);
+        QCOMPARE(m_fixture.alertText(), QString::fromUtf8("Lỗi|Tên không hợp lệ"));
+        list->onRefreshTapped();
+        QTRY_COMPARE(m_fixture.engine->requests().size(), 1);
+        QCOMPARE(m_fixture.engine->requests().first().path, QStringLiteral("/scripts"));
+    }
+
+    void failedCreateShowsOfflineAlertAndOpensNothing()
+    {
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows().size(), 2);
+        m_fixture.stopEngine();
+        list->createEntryNamed(QStringLiteral("x.lua"), false);
+        QTRY_COMPARE(m_fixture.alertText(), QStringLiteral("Lỗi|Engine offline (:8090)"));
+        QCOMPARE(m_fixture.alertCount(), 1);
+        QCOMPARE(m_stack->depth(), 1);
+    }
+
+    void unreachableEngineShowsOfflineAlertStopsSpinnerAndKeepsEmptyTable()
+    {
+        m_fixture.stopEngine();
+        auto *list = new TPScriptsListVC(QString());
+        m_stack = std::make_unique<TPNavigationStack>(list, m_fixture.presenter.get());
+        list->loadViewIfNeeded();
+        list->onRefreshControlPulled();
+        QVERIFY(list->isRefreshing());
+        QTRY_COMPARE(m_fixture.alertText(), QStringLiteral("Lỗi|Engine offline (:8090)"));
+        QVERIFY(!list->isRefreshing());
+        QCOMPARE(list->rowsModel()->rowCount(), 0);
+    }
+
+    void failedReloadKeepsThePreviousRows()
+    {
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows().size(), 2);
+        m_fixture.engine->setResponder(
+            [](const TPRecordedRequest &) { return TPScriptedAnswer::ok("[]"); });
+        list->onRefreshTapped();
+        QTRY_COMPARE(m_fixture.alertText(), QStringLiteral("Lỗi|Engine offline (:8090)"));
+        QCOMPARE(labels(list), QStringList({u8"📁 lib", u8"📄 main.lua"}));
+    }
+
+    void completionAfterThePopChangesAndShowsNothing()
+    {
+        TPScriptsListVC *root = show(QString());
+        QTRY_COMPARE(root->rows().size(), 2);
+        // The pushed list's listing fails late; the root's reload after the pop succeeds
+        // later still, with one more file.
+        int listings = 1;
+        m_fixture.engine->setResponder([&listings](const TPRecordedRequest &) {
+            ++listings;
+            TPScriptedAnswer answer =
+                listings == 2 ? TPScriptedAnswer::withStatus(500)
+                              : TPScriptedAnswer::ok("{\"entries\":[{\"path\":\"a.lua\"},"
+                                                     "{\"path\":\"b.lua\"},{\"path\":\"c.lua\"}]}");
+            answer.delayMs = listings == 2 ? 300 : 600;
+            return answer;
+        });
+        root->didSelectRow(indexOfPath(root, QStringLiteral("lib")));
+        QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/scripts")).size(), 2);
+        QPointer<TPViewController> pushed = m_stack->topViewController();
+        m_stack->popViewController();
+        QTRY_VERIFY(!pushed);
+        QTRY_COMPARE(root->rows().size(), 3);
+        QCOMPARE(m_fixture.alertCount(), 0);
+    }
+
+    void renameSendsTheSanitizedNameInTheSameFolder()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows().size(), 3);
+        list->onMoreButtonTapped(indexOfPath(list, QStringLiteral("lib/a.lua")));
+        QCOMPARE(m_fixture.actionTitles(), QStringList({u8"Đổi tên", u8"Xoá", u8"Huỷ"}));
+        QCOMPARE(m_fixture.alert()->actions().at(1)->style(), TPAlertAction::Style::Destructive);
+        m_fixture.alert()->triggerAction(0);
+        QCOMPARE(m_fixture.alert()->title(), QString::fromUtf8("Đổi tên"));
+        QCOMPARE(m_fixture.alert()->text(), QStringLiteral("a.lua"));
+        QCOMPARE(m_fixture.actionTitles(), QStringList({u8"Huỷ", "OK"}));
+        m_fixture.alert()->setText(QStringLiteral("b"));
+        m_fixture.engine->clearRequests();
+        m_fixture.alert()->triggerAction(1);
+        QTRY_COMPARE(m_fixture.engine->requests().size(), 2);
+        QCOMPARE(m_fixture.engine->requests().at(0).path, QStringLiteral("/rename"));
+        QCOMPARE(m_fixture.engine->requests().at(0).rawQuery,
+                 QStringLiteral("from=lib/a.lua&to=lib/b"));
+        QCOMPARE(m_fixture.engine->requests().at(1).path, QStringLiteral("/scripts"));
+    }
+
+    void renameToTheSameOrAnEmptyNameSendsNothing()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows().size(), 3);
+        m_fixture.engine->clearRequests();
+        for (const QString &typed : {QStringLiteral("a.lua"), QStringLiteral("###")}) {
+            list->promptRenameForPath(QStringLiteral("lib/a.lua"));
+            m_fixture.alert()->setText(typed);
+            m_fixture.alert()->triggerAction(1);
+            QCOMPARE(m_fixture.alert(), nullptr);
+        }
+        list->onRefreshTapped();
+        QTRY_COMPARE(m_fixture.engine->requests().size(), 1);
+        QCOMPARE(m_fixture.engine->requests().first().path, QStringLiteral("/scripts"));
+    }
+
+    void rowRunDisablesItsButtonAndReportsFailureOnly()
+    {
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows().size(), 2);
+        const int fileRow = indexOfPath(list, QStringLiteral("main.lua"));
+        list->onRunButtonTapped(indexOfPath(list, QStringLiteral("lib")));
+        list->onRunButtonTapped(fileRow);
+        QVERIFY(!list->isRunButtonEnabled(fileRow));
+        QTRY_VERIFY(list->isRunButtonEnabled(fileRow));
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/runfile")).size(), 1);
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/runfile")).first().rawQuery,
+                 QStringLiteral("name=main.lua"));
+        QCOMPARE(m_fixture.alert(), nullptr);
+
+        m_fixture.engine->setResponder(
+            [](const TPRecordedRequest &) { return TPScriptedAnswer::withStatus(404); });
+        list->onRunButtonTapped(fileRow);
+        QTRY_COMPARE(m_fixture.alertText(),
+                     QString::fromUtf8("Lỗi|Không chạy được (engine offline?)"));
+    }
+
+    void alertTextsFollowTheCurrentLanguage()
+    {
+        QSettings().setValue(TPLangKey, QStringLiteral("en"));
+        TPScriptsListVC *list = show(QString());
+        list->onAddTapped();
+        QCOMPARE(m_fixture.actionTitles(), QStringList({"New File", "New Folder", "Cancel"}));
+    }
+};
+
+QTEST_MAIN(TestTPScriptsListVC)
+#include "tst_tpscriptslistvc.moc"
