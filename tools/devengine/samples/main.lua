@@ -1,4 +1,5 @@
--- A first script: prints a greeting and taps the middle of the screen three times.
+-- Greets, then taps the middle
+-- of the screen three times.
 print("Xin chào from TP Companion")
 for i = 1, 3 do
     tap(540, 960)

@@ -1,0 +1,58 @@
+// Renders every screen of the app, in Vietnamese and in English, to the PNG files the
+// README shows: tp-screenshots SAMPLES_DIR OUTPUT_DIR. Runs on the offscreen platform
+// against a development engine serving a temporary copy of the sample scripts.
+#include "tpapptour.h"
+
+#include <QDir>
+#include <QGuiApplication>
+#include <QQuickStyle>
+#include <QQuickWindow>
+#include <QStandardPaths>
+#include <QtQml/qqmlextensionplugin.h>
+
+Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
+
+int main(int argc, char *argv[])
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    QStandardPaths::setTestModeEnabled(true);
+    QGuiApplication::setOrganizationName(QStringLiteral("TPCompanionScreenshots"));
+    QGuiApplication::setApplicationName(QStringLiteral("tp-screenshots"));
+    QQuickStyle::setStyle(QStringLiteral("Basic"));
+
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() != 3) {
+        qWarning("usage: tp-screenshots SAMPLES_DIR OUTPUT_DIR");
+        return 2;
+    }
+    const QString output = arguments.at(2);
+    QDir().mkpath(output);
+    const QStringList wanted = {"first-run-prompt", "scripts", "add-sheet", "editor",
+                                "alert",            "store",   "settings",  "settings-touch-debug"};
+
+    TPAppTour tour;
+    QString error;
+    if (!tour.prepare(arguments.at(1), &error)) {
+        qWarning("%s", qPrintable(error));
+        return 1;
+    }
+    for (const QString &language : {QStringLiteral("vi"), QStringLiteral("en")}) {
+        const auto shoot = [&](const QString &name) {
+            if (!wanted.contains(name))
+                return true;
+            const QString path = QStringLiteral("%1/%2-%3.png").arg(output, language, name);
+            if (!tour.window()->grabWindow().save(path)) {
+                qWarning("cannot write %s", qPrintable(path));
+                return false;
+            }
+            qInfo("wrote %s", qPrintable(path));
+            return true;
+        };
+        if (!tour.run(language, shoot, &error)) {
+            qWarning("%s", qPrintable(error));
+            return 1;
+        }
+    }
+    return 0;
+}

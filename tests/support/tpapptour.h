@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QTemporaryDir>
+
+#include <functional>
+#include <memory>
+
+class AppDelegate;
+class QQmlApplicationEngine;
+class QQuickWindow;
+class TPDevEngine;
+
+// Runs the real app, Main.qml and all, against a development engine serving a copy of the
+// sample scripts, and walks it through every screen as a person would. At each stop it
+// calls `atScreen` with the stop's name; a false answer ends the tour.
+class TPAppTour
+{
+public:
+    using Stop = std::function<bool(const QString &name)>;
+
+    TPAppTour();
+    ~TPAppTour();
+
+    // Checks the sample folder; false with `error` set when there is none.
+    bool prepare(const QString &samplesFolder, QString *error);
+    // One full tour in `language` ("vi" or "en"), starting from a first run on a fresh copy
+    // of the samples.
+    bool run(const QString &language, const Stop &atScreen, QString *error);
+
+    QQuickWindow *window() const { return m_window; }
+    QQmlApplicationEngine *qmlEngine() const { return m_qml.get(); }
+    AppDelegate *delegate() const { return m_delegate.get(); }
+
+private:
+    bool startEngine(const QString &language, QString *error);
+    bool walk(const Stop &atScreen, QString *error);
+
+    QString m_samplesFolder;
+    QTemporaryDir m_work;
+    std::unique_ptr<TPDevEngine> m_engine;
+    std::unique_ptr<AppDelegate> m_delegate;
+    std::unique_ptr<QQmlApplicationEngine> m_qml;
+    QQuickWindow *m_window = nullptr;
+};
