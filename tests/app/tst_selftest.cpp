@@ -22,7 +22,8 @@ QtMessageHandler g_previousHandler = nullptr;
 // Every warning while the app runs is a failure: QML reports its own problems this way.
 void recordWarnings(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
-    if (type != QtDebugMsg && type != QtInfoMsg && !message.contains(QLatin1String("XDG_RUNTIME_DIR")))
+    if (type != QtDebugMsg && type != QtInfoMsg &&
+        !message.contains(QLatin1String("XDG_RUNTIME_DIR")))
         g_messages.append(message);
     g_previousHandler(type, context, message);
 }
@@ -98,7 +99,9 @@ private slots:
                 // A singleton is used, not instantiated: reach it through the module.
                 const QString name = QFileInfo(file).baseName();
                 component.setData(
-                    QStringLiteral("import QtQml\nQtObject { property var probe: %1 }").arg(name).toUtf8(),
+                    QStringLiteral("import QtQml\nQtObject { property var probe: %1 }")
+                        .arg(name)
+                        .toUtf8(),
                     QUrl(QStringLiteral("qrc:/TPCompanion/SingletonProbe.qml")));
                 std::unique_ptr<QObject> probe(component.create());
                 QVERIFY2(probe && probe->property("probe").value<QObject *>(),
@@ -130,7 +133,8 @@ private slots:
             for (const QString &name : kExpectedItems.value(stop)) {
                 QQuickItem *item = findShownItem(tour.window()->contentItem(), name);
                 if (!item)
-                    problems.append(stop + QStringLiteral(": ") + name + QStringLiteral(" not shown"));
+                    problems.append(stop + QStringLiteral(": ") + name +
+                                    QStringLiteral(" not shown"));
             }
             for (const QString &message : std::as_const(g_messages))
                 problems.append(stop + QStringLiteral(": ") + message);

@@ -1,8 +1,8 @@
 #include "tpapptour.h"
 
 #include "appdelegate.h"
-#include "tpdeviceaddress.h"
 #include "tpdevengine.h"
+#include "tpdeviceaddress.h"
 #include "tpeditorvc.h"
 #include "tpengineapi.h"
 #include "tplang.h"
@@ -45,7 +45,8 @@ std::optional<QList<TPInterfaceEntry>> sampleInterfaces()
     in_addr address{};
     inet_pton(AF_INET, "192.168.1.23", &address);
     return QList<TPInterfaceEntry>{
-        {"en0", true, AF_INET, QByteArray(reinterpret_cast<const char *>(&address), sizeof address)}};
+        {"en0", true, AF_INET,
+         QByteArray(reinterpret_cast<const char *>(&address), sizeof address)}};
 }
 
 template <typename Condition>

@@ -1,0 +1,215 @@
+#include "tpnavigationstack.h"
+#include "tpscreenfixture.h"
+#include "tpscriptslistvc.h"
+#include "tpslidercell.h"
+
+#include <QQuickItem>
+#include <QQuickStyle>
+#include <QQuickView>
+#include <QTest>
+#include <QtQml/qqmlextensionplugin.h>
+
+Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
+
+namespace {
+
+const QByteArray kListing = "{\"entries\":[{\"path\":\"lib\",\"dir\":true},"
+                            "{\"path\":\"main.lua\",\"dir\":false}]}";
+
+QQuickItem *findItem(QQuickItem *root, const QString &name)
+{
+    if (root->objectName() == name)
+        return root;
+    for (QQuickItem *child : root->childItems()) {
+        if (QQuickItem *found = findItem(child, name))
+            return found;
+    }
+    return nullptr;
+}
+
+// Presses at `from`, moves to `to` in small steps as a finger does, and lifts there.
+void drag(QQuickWindow *window, QPoint from, QPoint to)
+{
+    constexpr int steps = 12;
+    QTest::mousePress(window, Qt::LeftButton, {}, from);
+    for (int step = 1; step <= steps; ++step)
+        QTest::mouseMove(window, from + (to - from) * step / steps, 16);
+    QTest::mouseRelease(window, Qt::LeftButton, {}, to, 16);
+}
+
+QPoint centreOf(QQuickItem *item)
+{
+    return item->mapToScene(QPointF(item->width() / 2, item->height() / 2)).toPoint();
+}
+
+qreal swipePosition(QQuickItem *row)
+{
+    return row->property("swipe").value<QObject *>()->property("position").toReal();
+}
+
+} // namespace
+
+// The touch behaviours only a view has: swiping rows, pulling the list, dragging a slider.
+class TestViews : public QObject
+{
+    Q_OBJECT
+
+    TPScreenFixture m_fixture{"tst_views"};
+    std::unique_ptr<TPNavigationStack> m_stack;
+    std::unique_ptr<QQuickView> m_view;
+
+    bool showPage(const char *page, const QVariantMap &properties, QSize size = QSize(390, 600))
+    {
+        m_view = std::make_unique<QQuickView>();
+        m_view->setInitialProperties(properties);
+        m_view->setResizeMode(QQuickView::SizeRootObjectToView);
+        m_view->resize(size);
+        m_view->setSource(QUrl(QStringLiteral("qrc:/TPCompanion/%1.qml").arg(QLatin1String(page))));
+        if (!m_view->rootObject())
+            return false;
+        m_view->show();
+        return QTest::qWaitForWindowExposed(m_view.get());
+    }
+
+    TPScriptsListVC *showList()
+    {
+        auto *list = new TPScriptsListVC(QString());
+        m_stack = std::make_unique<TPNavigationStack>(list, m_fixture.presenter.get());
+        m_stack->setVisible(true);
+        if (!showPage("ScriptsListPage",
+                      {{QStringLiteral("controller"), QVariant::fromValue(list)}}))
+            return nullptr;
+        return list;
+    }
+
+private slots:
+    void initTestCase() { QQuickStyle::setStyle(QStringLiteral("Basic")); }
+    void init()
+    {
+        QVERIFY(m_fixture.setUp());
+        m_fixture.serveListing(kListing);
+    }
+    void cleanup()
+    {
+        m_view.reset();
+        m_stack.reset();
+    }
+
+    void swipingFileRowRevealsDeleteWhichDeletes()
+    {
+        TPScriptsListVC *list = showList();
+        QVERIFY(list);
+        QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("row1")));
+        QQuickItem *fileRow = findItem(m_view->rootObject(), QStringLiteral("row1"));
+        const QPoint start = centreOf(fileRow) + QPoint(120, 0);
+        drag(m_view.get(), start, start - QPoint(200, 0));
+        QTRY_VERIFY(swipePosition(fileRow) < -0.5);
+        QQuickItem *deleteButton = findItem(fileRow, QStringLiteral("deleteButton"));
+        QVERIFY(deleteButton);
+        QTRY_VERIFY(deleteButton->isVisible());
+        m_fixture.engine->clearRequests();
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, centreOf(deleteButton));
+        QTRY_VERIFY(!m_fixture.requestsTo(QStringLiteral("/script")).isEmpty());
+        const TPRecordedRequest deletion = m_fixture.requestsTo(QStringLiteral("/script")).first();
+        QCOMPARE(deletion.method, QByteArray("DELETE"));
+        QCOMPARE(deletion.rawQuery, QStringLiteral("name=main.lua"));
+        QCOMPARE(m_fixture.alert(), nullptr);
+    }
+
+    void swipingFolderRowRevealsNothing()
+    {
+        QVERIFY(showList());
+        QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("row0")));
+        QQuickItem *folderRow = findItem(m_view->rootObject(), QStringLiteral("row0"));
+        const QPoint start = centreOf(folderRow) + QPoint(120, 0);
+        drag(m_view.get(), start, start - QPoint(200, 0));
+        QCOMPARE(swipePosition(folderRow), 0.0);
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/script")).size(), 0);
+    }
+
+    void tappingFolderRowOpensIt()
+    {
+        QVERIFY(showList());
+        QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("row0")));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {},
+                          centreOf(findItem(m_view->rootObject(), QStringLiteral("row0"))));
+        QTRY_COMPARE(m_stack->depth(), 2);
+    }
+
+    void pullingTheListDownRefreshesIt()
+    {
+        TPScriptsListVC *list = showList();
+        QVERIFY(list);
+        QTRY_COMPARE(list->rows().size(), 2);
+        const int before = int(m_fixture.requestsTo(QStringLiteral("/scripts")).size());
+        QQuickItem *listView = findItem(m_view->rootObject(), QStringLiteral("scriptsList"));
+        QVERIFY(listView);
+        const QPoint top = listView->mapToScene(QPointF(195, 30)).toPoint();
+        drag(m_view.get(), top, top + QPoint(0, 300));
+        QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/scripts")).size(), before + 1);
+        QTRY_VERIFY(!list->isRefreshing());
+    }
+
+    void shortPullDoesNotRefresh()
+    {
+        TPScriptsListVC *list = showList();
+        QTRY_COMPARE(list->rows().size(), 2);
+        QQuickItem *listView = findItem(m_view->rootObject(), QStringLiteral("scriptsList"));
+        const QPoint top = listView->mapToScene(QPointF(195, 30)).toPoint();
+        drag(m_view.get(), top, top + QPoint(0, 40));
+        list->onRefreshTapped(); // a later listing: a refresh from the pull would come first
+        QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/scripts")).size(), 2);
+    }
+
+    void sliderDragReportsOnceOnRelease()
+    {
+        TPSliderCell cell;
+        cell.configureWithTitle(QStringLiteral("Size"), 8, 120, 44);
+        QList<qint64> reports;
+        cell.setOnChanged([&reports](qint64 value) { reports.append(value); });
+        QVERIFY(showPage("SliderRow", {{QStringLiteral("cell"), QVariant::fromValue(&cell)}},
+                         QSize(390, 72)));
+        QQuickItem *slider = findItem(m_view->rootObject(), QStringLiteral("slider"));
+        QVERIFY(slider);
+        QTRY_VERIFY(slider->width() > 100);
+        const QPoint from =
+            slider->mapToScene(QPointF(slider->width() * 0.3, slider->height() / 2)).toPoint();
+        const QPoint to =
+            slider->mapToScene(QPointF(slider->width() * 0.7, slider->height() / 2)).toPoint();
+        QTest::mousePress(m_view.get(), Qt::LeftButton, {}, from);
+        for (int step = 1; step <= 10; ++step)
+            QTest::mouseMove(m_view.get(), from + (to - from) * step / 10, 16);
+        QVERIFY(reports.isEmpty());
+        const QString duringDrag = cell.valueText();
+        QVERIFY(duringDrag != QStringLiteral("44"));
+        QTest::mouseRelease(m_view.get(), Qt::LeftButton, {}, to, 16);
+        QTRY_COMPARE(reports.size(), 1);
+        QCOMPARE(QString::number(reports.first()), cell.valueText());
+        QCOMPARE(cell.value(), float(reports.first()));
+    }
+
+    void sliderReleasedOutsideStillReports()
+    {
+        TPSliderCell cell;
+        cell.configureWithTitle(QStringLiteral("Opacity"), 5, 100, 60, QStringLiteral("%"));
+        QList<qint64> reports;
+        cell.setOnChanged([&reports](qint64 value) { reports.append(value); });
+        // The row is 72 points high in a taller window: the finger lifts below the slider.
+        QVERIFY(showPage("SliderRow", {{QStringLiteral("cell"), QVariant::fromValue(&cell)}},
+                         QSize(390, 72)));
+        m_view->setResizeMode(QQuickView::SizeViewToRootObject);
+        m_view->resize(390, 300);
+        QQuickItem *slider = findItem(m_view->rootObject(), QStringLiteral("slider"));
+        QTRY_VERIFY(slider->width() > 100);
+        const QPoint from =
+            slider->mapToScene(QPointF(slider->width() * 0.5, slider->height() / 2)).toPoint();
+        const QPoint outside(m_view->width() - 2, 200);
+        QVERIFY(!slider->contains(slider->mapFromScene(outside)));
+        drag(m_view.get(), from, outside);
+        QTRY_COMPARE(reports, QList<qint64>({100}));
+        QCOMPARE(cell.valueText(), QStringLiteral("100%"));
+    }
+};
+
+QTEST_MAIN(TestViews)
+#include "tst_views.moc"
