@@ -33,7 +33,8 @@ else
     echo "Development engine on http://127.0.0.1:8090 serving $scripts_dir (log: $data_dir/devengine.log)"
 fi
 
-app=(build/src/tpcompanion "$@")
+# On a desktop the device-name file lives in the app's data folder, not under /var/jb.
+app=(build/src/tpcompanion --owner-root "$data_dir/owner" "$@")
 if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ] && [ -z "${QT_QPA_PLATFORM:-}" ]; then
     echo "No display found: running the app in a virtual X server (Xvfb); nothing will be visible."
     app=(xvfb-run -a -s "-screen 0 1280x1024x24" "${app[@]}")
