@@ -1,9 +1,10 @@
 #include "tpownerfile.h"
 
+#include "tpatomicfile.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStringDecoder>
 
 namespace {
@@ -31,19 +32,6 @@ std::optional<QString> readUtf8File(const QString &path)
     if (decoder.hasError())
         return std::nullopt;
     return text;
-}
-
-bool writeAtomically(const QString &path, const QByteArray &content)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    if (file.write(content) != content.size()) {
-        file.cancelWriting();
-        return false;
-    }
-    return file.commit();
 }
 
 } // namespace
@@ -104,8 +92,8 @@ bool TPWriteOwnerFile(const QString &name)
     if (trimmed.isEmpty())
         return false;
     const QByteArray content = (trimmed + u'\n').toUtf8();
-    if (writeAtomically(TPOwnerFilePrimaryPath(), content))
+    if (TPWriteFileAtomically(TPOwnerFilePrimaryPath(), content))
         return true;
     const auto fallback = TPOwnerFileFallbackPath();
-    return fallback && writeAtomically(*fallback, content);
+    return fallback && TPWriteFileAtomically(*fallback, content);
 }

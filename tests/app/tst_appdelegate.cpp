@@ -7,28 +7,12 @@
 #include "tpscriptslistvc.h"
 #include "tpsettingsvc.h"
 
+#include "tptestutil.h"
+
 #include <QDir>
 #include <QFile>
 #include <QSettings>
 #include <QTest>
-
-namespace {
-
-void writeBytes(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        file.write(bytes);
-}
-
-QByteArray readBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-} // namespace
 
 class TestAppDelegate : public QObject
 {
@@ -57,7 +41,7 @@ class TestAppDelegate : public QObject
     void makeOwnerFileUnwritable()
     {
         const QString blocker = m_fixture.ownerDir->filePath(QStringLiteral("blocker"));
-        writeBytes(blocker, "file");
+        QVERIFY(TPWriteFileBytes(blocker, "file"));
         TPSetOwnerFileLocations({blocker + QStringLiteral("/jb"),
                                  m_fixture.ownerDir->filePath(QStringLiteral("AppGroup"))});
     }
@@ -68,7 +52,7 @@ private slots:
 
     void storedNameGoesStraightToTheTabs()
     {
-        writeBytes(ownerFile(), "Tavo\n");
+        QVERIFY(TPWriteFileBytes(ownerFile(), "Tavo\n"));
         AppDelegate *app = launch();
         QVERIFY(app);
         QCOMPARE(prompt(), nullptr);
@@ -78,7 +62,7 @@ private slots:
 
     void tabsAreScriptsStoreSettingsWithTheirIcons()
     {
-        writeBytes(ownerFile(), "Tavo\n");
+        QVERIFY(TPWriteFileBytes(ownerFile(), "Tavo\n"));
         const auto &tabs = launch()->tabBarController()->tabs();
         QCOMPARE(tabs.size(), 3);
         auto *scripts = qobject_cast<TPScriptsListVC *>(tabs.at(0).stack->topViewController());
@@ -98,7 +82,7 @@ private slots:
 
     void launchSendsNothingButTheShownListsListing()
     {
-        writeBytes(ownerFile(), "Tavo\n");
+        QVERIFY(TPWriteFileBytes(ownerFile(), "Tavo\n"));
         launch();
         QTRY_COMPARE(m_fixture.engine->requests().size(), 1);
         QCOMPARE(m_fixture.engine->requests().first().path, QStringLiteral("/scripts"));
@@ -107,7 +91,7 @@ private slots:
 
     void ownerFileOfOnlyWhitespaceAsksForAName()
     {
-        writeBytes(ownerFile(), " \n\t\n");
+        QVERIFY(TPWriteFileBytes(ownerFile(), " \n\t\n"));
         AppDelegate *app = launch();
         QCOMPARE(app->tabBarController(), nullptr);
         QVERIFY(prompt());
@@ -153,7 +137,7 @@ private slots:
         launch();
         prompt()->setText(QStringLiteral("  Tavo  "));
         prompt()->triggerAction(0);
-        QCOMPARE(readBytes(ownerFile()), QByteArray("Tavo\n"));
+        QCOMPARE(TPReadFileBytes(ownerFile()), QByteArray("Tavo\n"));
         QVERIFY(m_app->tabBarController());
         QCOMPARE(m_app->tabBarController()->selectedIndex(), 0);
         QCOMPARE(prompt(), nullptr);
@@ -173,7 +157,7 @@ private slots:
 
     void languageChangeRetitlesTheTabsAndKeepsIconsAndOrder()
     {
-        writeBytes(ownerFile(), "Tavo\n");
+        QVERIFY(TPWriteFileBytes(ownerFile(), "Tavo\n"));
         TPTabBarController *tabs = launch()->tabBarController();
         const auto before = tabs->tabs();
         QSettings().setValue(TPLangKey, QStringLiteral("en"));
@@ -200,7 +184,7 @@ private slots:
 
     void switchingTabsShowsTheStoreAndSettings()
     {
-        writeBytes(ownerFile(), "Tavo\n");
+        QVERIFY(TPWriteFileBytes(ownerFile(), "Tavo\n"));
         TPTabBarController *tabs = launch()->tabBarController();
         auto *settings =
             qobject_cast<TPSettingsVC *>(tabs->tabs().at(2).stack->topViewController());

@@ -33,20 +33,6 @@ struct Text
     Error error;
 };
 
-QByteArray readBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-void writeBytes(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
-
 const TPError kNoCompletion{QStringLiteral("test"), 0, QStringLiteral("no completion")};
 
 // Runs one status-judged operation and waits for its completion.
@@ -151,8 +137,8 @@ private slots:
 
     void listingHoldsEveryFileAndFolderRecursively()
     {
-        writeBytes(inRoot(QStringLiteral("main.lua")), "print(1)");
-        writeBytes(inRoot(QStringLiteral("lib/util/x.lua")), "");
+        QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("main.lua")), "print(1)"));
+        QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("lib/util/x.lua")), ""));
         QVERIFY(QDir().mkpath(inRoot(QStringLiteral("empty"))));
         const Listing result = listing();
         QCOMPARE(result.error, std::nullopt);
@@ -162,7 +148,7 @@ private slots:
 
     void readReturnsTheFileAndMissingFileIs404()
     {
-        writeBytes(inRoot(QStringLiteral("lib/a.lua")), "-- Xin chào\n");
+        QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("lib/a.lua")), "-- Xin chào\n"));
         const Text text = readScript(QStringLiteral("lib/a.lua"));
         QCOMPARE(orNone(text.text), QString::fromUtf8("-- Xin chào\n"));
         QCOMPARE(
@@ -176,17 +162,17 @@ private slots:
 
     void saveWritesTheWholeContent()
     {
-        writeBytes(inRoot(QStringLiteral("a.lua")), "old content that is longer");
+        QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("a.lua")), "old content that is longer"));
         QCOMPARE(judged([](auto c) {
                      TPEngineAPI::saveScript(QStringLiteral("a.lua"), QStringLiteral("new"), c);
                  }),
                  std::nullopt);
-        QCOMPARE(readBytes(inRoot(QStringLiteral("a.lua"))), QByteArray("new"));
+        QCOMPARE(TPReadFileBytes(inRoot(QStringLiteral("a.lua"))), QByteArray("new"));
         QCOMPARE(judged([](auto c) {
                      TPEngineAPI::saveScript(QStringLiteral("lib/b.lua"), QStringLiteral("b"), c);
                  }),
                  std::nullopt);
-        QCOMPARE(readBytes(inRoot(QStringLiteral("lib/b.lua"))), QByteArray("b"));
+        QCOMPARE(TPReadFileBytes(inRoot(QStringLiteral("lib/b.lua"))), QByteArray("b"));
         QCOMPARE(QDir(root()).entryList(QDir::Files | QDir::Hidden), QStringList({"a.lua"}));
     }
 
@@ -195,13 +181,13 @@ private slots:
         QCOMPARE(judged([](auto c) { TPEngineAPI::createScript(QStringLiteral("demo.lua"), c); }),
                  std::nullopt);
         QVERIFY(QFileInfo(inRoot(QStringLiteral("demo.lua"))).isFile());
-        QCOMPARE(readBytes(inRoot(QStringLiteral("demo.lua"))), QByteArray());
+        QCOMPARE(TPReadFileBytes(inRoot(QStringLiteral("demo.lua"))), QByteArray());
     }
 
     void deleteRemovesFilesAndEmptyFoldersButRefusesFullFolders()
     {
-        writeBytes(inRoot(QStringLiteral("a.lua")), "x");
-        writeBytes(inRoot(QStringLiteral("full/b.lua")), "x");
+        QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("a.lua")), "x"));
+        QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("full/b.lua")), "x"));
         QVERIFY(QDir().mkpath(inRoot(QStringLiteral("empty"))));
         QCOMPARE(judged([](auto c) { TPEngineAPI::deleteScript(QStringLiteral("a.lua"), c); }),
                  std::nullopt);
@@ -234,31 +220,32 @@ private slots:
 
     void renameMovesAndRefusesToOverwrite()
     {
-        writeBytes(inRoot(QStringLiteral("lib/a.lua")), "a");
-        writeBytes(inRoot(QStringLiteral("lib/taken.lua")), "taken");
+        QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("lib/a.lua")), "a"));
+        QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("lib/taken.lua")), "taken"));
         QCOMPARE(judged([](auto c) {
                      TPEngineAPI::renameScript(QStringLiteral("lib/a.lua"), QStringLiteral("lib/b"),
                                                c);
                  }),
                  std::nullopt);
-        QCOMPARE(readBytes(inRoot(QStringLiteral("lib/b"))), QByteArray("a"));
+        QCOMPARE(TPReadFileBytes(inRoot(QStringLiteral("lib/b"))), QByteArray("a"));
         QVERIFY(!QFileInfo::exists(inRoot(QStringLiteral("lib/a.lua"))));
         QCOMPARE(raw(QStringLiteral("POST"), QStringLiteral("/rename"),
                      QStringLiteral("from=lib/b&to=lib/taken.lua"))
                      .status,
                  409);
-        QCOMPARE(readBytes(inRoot(QStringLiteral("lib/taken.lua"))), QByteArray("taken"));
-        QCOMPARE(readBytes(inRoot(QStringLiteral("lib/b"))), QByteArray("a"));
+        QCOMPARE(TPReadFileBytes(inRoot(QStringLiteral("lib/taken.lua"))), QByteArray("taken"));
+        QCOMPARE(TPReadFileBytes(inRoot(QStringLiteral("lib/b"))), QByteArray("a"));
         QCOMPARE(judged([](auto c) {
                      TPEngineAPI::renameScript(QStringLiteral("lib"), QStringLiteral("src"), c);
                  }),
                  std::nullopt);
-        QCOMPARE(readBytes(inRoot(QStringLiteral("src/taken.lua"))), QByteArray("taken"));
+        QCOMPARE(TPReadFileBytes(inRoot(QStringLiteral("src/taken.lua"))), QByteArray("taken"));
     }
 
     void runStartsTheScriptAndLogsItsOutput()
     {
-        writeBytes(inRoot(QStringLiteral("hello.lua")), "print('hello', 42) tap(3, 4)");
+        QVERIFY(
+            TPWriteFileBytes(inRoot(QStringLiteral("hello.lua")), "print('hello', 42) tap(3, 4)"));
         QCOMPARE(judged([](auto c) { TPEngineAPI::runFile(QStringLiteral("hello.lua"), c); }),
                  std::nullopt);
         QTRY_VERIFY(m_log.contains(QStringLiteral("[hello.lua] finished")));
@@ -278,7 +265,7 @@ private slots:
 
     void scriptWithSyntaxErrorGives500WithTheCompilersMessage()
     {
-        writeBytes(inRoot(QStringLiteral("bad.lua")), "x = = 1");
+        QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("bad.lua")), "x = = 1"));
         const RawAnswer answer =
             raw(QStringLiteral("GET"), QStringLiteral("/runfile"), QStringLiteral("name=bad.lua"));
         QCOMPARE(answer.status, 500);
@@ -288,11 +275,11 @@ private slots:
 
     void scriptThatLoopsForeverBlocksNothingAndEndsWithTheEngine()
     {
-        writeBytes(inRoot(QStringLiteral("loop.lua")), "while true do end");
+        QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("loop.lua")), "while true do end"));
         QCOMPARE(judged([](auto c) { TPEngineAPI::runFile(QStringLiteral("loop.lua"), c); }),
                  std::nullopt);
         QCOMPARE(m_engine->runner()->activeRuns(), 1);
-        writeBytes(inRoot(QStringLiteral("a.lua")), "a");
+        QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("a.lua")), "a"));
         QCOMPARE(orNone(readScript(QStringLiteral("a.lua")).text), QStringLiteral("a"));
         QCOMPARE(m_engine->runner()->activeRuns(), 1);
         m_engine.reset();
@@ -302,7 +289,8 @@ private slots:
 
     void runningTheSameScriptAgainStopsTheEarlierRun()
     {
-        writeBytes(inRoot(QStringLiteral("loop.lua")), "while true do sleep(10) end");
+        QVERIFY(
+            TPWriteFileBytes(inRoot(QStringLiteral("loop.lua")), "while true do sleep(10) end"));
         QCOMPARE(judged([](auto c) { TPEngineAPI::runFile(QStringLiteral("loop.lua"), c); }),
                  std::nullopt);
         QCOMPARE(judged([](auto c) { TPEngineAPI::runFile(QStringLiteral("loop.lua"), c); }),
@@ -319,7 +307,7 @@ private slots:
                      QJsonValue(44));
         QCOMPARE(m_engine->settingsFilePath(), root() + QStringLiteral(".settings.json"));
         const QJsonObject stored =
-            QJsonDocument::fromJson(readBytes(m_engine->settingsFilePath())).object();
+            QJsonDocument::fromJson(TPReadFileBytes(m_engine->settingsFilePath())).object();
         QCOMPARE(stored.value(QStringLiteral("tp_debug_touch")), QJsonValue(true));
         QCOMPARE(raw(QStringLiteral("POST"), QStringLiteral("/settings"), QString()).status, 400);
     }
@@ -399,29 +387,30 @@ private slots:
         QFETCH(QString, method);
         QFETCH(QString, path);
         QFETCH(QString, query);
-        writeBytes(outside(QStringLiteral("secret.txt")), "secret");
-        writeBytes(outside(QStringLiteral("outdir/secret.txt")), "secret");
-        writeBytes(inRoot(QStringLiteral("lib/a.lua")), "a");
+        QVERIFY(TPWriteFileBytes(outside(QStringLiteral("secret.txt")), "secret"));
+        QVERIFY(TPWriteFileBytes(outside(QStringLiteral("outdir/secret.txt")), "secret"));
+        QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("lib/a.lua")), "a"));
         QVERIFY(QFile::link(outside(QStringLiteral("outdir")), inRoot(QStringLiteral("out"))));
         const QStringList before =
             QDir(m_dir->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
 
         const RawAnswer answer = raw(method, path, query);
         QCOMPARE(answer.status, 400);
-        QCOMPARE(readBytes(outside(QStringLiteral("secret.txt"))), QByteArray("secret"));
-        QCOMPARE(readBytes(outside(QStringLiteral("outdir/secret.txt"))), QByteArray("secret"));
+        QCOMPARE(TPReadFileBytes(outside(QStringLiteral("secret.txt"))), QByteArray("secret"));
+        QCOMPARE(TPReadFileBytes(outside(QStringLiteral("outdir/secret.txt"))),
+                 QByteArray("secret"));
         QCOMPARE(QDir(m_dir->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
         QCOMPARE(QDir(outside(QStringLiteral("outdir")))
                      .entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
                  QStringList({"secret.txt"}));
-        QCOMPARE(readBytes(inRoot(QStringLiteral("lib/a.lua"))), QByteArray("a"));
+        QCOMPARE(TPReadFileBytes(inRoot(QStringLiteral("lib/a.lua"))), QByteArray("a"));
     }
 
     void linkOutOfTheRootIsNotListed()
     {
-        writeBytes(outside(QStringLiteral("outdir/secret.txt")), "secret");
+        QVERIFY(TPWriteFileBytes(outside(QStringLiteral("outdir/secret.txt")), "secret"));
         QVERIFY(QFile::link(outside(QStringLiteral("outdir")), inRoot(QStringLiteral("out"))));
-        writeBytes(inRoot(QStringLiteral("a.lua")), "a");
+        QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("a.lua")), "a"));
         QCOMPARE(paths(listing().entries), QStringList({"a.lua"}));
     }
 
@@ -429,7 +418,8 @@ private slots:
     {
         constexpr int kFiles = 10000;
         for (int i = 0; i < kFiles; ++i)
-            writeBytes(inRoot(QStringLiteral("bulk/f%1.lua").arg(i, 5, 10, QLatin1Char('0'))), "");
+            QVERIFY(TPWriteFileBytes(
+                inRoot(QStringLiteral("bulk/f%1.lua").arg(i, 5, 10, QLatin1Char('0'))), ""));
         QElapsedTimer clock;
         clock.start();
         const Listing result = listing();

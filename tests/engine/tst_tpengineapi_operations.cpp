@@ -105,15 +105,6 @@ std::shared_ptr<TPOutcome<Text>> read(const QString &path)
     return outcome;
 }
 
-quint16 closedPort()
-{
-    QTcpServer probe;
-    probe.listen(QHostAddress::LocalHost, 0);
-    const quint16 port = probe.serverPort();
-    probe.close();
-    return port;
-}
-
 } // namespace
 
 Q_DECLARE_METATYPE(JudgedRow)
@@ -134,7 +125,7 @@ class TestTPEngineAPIOperations : public QObject
     void stopEngine()
     {
         TPEngineAPI::setBaseAddressForTesting(
-            QStringLiteral("http://127.0.0.1:%1").arg(closedPort()));
+            QStringLiteral("http://127.0.0.1:%1").arg(TPClosedLoopbackPort()));
     }
 
     // Sends a harmless request and waits for it, so that anything sent earlier has arrived.

@@ -2,6 +2,8 @@
 #include "tpoutcome.h"
 #include "tprecordingengine.h"
 
+#include "tptestutil.h"
+
 #include <QElapsedTimer>
 #include <QNetworkAccessManager>
 #include <QNetworkProxy>
@@ -38,15 +40,6 @@ std::shared_ptr<Outcome> send(const QString &method, const QString &path,
         Outcome::recorder<std::optional<QByteArray>, int, TPEngineAPI::Error>(outcome));
     outcome->markReturned();
     return outcome;
-}
-
-quint16 closedPort()
-{
-    QTcpServer probe;
-    probe.listen(QHostAddress::LocalHost, 0);
-    const quint16 port = probe.serverPort();
-    probe.close();
-    return port;
 }
 
 } // namespace
@@ -225,7 +218,7 @@ private slots:
     void stoppedEngineGivesStatusZeroAndConnectionError()
     {
         TPEngineAPI::setBaseAddressForTesting(
-            QStringLiteral("http://127.0.0.1:%1").arg(closedPort()));
+            QStringLiteral("http://127.0.0.1:%1").arg(TPClosedLoopbackPort()));
         const auto outcome = send(QStringLiteral("GET"), QStringLiteral("/scripts"), std::nullopt);
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(outcome->result.status, 0);
@@ -321,7 +314,7 @@ private slots:
         QFETCH(bool, engineUp);
         if (!engineUp)
             TPEngineAPI::setBaseAddressForTesting(
-                QStringLiteral("http://127.0.0.1:%1").arg(closedPort()));
+                QStringLiteral("http://127.0.0.1:%1").arg(TPClosedLoopbackPort()));
         const auto outcome = send(QStringLiteral("GET"), QStringLiteral("/script"), query);
         QTRY_COMPARE(outcome->calls, 1);
         QVERIFY(outcome->ranOnMainThread);

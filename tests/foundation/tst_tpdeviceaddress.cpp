@@ -10,13 +10,6 @@
 
 namespace {
 
-TPInterfaceEntry ipv4(const char *name, const char *dotted)
-{
-    in_addr raw{};
-    inet_pton(AF_INET, dotted, &raw);
-    return {name, true, AF_INET, QByteArray(reinterpret_cast<const char *>(&raw), sizeof raw)};
-}
-
 TPInterfaceEntry ipv6(const char *name)
 {
     return {name, true, AF_INET6, QByteArray(16, '\x01')};
@@ -40,8 +33,9 @@ private slots:
 
     void wifiAddressIsChosenOverLoopbackAndCellular()
     {
-        const QList<TPInterfaceEntry> list = {ipv4("lo0", "127.0.0.1"), ipv4("pdp_ip0", "10.0.0.5"),
-                                              ipv4("en0", "192.168.1.23")};
+        const QList<TPInterfaceEntry> list = {TPIPv4Interface("lo0", "127.0.0.1"),
+                                              TPIPv4Interface("pdp_ip0", "10.0.0.5"),
+                                              TPIPv4Interface("en0", "192.168.1.23")};
         QCOMPARE(orNone(TPSelectDeviceIPv4(list)), QStringLiteral("192.168.1.23"));
         QCOMPARE(TPDeviceAddressText(QStringLiteral("192.168.1.23")),
                  QStringLiteral("192.168.1.23:8090"));
@@ -52,8 +46,8 @@ private slots:
 
     void noWifiInterfaceMeansNoAddress()
     {
-        const QList<TPInterfaceEntry> list = {ipv4("lo0", "127.0.0.1"),
-                                              ipv4("pdp_ip0", "10.0.0.5")};
+        const QList<TPInterfaceEntry> list = {TPIPv4Interface("lo0", "127.0.0.1"),
+                                              TPIPv4Interface("pdp_ip0", "10.0.0.5")};
         QCOMPARE(orNone(TPSelectDeviceIPv4(list)), TPNone);
         TPSetInterfaceSource([list] { return list; });
         QCOMPARE(orNone(TPDeviceIPv4()), TPNone);
@@ -62,21 +56,22 @@ private slots:
 
     void ipv6EntryBeforeIpv4IsSkipped()
     {
-        QCOMPARE(orNone(TPSelectDeviceIPv4({ipv6("en0"), ipv4("en0", "192.168.1.23")})),
+        QCOMPARE(orNone(TPSelectDeviceIPv4({ipv6("en0"), TPIPv4Interface("en0", "192.168.1.23")})),
                  QStringLiteral("192.168.1.23"));
     }
 
     void firstOfTwoIpv4EntriesWins()
     {
-        QCOMPARE(
-            orNone(TPSelectDeviceIPv4({ipv4("en0", "192.168.1.23"), ipv4("en0", "192.168.1.99")})),
-            QStringLiteral("192.168.1.23"));
+        QCOMPARE(orNone(TPSelectDeviceIPv4({TPIPv4Interface("en0", "192.168.1.23"),
+                                            TPIPv4Interface("en0", "192.168.1.99")})),
+                 QStringLiteral("192.168.1.23"));
     }
 
     void onlyTheExactWifiNameQualifies()
     {
-        QCOMPARE(orNone(TPSelectDeviceIPv4({ipv4("en1", "10.1.1.1"), ipv4("en0:1", "10.1.1.2"),
-                                            ipv4("EN0", "10.1.1.3")})),
+        QCOMPARE(orNone(TPSelectDeviceIPv4({TPIPv4Interface("en1", "10.1.1.1"),
+                                            TPIPv4Interface("en0:1", "10.1.1.2"),
+                                            TPIPv4Interface("EN0", "10.1.1.3")})),
                  TPNone);
     }
 
@@ -84,7 +79,7 @@ private slots:
     {
         TPInterfaceEntry bare{"en0", false, AF_INET, {}};
         TPInterfaceEntry broken{"en0", true, AF_INET, QByteArray("\x01", 1)};
-        QCOMPARE(orNone(TPSelectDeviceIPv4({bare, broken, ipv4("en0", "172.16.0.9")})),
+        QCOMPARE(orNone(TPSelectDeviceIPv4({bare, broken, TPIPv4Interface("en0", "172.16.0.9")})),
                  QStringLiteral("172.16.0.9"));
     }
 
@@ -102,7 +97,7 @@ private slots:
 
     void longestAddressFitsTheBuffer()
     {
-        QCOMPARE(orNone(TPSelectDeviceIPv4({ipv4("en0", "255.255.255.255")})),
+        QCOMPARE(orNone(TPSelectDeviceIPv4({TPIPv4Interface("en0", "255.255.255.255")})),
                  QStringLiteral("255.255.255.255"));
     }
 
@@ -113,7 +108,8 @@ private slots:
         QVERIFY(interfaces.has_value());
         bool loopbackSeen = false;
         for (const TPInterfaceEntry &entry : *interfaces) {
-            if (entry.family == AF_INET && entry.address == ipv4("lo", "127.0.0.1").address)
+            if (entry.family == AF_INET &&
+                entry.address == TPIPv4Interface("lo", "127.0.0.1").address)
                 loopbackSeen = true;
         }
         QVERIFY(loopbackSeen);

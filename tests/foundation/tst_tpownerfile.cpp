@@ -13,20 +13,6 @@
 
 namespace {
 
-QByteArray readBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-void writeBytes(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(path.section(u'/', 0, -2));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
-
 // The entry names of a folder in the order the file system lists them.
 QStringList fileSystemOrder(const QString &folder)
 {
@@ -66,7 +52,7 @@ class TestTPOwnerFile : public QObject
     void makePrimaryUnwritable()
     {
         const QString blocker = m_dir->filePath(QStringLiteral("blocker"));
-        writeBytes(blocker, "not a folder");
+        QVERIFY(TPWriteFileBytes(blocker, "not a folder"));
         TPSetOwnerFileLocations({blocker + QStringLiteral("/jb"), appGroup()});
     }
 
@@ -91,7 +77,7 @@ private slots:
     void writeStoresTrimmedNameAndOneLineFeed()
     {
         QVERIFY(TPWriteOwnerFile(QStringLiteral("  Tavo \n")));
-        QCOMPARE(readBytes(primary()), QByteArray("Tavo\n"));
+        QCOMPARE(TPReadFileBytes(primary()), QByteArray("Tavo\n"));
         QCOMPARE(TPReadOwnerFile(), QStringLiteral("Tavo"));
     }
 
@@ -105,9 +91,9 @@ private slots:
     void writeOfBlankNameFailsAndKeepsExistingFile()
     {
         QFETCH(QString, name);
-        writeBytes(primary(), "Old\n");
+        QVERIFY(TPWriteFileBytes(primary(), "Old\n"));
         QVERIFY(!TPWriteOwnerFile(name));
-        QCOMPARE(readBytes(primary()), QByteArray("Old\n"));
+        QCOMPARE(TPReadFileBytes(primary()), QByteArray("Old\n"));
     }
 
     void blankNameCreatesNoFolder()
@@ -136,14 +122,14 @@ private slots:
         const QString second = roots.at(1);
         QCOMPARE(orNone(TPOwnerFileFallbackPath()), fallbackIn(first));
 
-        writeBytes(fallbackIn(first), "First\n");
-        writeBytes(fallbackIn(second), "Second\n");
+        QVERIFY(TPWriteFileBytes(fallbackIn(first), "First\n"));
+        QVERIFY(TPWriteFileBytes(fallbackIn(second), "Second\n"));
         QCOMPARE(TPReadOwnerFile(), QStringLiteral("First"));
 
         makePrimaryUnwritable();
         QVERIFY(TPWriteOwnerFile(QStringLiteral("Tavo")));
-        QCOMPARE(readBytes(fallbackIn(first)), QByteArray("Tavo\n"));
-        QCOMPARE(readBytes(fallbackIn(second)), QByteArray("Second\n"));
+        QCOMPARE(TPReadFileBytes(fallbackIn(first)), QByteArray("Tavo\n"));
+        QCOMPARE(TPReadFileBytes(fallbackIn(second)), QByteArray("Second\n"));
     }
 
     void fallbackPrefixIsCaseSensitive()
@@ -155,49 +141,50 @@ private slots:
     void emptyPrimaryFallsBackButLoneLineFeedDoesNot()
     {
         QVERIFY(QDir(appGroup()).mkdir(QStringLiteral(".jbroot-1")));
-        writeBytes(fallbackIn(QStringLiteral(".jbroot-1")), "Fallback\n");
+        QVERIFY(TPWriteFileBytes(fallbackIn(QStringLiteral(".jbroot-1")), "Fallback\n"));
 
-        writeBytes(primary(), "");
+        QVERIFY(TPWriteFileBytes(primary(), ""));
         QCOMPARE(TPReadOwnerFile(), QStringLiteral("Fallback"));
 
-        writeBytes(primary(), "\n");
+        QVERIFY(TPWriteFileBytes(primary(), "\n"));
         QCOMPARE(TPReadOwnerFile(), QString());
     }
 
     void invalidUtf8PrimaryReadsAsMissingAndFallsBack()
     {
         QVERIFY(QDir(appGroup()).mkdir(QStringLiteral(".jbroot-1")));
-        writeBytes(fallbackIn(QStringLiteral(".jbroot-1")), "Fallback\n");
-        writeBytes(primary(), QByteArray("Ta\xff\xfevo\n"));
+        QVERIFY(TPWriteFileBytes(fallbackIn(QStringLiteral(".jbroot-1")), "Fallback\n"));
+        QVERIFY(TPWriteFileBytes(primary(), QByteArray("Ta\xff\xfevo\n")));
         QCOMPARE(TPReadOwnerFile(), QStringLiteral("Fallback"));
     }
 
     void invalidUtf8EverywhereReadsEmpty()
     {
-        writeBytes(primary(), QByteArray("\xc3\x28"));
+        QVERIFY(TPWriteFileBytes(primary(), QByteArray("\xc3\x28")));
         QCOMPARE(TPReadOwnerFile(), QString());
     }
 
     void successfulPrimaryWriteLeavesFallbackAlone()
     {
         QVERIFY(QDir(appGroup()).mkdir(QStringLiteral(".jbroot-1")));
-        writeBytes(fallbackIn(QStringLiteral(".jbroot-1")), "Fallback\n");
+        QVERIFY(TPWriteFileBytes(fallbackIn(QStringLiteral(".jbroot-1")), "Fallback\n"));
         QVERIFY(TPWriteOwnerFile(QStringLiteral("Tavo")));
-        QCOMPARE(readBytes(fallbackIn(QStringLiteral(".jbroot-1"))), QByteArray("Fallback\n"));
+        QCOMPARE(TPReadFileBytes(fallbackIn(QStringLiteral(".jbroot-1"))),
+                 QByteArray("Fallback\n"));
     }
 
     void innerSpacesAreKept()
     {
         QVERIFY(TPWriteOwnerFile(QStringLiteral(" Tavo 2\t")));
-        QCOMPARE(readBytes(primary()), QByteArray("Tavo 2\n"));
+        QCOMPARE(TPReadFileBytes(primary()), QByteArray("Tavo 2\n"));
         QCOMPARE(TPReadOwnerFile(), QStringLiteral("Tavo 2"));
     }
 
     void nonAsciiNameIsStoredAsUtf8()
     {
         QVERIFY(TPWriteOwnerFile(QString::fromUtf8("Máy của Tâm")));
-        QCOMPARE(readBytes(primary()), QByteArray("M\xc3\xa1y c\xe1\xbb\xa7"
-                                                  "a T\xc3\xa2m\n"));
+        QCOMPARE(TPReadFileBytes(primary()), QByteArray("M\xc3\xa1y c\xe1\xbb\xa7"
+                                                        "a T\xc3\xa2m\n"));
         QCOMPARE(TPReadOwnerFile(), QString::fromUtf8("Máy của Tâm"));
     }
 
@@ -211,7 +198,7 @@ private slots:
         std::atomic<int> torn = 0;
         std::thread reader([&] {
             while (!stop) {
-                const QByteArray seen = readBytes(primary());
+                const QByteArray seen = TPReadFileBytes(primary());
                 if (seen != shortName + '\n' && seen != longName + '\n')
                     ++torn;
                 ++reads;

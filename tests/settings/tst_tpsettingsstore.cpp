@@ -2,6 +2,7 @@
 #include "tplang.h"
 #include "tprecordingengine.h"
 #include "tpsettingsstore.h"
+#include "tptestutil.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -169,11 +170,8 @@ private slots:
 
     void changeWithEngineUnreachableIsStillStored()
     {
-        QTcpServer probe;
-        QVERIFY(probe.listen(QHostAddress::LocalHost, 0));
-        const quint16 port = probe.serverPort();
-        probe.close();
-        TPEngineAPI::setBaseAddressForTesting(QStringLiteral("http://127.0.0.1:%1").arg(port));
+        TPEngineAPI::setBaseAddressForTesting(
+            QStringLiteral("http://127.0.0.1:%1").arg(TPClosedLoopbackPort()));
         TPSettingsStore::storeTouchOpacity(33);
         TPSettingsStore::postAllSettings();
         QCOMPARE(TPSettingsStore::currentTouchOpacity(), 33);

@@ -4,6 +4,8 @@
 #include "tpscreenfixture.h"
 #include "tpsettingsvc.h"
 
+#include "tptestutil.h"
+
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QFile>
@@ -16,23 +18,6 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
-
-namespace {
-
-TPInterfaceEntry ipv4(const char *name, const char *dotted)
-{
-    in_addr raw{};
-    inet_pton(AF_INET, dotted, &raw);
-    return {name, true, AF_INET, QByteArray(reinterpret_cast<const char *>(&raw), sizeof raw)};
-}
-
-QByteArray readBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-} // namespace
 
 // Catches the URLs the app asks the system to open.
 class UrlCatcher : public QObject
@@ -98,8 +83,8 @@ private slots:
     {
         QVERIFY(m_fixture.setUp());
         m_urls.opened.clear();
-        useInterfaces(
-            {ipv4("lo0", "127.0.0.1"), ipv4("pdp_ip0", "10.0.0.5"), ipv4("en0", "192.168.1.23")});
+        useInterfaces({TPIPv4Interface("lo0", "127.0.0.1"), TPIPv4Interface("pdp_ip0", "10.0.0.5"),
+                       TPIPv4Interface("en0", "192.168.1.23")});
     }
     void cleanup()
     {
@@ -275,7 +260,7 @@ private slots:
         QCOMPARE(m_fixture.actionTitles(), QStringList({u8"Huỷ", u8"Lưu"}));
         m_fixture.alert()->setText(QStringLiteral("  Tavo "));
         m_fixture.alert()->triggerAction(1);
-        QCOMPARE(readBytes(ownerFile()), QByteArray("Tavo\n"));
+        QCOMPARE(TPReadFileBytes(ownerFile()), QByteArray("Tavo\n"));
         QCOMPARE(section(0).at(1).detail, QStringLiteral("Tavo"));
         settings->promptRenameOwner();
         QCOMPARE(m_fixture.alert()->text(), QStringLiteral("Tavo"));
@@ -288,7 +273,7 @@ private slots:
         settings->promptRenameOwner();
         m_fixture.alert()->setText(QStringLiteral("   "));
         m_fixture.alert()->triggerAction(1);
-        QCOMPARE(readBytes(ownerFile()), QByteArray("Old\n"));
+        QCOMPARE(TPReadFileBytes(ownerFile()), QByteArray("Old\n"));
         QCOMPARE(m_fixture.alert(), nullptr);
     }
 
@@ -317,7 +302,8 @@ private slots:
 
     void noWifiAddressShowsNotAvailable()
     {
-        useInterfaces({ipv4("lo0", "127.0.0.1"), ipv4("pdp_ip0", "10.0.0.5")});
+        useInterfaces(
+            {TPIPv4Interface("lo0", "127.0.0.1"), TPIPv4Interface("pdp_ip0", "10.0.0.5")});
         TPSettingsVC *settings = show();
         QCOMPARE(settings->deviceIPPortString(), QStringLiteral("N/A"));
         QCOMPARE(section(0).first().detail, QStringLiteral("N/A"));
@@ -351,7 +337,7 @@ private slots:
 
     void openingTheWebIdeWithoutAddressShowsError()
     {
-        useInterfaces({ipv4("lo0", "127.0.0.1")});
+        useInterfaces({TPIPv4Interface("lo0", "127.0.0.1")});
         TPSettingsVC *settings = show();
         settings->onOpenWebIDETapped();
         QCOMPARE(m_fixture.alertText(), QString::fromUtf8("Lỗi|N/A"));

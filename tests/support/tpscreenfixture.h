@@ -5,6 +5,7 @@
 #include "tpownerfile.h"
 #include "tppresenter.h"
 #include "tprecordingengine.h"
+#include "tptestutil.h"
 
 #include <QCoreApplication>
 #include <QSettings>
@@ -44,11 +45,8 @@ public:
     // From now on nothing listens where the app sends its requests.
     void stopEngine()
     {
-        QTcpServer probe;
-        probe.listen(QHostAddress::LocalHost, 0);
-        const quint16 port = probe.serverPort();
-        probe.close();
-        TPEngineAPI::setBaseAddressForTesting(QStringLiteral("http://127.0.0.1:%1").arg(port));
+        TPEngineAPI::setBaseAddressForTesting(
+            QStringLiteral("http://127.0.0.1:%1").arg(TPClosedLoopbackPort()));
     }
 
     // The listing the engine answers with, for every "/scripts" request; other requests

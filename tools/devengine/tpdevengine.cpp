@@ -1,5 +1,7 @@
 #include "tpdevengine.h"
 
+#include "tpatomicfile.h"
+
 #include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
@@ -10,7 +12,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QMetaEnum>
-#include <QSaveFile>
 #include <QUrlQuery>
 
 namespace {
@@ -58,18 +59,6 @@ QString requestLine(const QHttpServerRequest &request)
              request.url().query(QUrl::FullyEncoded));
 }
 
-bool writeAtomically(const QString &path, const QByteArray &content)
-{
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    if (file.write(content) != content.size()) {
-        file.cancelWriting();
-        return false;
-    }
-    return file.commit();
-}
-
 bool isInsideFolder(const QString &path, const QString &folder)
 {
     return path.startsWith(folder + u'/');
@@ -87,12 +76,12 @@ TPDevEngine::TPDevEngine(const QString &root, QObject *parent) : QObject(parent)
 {
     using Request = const QHttpServerRequest &;
     addRoute("/scripts", Method::Get, [this](Request) { return listScripts(); });
-    addRoute("/script", Method::Get, [this](Request r) { return readScript(r); });
-    addRoute("/script", Method::Post, [this](Request r) { return writeScript(r); });
-    addRoute("/script", Method::Delete, [this](Request r) { return deleteScript(r); });
-    addRoute("/mkdir", Method::Post, [this](Request r) { return makeFolder(r); });
+    addPathRoute("/script", Method::Get, &TPDevEngine::readScript);
+    addPathRoute("/script", Method::Post, &TPDevEngine::writeScript);
+    addPathRoute("/script", Method::Delete, &TPDevEngine::deleteScript);
+    addPathRoute("/mkdir", Method::Post, &TPDevEngine::makeFolder);
     addRoute("/rename", Method::Post, [this](Request r) { return renameEntry(r); });
-    addRoute("/runfile", Method::Get, [this](Request r) { return runFile(r); });
+    addPathRoute("/runfile", Method::Get, &TPDevEngine::runFile);
     addRoute("/settings", Method::Post, [this](Request r) { return storeSettings(r); });
     m_server.setMissingHandler([this](Request request, QHttpServerResponder &&responder) {
         log(requestLine(request) + QStringLiteral(" -> 404"));
@@ -144,11 +133,16 @@ void TPDevEngine::addRoute(const char *path, QHttpServerRequest::Method method, 
                    });
 }
 
-std::variant<QString, QHttpServerResponse> TPDevEngine::resolve(const QString &relative) const
+void TPDevEngine::addPathRoute(const char *path, QHttpServerRequest::Method method,
+                               PathHandler handler)
 {
-    if (const auto absolute = m_paths.resolve(relative))
-        return *absolute;
-    return refusedPath(relative);
+    addRoute(path, method, [this, handler](const QHttpServerRequest &request) {
+        const QString name = queryValue(request, "name");
+        const auto resolved = m_paths.resolve(name);
+        if (!resolved)
+            return refusedPath(name);
+        return (this->*handler)(request, name, *resolved);
+    });
 }
 
 QHttpServerResponse TPDevEngine::listScripts()
@@ -168,40 +162,28 @@ QHttpServerResponse TPDevEngine::listScripts()
     return QHttpServerResponse(QJsonObject{{QStringLiteral("entries"), entries}});
 }
 
-QHttpServerResponse TPDevEngine::readScript(const QHttpServerRequest &request)
+QHttpServerResponse TPDevEngine::readScript(const QHttpServerRequest &, const QString &name,
+                                            const QString &path)
 {
-    const QString name = queryValue(request, "name");
-    auto resolved = resolve(name);
-    if (auto *refusal = std::get_if<QHttpServerResponse>(&resolved))
-        return std::move(*refusal);
-    QFile file(std::get<QString>(resolved));
+    QFile file(path);
     if (QFileInfo(file.fileName()).isDir() || !file.open(QIODevice::ReadOnly))
         return missing(name);
     return QHttpServerResponse(QByteArrayLiteral("text/plain; charset=utf-8"), file.readAll());
 }
 
-QHttpServerResponse TPDevEngine::writeScript(const QHttpServerRequest &request)
+QHttpServerResponse TPDevEngine::writeScript(const QHttpServerRequest &request, const QString &name,
+                                             const QString &path)
 {
-    const QString name = queryValue(request, "name");
-    auto resolved = resolve(name);
-    if (auto *refusal = std::get_if<QHttpServerResponse>(&resolved))
-        return std::move(*refusal);
-    const QString path = std::get<QString>(resolved);
     if (QFileInfo(path).isDir())
         return text(Status::Conflict, QStringLiteral("is a folder: %1").arg(name));
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    if (!writeAtomically(path, request.body()))
+    if (!TPWriteFileAtomically(path, request.body()))
         return text(Status::InternalServerError, QStringLiteral("cannot write: %1").arg(name));
     return ok();
 }
 
-QHttpServerResponse TPDevEngine::deleteScript(const QHttpServerRequest &request)
+QHttpServerResponse TPDevEngine::deleteScript(const QHttpServerRequest &, const QString &name,
+                                              const QString &path)
 {
-    const QString name = queryValue(request, "name");
-    auto resolved = resolve(name);
-    if (auto *refusal = std::get_if<QHttpServerResponse>(&resolved))
-        return std::move(*refusal);
-    const QString path = std::get<QString>(resolved);
     const QFileInfo info(path);
     if (!entryExists(path))
         return missing(name);
@@ -218,13 +200,9 @@ QHttpServerResponse TPDevEngine::deleteScript(const QHttpServerRequest &request)
     return ok();
 }
 
-QHttpServerResponse TPDevEngine::makeFolder(const QHttpServerRequest &request)
+QHttpServerResponse TPDevEngine::makeFolder(const QHttpServerRequest &, const QString &name,
+                                            const QString &path)
 {
-    const QString name = queryValue(request, "name");
-    auto resolved = resolve(name);
-    if (auto *refusal = std::get_if<QHttpServerResponse>(&resolved))
-        return std::move(*refusal);
-    const QString path = std::get<QString>(resolved);
     if (entryExists(path))
         return exists(name);
     if (!QDir().mkpath(path))
@@ -236,14 +214,14 @@ QHttpServerResponse TPDevEngine::renameEntry(const QHttpServerRequest &request)
 {
     const QString from = queryValue(request, "from");
     const QString to = queryValue(request, "to");
-    auto resolvedFrom = resolve(from);
-    if (auto *refusal = std::get_if<QHttpServerResponse>(&resolvedFrom))
-        return std::move(*refusal);
-    auto resolvedTo = resolve(to);
-    if (auto *refusal = std::get_if<QHttpServerResponse>(&resolvedTo))
-        return std::move(*refusal);
-    const QString source = std::get<QString>(resolvedFrom);
-    const QString target = std::get<QString>(resolvedTo);
+    const auto resolvedFrom = m_paths.resolve(from);
+    if (!resolvedFrom)
+        return refusedPath(from);
+    const auto resolvedTo = m_paths.resolve(to);
+    if (!resolvedTo)
+        return refusedPath(to);
+    const QString source = *resolvedFrom;
+    const QString target = *resolvedTo;
     if (!entryExists(source))
         return missing(from);
     if (entryExists(target))
@@ -256,13 +234,10 @@ QHttpServerResponse TPDevEngine::renameEntry(const QHttpServerRequest &request)
     return ok();
 }
 
-QHttpServerResponse TPDevEngine::runFile(const QHttpServerRequest &request)
+QHttpServerResponse TPDevEngine::runFile(const QHttpServerRequest &, const QString &name,
+                                         const QString &path)
 {
-    const QString name = queryValue(request, "name");
-    auto resolved = resolve(name);
-    if (auto *refusal = std::get_if<QHttpServerResponse>(&resolved))
-        return std::move(*refusal);
-    QFile file(std::get<QString>(resolved));
+    QFile file(path);
     if (QFileInfo(file.fileName()).isDir() || !file.open(QIODevice::ReadOnly))
         return missing(name);
     const QByteArray source = file.readAll();
@@ -279,7 +254,8 @@ QHttpServerResponse TPDevEngine::storeSettings(const QHttpServerRequest &request
     if (!document.isObject())
         return text(Status::BadRequest, QStringLiteral("settings must be a JSON object"));
     m_settings = document.object();
-    writeAtomically(settingsFilePath(), QJsonDocument(m_settings).toJson(QJsonDocument::Indented));
+    TPWriteFileAtomically(settingsFilePath(),
+                          QJsonDocument(m_settings).toJson(QJsonDocument::Indented));
     log(QStringLiteral("settings: %1")
             .arg(QString::fromUtf8(QJsonDocument(m_settings).toJson(QJsonDocument::Compact))));
     return ok();

@@ -9,8 +9,6 @@
 #include <QJsonObject>
 #include <QObject>
 
-#include <variant>
-
 // A stand-in for the phone's script engine: the engine's HTTP protocol over a real folder,
 // on 127.0.0.1 only, for running and testing the app on a desktop.
 class TPDevEngine : public QObject
@@ -35,19 +33,28 @@ signals:
 
 private:
     QHttpServerResponse listScripts();
-    QHttpServerResponse readScript(const QHttpServerRequest &request);
-    QHttpServerResponse writeScript(const QHttpServerRequest &request);
-    QHttpServerResponse deleteScript(const QHttpServerRequest &request);
-    QHttpServerResponse makeFolder(const QHttpServerRequest &request);
+    QHttpServerResponse readScript(const QHttpServerRequest &request, const QString &name,
+                                   const QString &path);
+    QHttpServerResponse writeScript(const QHttpServerRequest &request, const QString &name,
+                                    const QString &path);
+    QHttpServerResponse deleteScript(const QHttpServerRequest &request, const QString &name,
+                                     const QString &path);
+    QHttpServerResponse makeFolder(const QHttpServerRequest &request, const QString &name,
+                                   const QString &path);
     QHttpServerResponse renameEntry(const QHttpServerRequest &request);
-    QHttpServerResponse runFile(const QHttpServerRequest &request);
+    QHttpServerResponse runFile(const QHttpServerRequest &request, const QString &name,
+                                const QString &path);
     QHttpServerResponse storeSettings(const QHttpServerRequest &request);
 
     // Every route is logged: method, path, query, status and time taken.
     template <typename Handler>
     void addRoute(const char *path, QHttpServerRequest::Method method, Handler handler);
-    // The absolute path of a relative one, or the answer that refuses it.
-    std::variant<QString, QHttpServerResponse> resolve(const QString &relative) const;
+    // An operation on the one path named by "name=", already resolved under the root; a
+    // path that would leave the root is refused before the handler runs.
+    using PathHandler = QHttpServerResponse (TPDevEngine::*)(const QHttpServerRequest &,
+                                                             const QString &name,
+                                                             const QString &path);
+    void addPathRoute(const char *path, QHttpServerRequest::Method method, PathHandler handler);
     void log(const QString &line);
 
     TPDevEnginePaths m_paths;
