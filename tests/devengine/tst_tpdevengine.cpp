@@ -1,6 +1,6 @@
 #include "tpdevengine.h"
 #include "tpengineapi.h"
-#include "tpoutcome.h"
+#include "tpenginecalls.h"
 #include "tptestutil.h"
 
 #include <QDir>
@@ -18,51 +18,29 @@ namespace {
 
 using Error = TPEngineAPI::Error;
 
-struct Judged
-{
-    Error error;
-};
-struct Listing
-{
-    QJsonArray entries;
-    Error error;
-};
-struct Text
-{
-    std::optional<QString> text;
-    Error error;
-};
-
 const TPError kNoCompletion{QStringLiteral("test"), 0, QStringLiteral("no completion")};
 
-// Runs one status-judged operation and waits for its completion.
+// The result once the completion has run, or kNoCompletion's when it never does.
+template <typename Result>
+Result awaited(const std::shared_ptr<TPOutcome<Result>> &outcome, const Result &timedOut)
+{
+    return QTest::qWaitFor([&] { return outcome->calls == 1; }, 10000) ? outcome->result : timedOut;
+}
+
 template <typename Operation>
 Error judged(Operation operation)
 {
-    auto outcome = std::make_shared<TPOutcome<Judged>>();
-    operation(TPOutcome<Judged>::recorder<Error>(outcome));
-    if (!QTest::qWaitFor([&] { return outcome->calls == 1; }, 10000))
-        return kNoCompletion;
-    return outcome->result.error;
+    return awaited(TPStartJudged(operation), TPJudgedResult{kNoCompletion}).error;
 }
 
-Listing listing()
+TPListingResult listing()
 {
-    auto outcome = std::make_shared<TPOutcome<Listing>>();
-    TPEngineAPI::scriptsWithCompletion(TPOutcome<Listing>::recorder<QJsonArray, Error>(outcome));
-    if (!QTest::qWaitFor([&] { return outcome->calls == 1; }, 10000))
-        return {{}, kNoCompletion};
-    return outcome->result;
+    return awaited(TPStartListing(), TPListingResult{{}, kNoCompletion});
 }
 
-Text readScript(const QString &path)
+TPTextResult readScript(const QString &path)
 {
-    auto outcome = std::make_shared<TPOutcome<Text>>();
-    TPEngineAPI::readScript(path,
-                            TPOutcome<Text>::recorder<std::optional<QString>, Error>(outcome));
-    if (!QTest::qWaitFor([&] { return outcome->calls == 1; }, 10000))
-        return {std::nullopt, kNoCompletion};
-    return outcome->result;
+    return awaited(TPStartRead(path), TPTextResult{std::nullopt, kNoCompletion});
 }
 
 // What the engine answers, for the cases where the status and body themselves matter.
@@ -140,7 +118,7 @@ private slots:
         QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("main.lua")), "print(1)"));
         QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("lib/util/x.lua")), ""));
         QVERIFY(QDir().mkpath(inRoot(QStringLiteral("empty"))));
-        const Listing result = listing();
+        const TPListingResult result = listing();
         QCOMPARE(result.error, std::nullopt);
         QCOMPARE(paths(result.entries),
                  QStringList({"empty/", "lib/", "lib/util/", "lib/util/x.lua", "main.lua"}));
@@ -149,7 +127,7 @@ private slots:
     void readReturnsTheFileAndMissingFileIs404()
     {
         QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("lib/a.lua")), "-- Xin chào\n"));
-        const Text text = readScript(QStringLiteral("lib/a.lua"));
+        const TPTextResult text = readScript(QStringLiteral("lib/a.lua"));
         QCOMPARE(orNone(text.text), QString::fromUtf8("-- Xin chào\n"));
         QCOMPARE(
             raw(QStringLiteral("GET"), QStringLiteral("/script"), QStringLiteral("name=none.lua"))
@@ -422,7 +400,7 @@ private slots:
                 inRoot(QStringLiteral("bulk/f%1.lua").arg(i, 5, 10, QLatin1Char('0'))), ""));
         QElapsedTimer clock;
         clock.start();
-        const Listing result = listing();
+        const TPListingResult result = listing();
         const qint64 elapsed = clock.elapsed();
         QCOMPARE(result.error, std::nullopt);
         QCOMPARE(result.entries.size(), kFiles + 1);

@@ -1,5 +1,5 @@
 #include "tpengineapi.h"
-#include "tpoutcome.h"
+#include "tpenginecalls.h"
 #include "tprecordingengine.h"
 #include "tptestutil.h"
 
@@ -19,21 +19,6 @@ namespace {
 using Error = TPEngineAPI::Error;
 using Completion = TPEngineAPI::Completion;
 using JudgedOperation = std::function<void(const QString &path, Completion)>;
-
-struct Listing
-{
-    QJsonArray entries;
-    Error error;
-};
-struct Text
-{
-    std::optional<QString> text;
-    Error error;
-};
-struct Judged
-{
-    Error error;
-};
 
 TPError engineError(const char *message)
 {
@@ -80,29 +65,10 @@ QList<JudgedRow> judgedRows()
     };
 }
 
-std::shared_ptr<TPOutcome<Judged>> runJudged(const JudgedOperation &operation, const QString &path)
+std::shared_ptr<TPOutcome<TPJudgedResult>> runJudged(const JudgedOperation &operation,
+                                                     const QString &path)
 {
-    auto outcome = std::make_shared<TPOutcome<Judged>>();
-    operation(path, TPOutcome<Judged>::recorder<Error>(outcome));
-    outcome->markReturned();
-    return outcome;
-}
-
-std::shared_ptr<TPOutcome<Listing>> list()
-{
-    auto outcome = std::make_shared<TPOutcome<Listing>>();
-    TPEngineAPI::scriptsWithCompletion(TPOutcome<Listing>::recorder<QJsonArray, Error>(outcome));
-    outcome->markReturned();
-    return outcome;
-}
-
-std::shared_ptr<TPOutcome<Text>> read(const QString &path)
-{
-    auto outcome = std::make_shared<TPOutcome<Text>>();
-    TPEngineAPI::readScript(path,
-                            TPOutcome<Text>::recorder<std::optional<QString>, Error>(outcome));
-    outcome->markReturned();
-    return outcome;
+    return TPStartJudged([&](Completion completion) { operation(path, std::move(completion)); });
 }
 
 } // namespace
@@ -131,7 +97,7 @@ class TestTPEngineAPIOperations : public QObject
     // Sends a harmless request and waits for it, so that anything sent earlier has arrived.
     void flush()
     {
-        const auto sentinel = list();
+        const auto sentinel = TPStartListing();
         QTRY_COMPARE(sentinel->calls, 1);
     }
 
@@ -149,7 +115,7 @@ private slots:
     void listingSendsGetScriptsWithoutQueryOrBody()
     {
         m_engine->setDefaultAnswer(TPScriptedAnswer::ok("{\"entries\":[]}"));
-        const auto outcome = list();
+        const auto outcome = TPStartListing();
         QTRY_COMPARE(outcome->calls, 1);
         const TPRecordedRequest &request = m_engine->requests().first();
         QCOMPARE(request.method, QByteArray("GET"));
@@ -161,7 +127,7 @@ private slots:
     void readSendsGetScriptWithRawName()
     {
         m_engine->setDefaultAnswer(TPScriptedAnswer::ok("x = 1"));
-        const auto outcome = read(QStringLiteral("lib/util/a.lua"));
+        const auto outcome = TPStartRead(QStringLiteral("lib/util/a.lua"));
         QTRY_COMPARE(outcome->calls, 1);
         const TPRecordedRequest &request = m_engine->requests().first();
         QCOMPARE(request.method, QByteArray("GET"));
@@ -248,7 +214,7 @@ private slots:
         m_engine->setDefaultAnswer(TPScriptedAnswer::withStatus(
             500,
             "{\"entries\":[{\"path\":\"a.lua\",\"dir\":false},{\"path\":\"lib\",\"dir\":true}]}"));
-        const auto outcome = list();
+        const auto outcome = TPStartListing();
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(outcome->result.error, std::nullopt);
         QCOMPARE(outcome->result.entries.size(), 2);
@@ -261,7 +227,7 @@ private slots:
         const QByteArray body = "{\"entries\":[{\"path\":\"a.lua\",\"dir\":false,\"size\":12},"
                                 "\"odd\",{\"nopath\":1}],\"x\":1}";
         m_engine->setDefaultAnswer(TPScriptedAnswer::ok(body));
-        const auto outcome = list();
+        const auto outcome = TPStartListing();
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(outcome->result.entries,
                  QJsonDocument::fromJson(body).object().value(QStringLiteral("entries")).toArray());
@@ -282,7 +248,7 @@ private slots:
     {
         QFETCH(QByteArray, body);
         m_engine->setDefaultAnswer(TPScriptedAnswer::ok(body));
-        const auto outcome = list();
+        const auto outcome = TPStartListing();
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(outcome->result.entries, QJsonArray());
         QCOMPARE(outcome->result.error,
@@ -292,7 +258,7 @@ private slots:
     void emptyEntriesArrayIsAnEmptyListing()
     {
         m_engine->setDefaultAnswer(TPScriptedAnswer::ok("{\"entries\":[]}"));
-        const auto outcome = list();
+        const auto outcome = TPStartListing();
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(outcome->result.entries, QJsonArray());
         QCOMPARE(outcome->result.error, std::nullopt);
@@ -301,7 +267,7 @@ private slots:
     void listingTransportErrorDeliversEmptyListAndTheError()
     {
         stopEngine();
-        const auto outcome = list();
+        const auto outcome = TPStartListing();
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(outcome->result.entries, QJsonArray());
         QVERIFY(outcome->result.error.has_value());
@@ -320,7 +286,7 @@ private slots:
     {
         QFETCH(QByteArray, body);
         m_engine->setDefaultAnswer(TPScriptedAnswer::ok(body));
-        const auto outcome = read(QStringLiteral("a.lua"));
+        const auto outcome = TPStartRead(QStringLiteral("a.lua"));
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(orNone(outcome->result.text), QString());
         QCOMPARE(outcome->result.error, std::nullopt);
@@ -329,7 +295,7 @@ private slots:
     void readWithStatus404YieldsNoTextAndItsMessage()
     {
         m_engine->setDefaultAnswer(TPScriptedAnswer::withStatus(404, "not found"));
-        const auto outcome = read(QStringLiteral("missing.lua"));
+        const auto outcome = TPStartRead(QStringLiteral("missing.lua"));
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(orNone(outcome->result.text), TPNone);
         QCOMPARE(outcome->result.error, std::optional<TPError>(engineError("Không đọc được file")));
@@ -338,7 +304,7 @@ private slots:
     void readTransportErrorYieldsNoTextAndTheError()
     {
         stopEngine();
-        const auto outcome = read(QStringLiteral("a.lua"));
+        const auto outcome = TPStartRead(QStringLiteral("a.lua"));
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(orNone(outcome->result.text), TPNone);
         QCOMPARE(outcome->result.error->domain, QStringLiteral("QNetworkReply"));
@@ -347,7 +313,7 @@ private slots:
     void readDecodesUtf8Text()
     {
         m_engine->setDefaultAnswer(TPScriptedAnswer::ok("-- Xin chào\ntap(1, 2)\n"));
-        const auto outcome = read(QStringLiteral("a.lua"));
+        const auto outcome = TPStartRead(QStringLiteral("a.lua"));
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(orNone(outcome->result.text), QString::fromUtf8("-- Xin chào\ntap(1, 2)\n"));
     }
@@ -369,7 +335,7 @@ private slots:
             QTRY_COMPARE(outcome->calls, 1);
             QCOMPARE(outcome->result.error, std::optional<TPError>(invalid));
         }
-        const auto text = read(path);
+        const auto text = TPStartRead(path);
         QTRY_COMPARE(text->calls, 1);
         QCOMPARE(orNone(text->result.text), TPNone);
         QCOMPARE(text->result.error, std::optional<TPError>(invalid));
@@ -399,7 +365,7 @@ private slots:
 
     void hashInPathReachesTheEngineCutShort()
     {
-        const auto outcome = read(QStringLiteral("a#b.lua"));
+        const auto outcome = TPStartRead(QStringLiteral("a#b.lua"));
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(m_engine->requests().first().rawQuery, QStringLiteral("name=a"));
     }
@@ -430,7 +396,7 @@ private slots:
     {
         stopEngine();
         TPEngineAPI::postSettings({{QStringLiteral("tp_debug_touch"), true}});
-        const auto outcome = list();
+        const auto outcome = TPStartListing();
         QTRY_COMPARE(outcome->calls, 1);
         QVERIFY(outcome->result.error.has_value());
     }
