@@ -48,6 +48,7 @@ void TPEditorVC::viewWillAppear()
 
 void TPEditorVC::viewWillDisappear()
 {
+    _observing = false;
     disconnect(_langObservation);
 }
 
@@ -136,7 +137,7 @@ void TPEditorVC::onRunTapped()
 
 void TPEditorVC::keyboardWillChangeFrame(const QVariant &endFrame, qreal viewHeight)
 {
-    if (!endFrame.isValid() || endFrame.isNull() || !endFrame.canConvert<QRectF>())
+    if (!_observing || !endFrame.isValid() || endFrame.isNull() || !endFrame.canConvert<QRectF>())
         return;
     const QRectF frame = endFrame.toRectF();
     const qreal overlap = std::max<qreal>(0, viewHeight - frame.top());
@@ -147,6 +148,8 @@ void TPEditorVC::keyboardWillChangeFrame(const QVariant &endFrame, qreal viewHei
 
 void TPEditorVC::keyboardWillHide()
 {
+    if (!_observing)
+        return;
     QMarginsF insets = _contentInsets;
     insets.setBottom(0);
     setContentInsets(insets);

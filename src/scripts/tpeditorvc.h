@@ -76,4 +76,6 @@ private:
     QFont _font;
     QMarginsF _contentInsets;
     QMetaObject::Connection _langObservation;
+    // Keyboard and language notifications are heeded only while the screen is visible.
+    bool _observing = false;
 };

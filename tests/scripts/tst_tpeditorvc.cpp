@@ -214,6 +214,17 @@ private slots:
         QCOMPARE(editor->bottomInset(), 0.0);
     }
 
+    void keyboardIsIgnoredWhileTheEditorIsHidden()
+    {
+        TPEditorVC *editor = open(QStringLiteral("a.lua"));
+        editor->viewWillDisappear();
+        editor->keyboardWillChangeFrame(QRectF(0, 500, 390, 300), 800);
+        QCOMPARE(editor->bottomInset(), 0.0);
+        editor->viewWillAppear();
+        editor->keyboardWillChangeFrame(QRectF(0, 500, 390, 300), 800);
+        QCOMPARE(editor->bottomInset(), 300.0);
+    }
+
     void visibleEditorFollowsALanguageChange()
     {
         TPEditorVC *editor = open(QStringLiteral("a.lua"));
