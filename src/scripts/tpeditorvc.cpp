@@ -40,6 +40,7 @@ void TPEditorVC::viewWillAppear()
 {
     // Listens only while visible: a language change made elsewhere leaves the bar titles
     // in the language they were last set in.
+    _observing = true;
     disconnect(_langObservation);
     _langObservation =
         connect(TPNotificationCenter::defaultCenter(), &TPNotificationCenter::TPLangChanged, this,
