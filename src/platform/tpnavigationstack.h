@@ -35,12 +35,10 @@ public:
     int depth() const { return int(m_controllers.size()); }
     TPViewController *topViewController() const;
     Q_INVOKABLE TPViewController *controllerAt(int index) const;
-    QList<TPViewController *> viewControllers() const { return m_controllers; }
 
     TPPresenter *presenter() const { return m_presenter; }
 
     // Whether the stack's tab is on screen: the top screen appears and disappears with it.
-    bool isVisible() const { return m_visible; }
     void setVisible(bool visible);
 
 signals:

@@ -40,8 +40,6 @@ QVariant TPTabBarController::data(const QModelIndex &index, int role) const
         return tab.icon;
     case StackRole:
         return QVariant::fromValue(tab.stack);
-    case TagRole:
-        return tab.tag;
     default:
         return {};
     }
@@ -49,7 +47,7 @@ QVariant TPTabBarController::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> TPTabBarController::roleNames() const
 {
-    return {{TitleRole, "title"}, {IconRole, "iconSource"}, {StackRole, "stack"}, {TagRole, "tag"}};
+    return {{TitleRole, "title"}, {IconRole, "iconSource"}, {StackRole, "stack"}};
 }
 
 void TPTabBarController::setSelectedIndex(int index)

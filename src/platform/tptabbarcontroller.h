@@ -18,7 +18,7 @@ class TPTabBarController : public QAbstractListModel
         int selectedIndex READ selectedIndex WRITE setSelectedIndex NOTIFY selectedIndexChanged)
 
 public:
-    enum Role { TitleRole = Qt::UserRole + 1, IconRole, StackRole, TagRole };
+    enum Role { TitleRole = Qt::UserRole + 1, IconRole, StackRole };
 
     struct Tab
     {

@@ -10,9 +10,6 @@
 // One row of the settings table as the view draws it.
 struct TPSettingsRow
 {
-    enum class Kind { DeviceIP, OwnerName, OpenIDE, Language, Switch, Swatch, Slider, Segments };
-
-    Kind kind = Kind::DeviceIP;
     QString identifier; // the row's reuse identifier ("ipCell", "switchCell", ...); views pick
                         // their delegate by it
     int section = 0;

@@ -132,14 +132,12 @@ TPSettingsRow TPSettingsVC::connectionCellForRow(int row)
 {
     if (row == 0) {
         TPSettingsRow cell = baseRow(kConnectionSection, row, "ipCell");
-        cell.kind = TPSettingsRow::Kind::DeviceIP;
         cell.title = TPL("row_device_ip");
         cell.detail = deviceIPPortString();
         return cell;
     }
     if (row == 1) {
         TPSettingsRow cell = baseRow(kConnectionSection, row, "ownerCell");
-        cell.kind = TPSettingsRow::Kind::OwnerName;
         cell.title = TPL("row_owner_name");
         const QString owner = TPReadOwnerFile();
         cell.detail = owner.isEmpty() ? TPL("na") : owner;
@@ -147,7 +145,6 @@ TPSettingsRow TPSettingsVC::connectionCellForRow(int row)
         return cell;
     }
     TPSettingsRow cell = baseRow(kConnectionSection, row, "ideCell");
-    cell.kind = TPSettingsRow::Kind::OpenIDE;
     cell.title = TPL("row_open_ide");
     cell.disclosure = true;
     return cell;
@@ -156,7 +153,6 @@ TPSettingsRow TPSettingsVC::connectionCellForRow(int row)
 TPSettingsRow TPSettingsVC::languageCellForRow(int row)
 {
     TPSettingsRow cell = baseRow(kLanguageSection, row, "langCell");
-    cell.kind = TPSettingsRow::Kind::Language;
     cell.highlightsOnTap = false;
     cell.title = TPL("row_language");
     cell.segments = {TPL("lang_vi"), TPL("lang_en")};
@@ -172,7 +168,6 @@ TPSettingsRow TPSettingsVC::optionsCellForRow(int row)
 
     if (row < switches) {
         TPSettingsRow cell = baseRow(kOptionsSection, row, "switchCell");
-        cell.kind = TPSettingsRow::Kind::Switch;
         cell.highlightsOnTap = false;
         cell.title = TPL(_switchTitleKeys.at(row));
         cell.switchOn = TPSettingsStore::boolForKey(_switchKeys.at(row));
@@ -181,7 +176,6 @@ TPSettingsRow TPSettingsVC::optionsCellForRow(int row)
     }
     if (debugTouch && row == switches) {
         TPSettingsRow cell = baseRow(kOptionsSection, row, "swatchCell");
-        cell.kind = TPSettingsRow::Kind::Swatch;
         cell.highlightsOnTap = false;
         _swatchCell->selectRGB(currentTouchColorRGB());
         _swatchCell->setOnPick([self](quint32 rgb) {
@@ -196,7 +190,6 @@ TPSettingsRow TPSettingsVC::optionsCellForRow(int row)
     if (debugTouch && (row == switches + 1 || row == switches + 2)) {
         const bool size = row == switches + 1;
         TPSettingsRow cell = baseRow(kOptionsSection, row, size ? "sizeCell" : "opacityCell");
-        cell.kind = TPSettingsRow::Kind::Slider;
         cell.highlightsOnTap = false;
         TPSliderCell *slider = size ? _sizeCell : _opacityCell;
         if (size)
@@ -217,7 +210,6 @@ TPSettingsRow TPSettingsVC::optionsCellForRow(int row)
         return cell;
     }
     TPSettingsRow cell = baseRow(kOptionsSection, row, "segCell");
-    cell.kind = TPSettingsRow::Kind::Segments;
     cell.highlightsOnTap = false;
     cell.title = TPL("set_toast_pos");
     cell.segments = {TPL("pos_top"), TPL("pos_center"), TPL("pos_bottom")};

@@ -25,7 +25,6 @@ public:
     QString settingsFilePath() const;
     QJsonObject lastSettings() const { return m_settings; }
     TPLuaRunner *runner() { return &m_runner; }
-    const TPDevEnginePaths &paths() const { return m_paths; }
 
 signals:
     // One line of the engine's log: requests, script output, settings.
