@@ -93,6 +93,13 @@ Item {
                             }
                         }
                     }
+                    Connections {
+                        target: host.alert
+                        function onTextChanged() {
+                            if (field.text !== host.alert.text)
+                                field.text = host.alert.text
+                        }
+                    }
                 }
             }
             Item { width: 1; height: 18 }

@@ -1,3 +1,4 @@
+#include "appdelegate.h"
 #include "tpnavigationstack.h"
 #include "tpscreenfixture.h"
 #include "tpscriptslistvc.h"
@@ -159,6 +160,29 @@ private slots:
         drag(m_view.get(), top, top + QPoint(0, 40));
         list->onRefreshTapped(); // a later listing: a refresh from the pull would come first
         QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/scripts")).size(), 2);
+    }
+
+    void typingIntoTheFirstRunPromptFollowsTheTrimmedText()
+    {
+        AppDelegate app;
+        app.didFinishLaunching();
+        QVERIFY(app.presenter()->current());
+        QVERIFY(showPage("AlertHost",
+                         {{QStringLiteral("presenter"), QVariant::fromValue(app.presenter())}}));
+        QQuickItem *field = findItem(m_view->rootObject(), QStringLiteral("alertTextField"));
+        QVERIFY(field);
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, centreOf(field));
+        QTRY_VERIFY(field->hasActiveFocus());
+        QTest::keyClick(m_view.get(), Qt::Key_Space);
+        QTest::keyClick(m_view.get(), Qt::Key_Space);
+        QCOMPARE(app.presenter()->current()->text(), QStringLiteral("  "));
+        QVERIFY(!app.ownerSaveAction()->isEnabled());
+        QTest::keyClick(m_view.get(), Qt::Key_T);
+        QVERIFY(app.ownerSaveAction()->isEnabled());
+        QTest::keyClick(m_view.get(), Qt::Key_Backspace);
+        QVERIFY(!app.ownerSaveAction()->isEnabled());
+        QQuickItem *save = findItem(m_view->rootObject(), QStringLiteral("alertAction0"));
+        QVERIFY(save && !save->isEnabled());
     }
 
     void sliderDragReportsOnceOnRelease()
