@@ -1,11 +1,12 @@
 #include "tpluarunner.h"
 
-#include <QMetaObject>
+#include <QStringList>
 
 #include <lua.hpp>
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <thread>
 
 namespace {
