@@ -47,14 +47,9 @@ void AppDelegate::promptOwnerNameThenBuildUI()
     // No cancel: the prompt is left only by saving a name.
     m_ownerSaveAction =
         alert->addAction(TPL("btn_save"), TPAlertAction::Style::Default, [self, field] {
-            if (!self || !field)
-                return;
-            const QString typed = field->text();
-            if (TPTrimmedName(typed).isEmpty())
-                return;
-            // A failed write is not reported: the tabs come anyway and the next launch asks again.
-            TPWriteOwnerFile(typed);
-            self->buildMainUI();
+            // After a failed write the tabs come anyway and the next launch asks again.
+            if (self && field && TPSubmitOwnerName(field->text()))
+                self->buildMainUI();
         });
     m_ownerSaveAction->setEnabled(false);
     m_presenter->present(alert);

@@ -86,6 +86,14 @@ QString TPReadOwnerFile()
     return text ? TPTrimmedName(*text) : QString();
 }
 
+bool TPSubmitOwnerName(const QString &typed)
+{
+    if (TPTrimmedName(typed).isEmpty())
+        return false;
+    TPWriteOwnerFile(typed);
+    return true;
+}
+
 bool TPWriteOwnerFile(const QString &name)
 {
     const QString trimmed = TPTrimmedName(name);

@@ -31,5 +31,11 @@ QString TPReadOwnerFile();
 // that, to the fallback. False for an all-whitespace name or when neither write succeeds.
 bool TPWriteOwnerFile(const QString &name);
 
+// What both name prompts do with the text the user saved: a name that trims to nothing is
+// refused silently (false, nothing touched); any other is handed to TPWriteOwnerFile as
+// typed (the write trims it) and true is returned, whether or not the write succeeded:
+// a failed write is never reported to the user.
+bool TPSubmitOwnerName(const QString &typed);
+
 // Removes Unicode White_Space from both ends, as the owner name is always compared and stored.
 QString TPTrimmedName(const QString &text);

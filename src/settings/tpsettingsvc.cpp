@@ -280,14 +280,9 @@ void TPSettingsVC::promptRenameOwner()
     QPointer<TPSettingsVC> self(this);
     QPointer<TPAlertController> field(alert);
     alert->addAction(TPL("btn_save"), TPAlertAction::Style::Default, [self, field] {
-        if (!self || !field)
-            return;
-        const QString typed = field->text();
-        if (TPTrimmedName(typed).isEmpty())
-            return;
-        // The file trims the name itself; it is given the text as typed.
-        TPWriteOwnerFile(typed);
-        self->reloadSection(kConnectionSection);
+        // The row re-reads the file, so it shows whatever the write left there.
+        if (self && field && TPSubmitOwnerName(field->text()))
+            self->reloadSection(kConnectionSection);
     });
     presentAlert(alert);
 }

@@ -103,7 +103,7 @@ private slots:
                 [this](const QString &line) { m_log.append(line); });
         const quint16 port = m_engine->listen(0);
         QVERIFY(port != 0);
-        TPEngineAPI::setBaseAddressForTesting(QStringLiteral("http://127.0.0.1:%1").arg(port));
+        TPPointEngineAPIAt(port);
     }
     void cleanup()
     {

@@ -1,5 +1,7 @@
 #include "tpengineapi.h"
 
+#include "tptestutil.h"
+
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -49,7 +51,7 @@ private slots:
         QProcess process;
         const quint16 port = startEngine(process);
         QVERIFY(port != 0);
-        TPEngineAPI::setBaseAddressForTesting(QStringLiteral("http://127.0.0.1:%1").arg(port));
+        TPPointEngineAPIAt(port);
         bool done = false;
         TPEngineAPI::Error error = TPError{};
         TPEngineAPI::runFile(QStringLiteral("loop.lua"), [&](const TPEngineAPI::Error &e) {

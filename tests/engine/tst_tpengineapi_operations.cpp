@@ -88,25 +88,11 @@ class TestTPEngineAPIOperations : public QObject
             QTest::newRow(row.name) << row;
     }
 
-    void stopEngine()
-    {
-        TPEngineAPI::setBaseAddressForTesting(
-            QStringLiteral("http://127.0.0.1:%1").arg(TPClosedLoopbackPort()));
-    }
-
-    // Sends a harmless request and waits for it, so that anything sent earlier has arrived.
-    void flush()
-    {
-        const auto sentinel = TPStartListing();
-        QTRY_COMPARE(sentinel->calls, 1);
-    }
-
 private slots:
     void init()
     {
         m_engine = std::make_unique<TPRecordingEngine>();
-        QVERIFY(m_engine->start());
-        TPEngineAPI::setBaseAddressForTesting(m_engine->baseAddress());
+        QVERIFY(m_engine->startAsTheEngine());
     }
     void cleanup() { m_engine.reset(); }
 
@@ -181,7 +167,7 @@ private slots:
     void judgedOperationPassesTransportErrorUnchanged()
     {
         QFETCH(JudgedRow, row);
-        stopEngine();
+        TPPointEngineAPIAtNothing();
         const auto outcome = runJudged(row.operation, QStringLiteral("lib/a.lua"));
         QTRY_COMPARE(outcome->calls, 1);
         QVERIFY(outcome->result.error.has_value());
@@ -266,7 +252,7 @@ private slots:
 
     void listingTransportErrorDeliversEmptyListAndTheError()
     {
-        stopEngine();
+        TPPointEngineAPIAtNothing();
         const auto outcome = TPStartListing();
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(outcome->result.entries, QJsonArray());
@@ -303,7 +289,7 @@ private slots:
 
     void readTransportErrorYieldsNoTextAndTheError()
     {
-        stopEngine();
+        TPPointEngineAPIAtNothing();
         const auto outcome = TPStartRead(QStringLiteral("a.lua"));
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(orNone(outcome->result.text), TPNone);
@@ -347,7 +333,7 @@ private slots:
             path);
         QTRY_COMPARE(renamed->calls, 1);
         QCOMPARE(renamed->result.error, std::optional<TPError>(invalid));
-        flush();
+        QVERIFY(TPFlushEngineRequests());
         QCOMPARE(m_engine->requests().size(), 1);
         QCOMPARE(m_engine->requests().first().path, QStringLiteral("/scripts"));
     }
@@ -387,14 +373,14 @@ private slots:
         QFETCH(QVariant, value);
         TPEngineAPI::postSettings(
             {{QStringLiteral("tp_debug_touch"), true}, {QStringLiteral("bad"), value}});
-        flush();
+        QVERIFY(TPFlushEngineRequests());
         QCOMPARE(m_engine->requests().size(), 1);
         QCOMPARE(m_engine->requests().first().path, QStringLiteral("/scripts"));
     }
 
     void settingsWithEngineDownReportNothing()
     {
-        stopEngine();
+        TPPointEngineAPIAtNothing();
         TPEngineAPI::postSettings({{QStringLiteral("tp_debug_touch"), true}});
         const auto outcome = TPStartListing();
         QTRY_COMPARE(outcome->calls, 1);

@@ -1,4 +1,5 @@
 #include "tpengineapi.h"
+#include "tpenginecalls.h"
 #include "tpoutcome.h"
 #include "tprecordingengine.h"
 
@@ -50,20 +51,11 @@ class TestTPEngineAPIRequest : public QObject
 
     std::unique_ptr<TPRecordingEngine> m_engine;
 
-    // Waits for one more request round trip, so that anything sent before it has arrived.
-    void flushWithValidRequest()
-    {
-        const auto sentinel =
-            send(QStringLiteral("GET"), QStringLiteral("/sentinel"), std::nullopt);
-        QTRY_COMPARE(sentinel->calls, 1);
-    }
-
 private slots:
     void init()
     {
         m_engine = std::make_unique<TPRecordingEngine>();
-        QVERIFY(m_engine->start());
-        TPEngineAPI::setBaseAddressForTesting(m_engine->baseAddress());
+        QVERIFY(m_engine->startAsTheEngine());
     }
     void cleanup() { m_engine.reset(); }
 
@@ -184,9 +176,9 @@ private slots:
         QCOMPARE(outcome->result.error, kInvalidUrl);
         QVERIFY(outcome->ranOnMainThread);
         QVERIFY(outcome->ranAfterReturn);
-        flushWithValidRequest();
+        QVERIFY(TPFlushEngineRequests());
         QCOMPARE(m_engine->requests().size(), 1);
-        QCOMPARE(m_engine->requests().first().path, QStringLiteral("/sentinel"));
+        QCOMPARE(m_engine->requests().first().path, QStringLiteral("/scripts"));
     }
 
     void reservedCharactersPassUnescaped_data()
@@ -217,8 +209,7 @@ private slots:
 
     void stoppedEngineGivesStatusZeroAndConnectionError()
     {
-        TPEngineAPI::setBaseAddressForTesting(
-            QStringLiteral("http://127.0.0.1:%1").arg(TPClosedLoopbackPort()));
+        TPPointEngineAPIAtNothing();
         const auto outcome = send(QStringLiteral("GET"), QStringLiteral("/scripts"), std::nullopt);
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(outcome->result.status, 0);
@@ -313,14 +304,13 @@ private slots:
         QFETCH(QString, query);
         QFETCH(bool, engineUp);
         if (!engineUp)
-            TPEngineAPI::setBaseAddressForTesting(
-                QStringLiteral("http://127.0.0.1:%1").arg(TPClosedLoopbackPort()));
+            TPPointEngineAPIAtNothing();
         const auto outcome = send(QStringLiteral("GET"), QStringLiteral("/script"), query);
         QTRY_COMPARE(outcome->calls, 1);
         QVERIFY(outcome->ranOnMainThread);
         QVERIFY(outcome->ranAfterReturn);
-        TPEngineAPI::setBaseAddressForTesting(m_engine->baseAddress());
-        flushWithValidRequest();
+        TPPointEngineAPIAt(m_engine->port());
+        QVERIFY(TPFlushEngineRequests());
         QCOMPARE(outcome->calls, 1);
     }
 

@@ -173,6 +173,22 @@ private slots:
                  QByteArray("Fallback\n"));
     }
 
+    void submittedBlankNameIsRefusedAndTouchesNothing()
+    {
+        QVERIFY(TPWriteFileBytes(primary(), "Old\n"));
+        QVERIFY(!TPSubmitOwnerName(QStringLiteral(" \t\n")));
+        QCOMPARE(TPReadFileBytes(primary()), QByteArray("Old\n"));
+    }
+
+    void submittedNameIsWrittenTrimmedAndAcceptedEvenWhenTheWriteFails()
+    {
+        QVERIFY(TPSubmitOwnerName(QStringLiteral("  Tavo ")));
+        QCOMPARE(TPReadFileBytes(primary()), QByteArray("Tavo\n"));
+        makePrimaryUnwritable();
+        QVERIFY(TPSubmitOwnerName(QStringLiteral("Tavo")));
+        QCOMPARE(TPReadOwnerFile(), QString());
+    }
+
     void innerSpacesAreKept()
     {
         QVERIFY(TPWriteOwnerFile(QStringLiteral(" Tavo 2\t")));

@@ -115,7 +115,7 @@ private slots:
     {
         TPEditorVC *editor = open(QStringLiteral("a.lua"));
         QTRY_COMPARE(m_fixture.engine->requests().size(), 1);
-        m_fixture.stopEngine();
+        TPPointEngineAPIAtNothing();
         editor->onRunTapped();
         QTRY_COMPARE(m_fixture.alertText(),
                      QString::fromUtf8("Lỗi|Lưu thất bại (engine offline?)"));

@@ -257,7 +257,7 @@ private slots:
     {
         TPScriptsListVC *list = show(QString());
         QTRY_COMPARE(list->rows().size(), 2);
-        m_fixture.stopEngine();
+        TPPointEngineAPIAtNothing();
         list->createEntryNamed(QStringLiteral("x.lua"), false);
         QTRY_COMPARE(m_fixture.alertText(), QStringLiteral("Lỗi|Engine offline (:8090)"));
         QCOMPARE(m_fixture.alertCount(), 1);
@@ -266,7 +266,7 @@ private slots:
 
     void unreachableEngineShowsOfflineAlertStopsSpinnerAndKeepsEmptyTable()
     {
-        m_fixture.stopEngine();
+        TPPointEngineAPIAtNothing();
         auto *list = new TPScriptsListVC(QString());
         m_stack = std::make_unique<TPNavigationStack>(list, m_fixture.presenter.get());
         list->loadViewIfNeeded();

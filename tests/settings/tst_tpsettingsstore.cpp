@@ -1,4 +1,5 @@
 #include "tpengineapi.h"
+#include "tpenginecalls.h"
 #include "tplang.h"
 #include "tprecordingengine.h"
 #include "tpsettingsstore.h"
@@ -16,15 +17,6 @@ class TestTPSettingsStore : public QObject
     Q_OBJECT
 
     std::unique_ptr<TPRecordingEngine> m_engine;
-
-    // Sends a harmless listing and waits for it, so that anything posted earlier has arrived.
-    void flush()
-    {
-        bool done = false;
-        TPEngineAPI::scriptsWithCompletion(
-            [&done](const QJsonArray &, const TPEngineAPI::Error &) { done = true; });
-        QTRY_VERIFY(done);
-    }
 
     QList<QJsonObject> postedDocuments() const
     {
@@ -58,8 +50,7 @@ private slots:
     {
         QSettings().clear();
         m_engine = std::make_unique<TPRecordingEngine>();
-        QVERIFY(m_engine->start());
-        TPEngineAPI::setBaseAddressForTesting(m_engine->baseAddress());
+        QVERIFY(m_engine->startAsTheEngine());
     }
     void cleanup() { m_engine.reset(); }
 
@@ -164,18 +155,17 @@ private slots:
         QCOMPARE(TPSettingsStore::storeLanguageSegment(0), QStringLiteral("vi"));
         QCOMPARE(TPSettingsStore::storeLanguageSegment(7), QStringLiteral("vi"));
         QCOMPARE(QSettings().value(TPLangKey).toString(), QStringLiteral("vi"));
-        flush();
+        QVERIFY(TPFlushEngineRequests());
         QCOMPARE(postedDocuments().size(), 0);
     }
 
     void changeWithEngineUnreachableIsStillStored()
     {
-        TPEngineAPI::setBaseAddressForTesting(
-            QStringLiteral("http://127.0.0.1:%1").arg(TPClosedLoopbackPort()));
+        TPPointEngineAPIAtNothing();
         TPSettingsStore::storeTouchOpacity(33);
         TPSettingsStore::postAllSettings();
         QCOMPARE(TPSettingsStore::currentTouchOpacity(), 33);
-        flush();
+        QVERIFY(TPFlushEngineRequests());
         QCOMPARE(TPSettingsStore::currentTouchOpacity(), 33);
         QCOMPARE(m_engine->requests().size(), 0);
     }

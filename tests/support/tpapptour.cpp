@@ -13,6 +13,8 @@
 #include "tpsettingsvc.h"
 #include "tptabbarcontroller.h"
 
+#include "tptestutil.h"
+
 #include <QDir>
 #include <QDirIterator>
 #include <QJsonObject>
@@ -107,7 +109,7 @@ bool TPAppTour::startEngine(const QString &language, QString *error)
         *error = QStringLiteral("the development engine cannot listen");
         return false;
     }
-    TPEngineAPI::setBaseAddressForTesting(QStringLiteral("http://127.0.0.1:%1").arg(port));
+    TPPointEngineAPIAt(port);
     return true;
 }
 

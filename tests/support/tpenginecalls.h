@@ -4,6 +4,7 @@
 #include "tpoutcome.h"
 
 #include <QJsonArray>
+#include <QTest>
 
 // What the engine operations hand their completions, and helpers that start an operation
 // with a completion recording into an outcome.
@@ -39,6 +40,14 @@ inline std::shared_ptr<TPOutcome<TPTextResult>> TPStartRead(const QString &path)
         TPOutcome<TPTextResult>::recorder<std::optional<QString>, TPEngineAPI::Error>(outcome));
     outcome->markReturned();
     return outcome;
+}
+
+// Sends a listing and waits for its completion: every request sent before has reached
+// the engine by then. False when the completion never came.
+[[nodiscard]] inline bool TPFlushEngineRequests()
+{
+    const auto sentinel = TPStartListing();
+    return QTest::qWaitFor([&] { return sentinel->calls == 1; }, 10000);
 }
 
 // `operation` is called with the completion of an operation judged by status alone.

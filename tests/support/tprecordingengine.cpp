@@ -1,5 +1,7 @@
 #include "tprecordingengine.h"
 
+#include "tptestutil.h"
+
 #include <QHttpServerRequest>
 #include <QHttpServerResponder>
 #include <QMetaEnum>
@@ -45,10 +47,13 @@ QList<QByteArray> TPRecordedRequest::headerNames() const
 
 TPRecordingEngine::TPRecordingEngine(QObject *parent) : QAbstractHttpServer(parent) {}
 
-bool TPRecordingEngine::start()
+bool TPRecordingEngine::startAsTheEngine()
 {
     m_port = listen(QHostAddress::LocalHost, 0);
-    return m_port != 0;
+    if (m_port == 0)
+        return false;
+    TPPointEngineAPIAt(m_port);
+    return true;
 }
 
 QString TPRecordingEngine::baseAddress() const

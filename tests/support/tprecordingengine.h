@@ -55,8 +55,9 @@ class TPRecordingEngine : public QAbstractHttpServer
 public:
     explicit TPRecordingEngine(QObject *parent = nullptr);
 
-    // Listens on a free loopback port; false when that fails.
-    bool start();
+    // Listens on a free loopback port and makes it where TPEngineAPI sends its requests;
+    // false when it cannot listen.
+    bool startAsTheEngine();
     quint16 port() const { return m_port; }
     // "http://127.0.0.1:<port>"
     QString baseAddress() const;

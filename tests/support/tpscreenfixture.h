@@ -10,7 +10,6 @@
 #include <QCoreApplication>
 #include <QSettings>
 #include <QStandardPaths>
-#include <QTcpServer>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -36,17 +35,9 @@ public:
         TPSetOwnerFileLocations({ownerDir->filePath(QStringLiteral("jb")),
                                  ownerDir->filePath(QStringLiteral("AppGroup"))});
         engine = std::make_unique<TPRecordingEngine>();
-        if (!engine->start())
+        if (!engine->startAsTheEngine())
             return false;
-        TPEngineAPI::setBaseAddressForTesting(engine->baseAddress());
         return ownerDir->isValid();
-    }
-
-    // From now on nothing listens where the app sends its requests.
-    void stopEngine()
-    {
-        TPEngineAPI::setBaseAddressForTesting(
-            QStringLiteral("http://127.0.0.1:%1").arg(TPClosedLoopbackPort()));
     }
 
     // The listing the engine answers with, for every "/scripts" request; other requests

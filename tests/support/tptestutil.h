@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tpdeviceaddress.h"
+#include "tpengineapi.h"
 
 #include <QByteArray>
 #include <QDir>
@@ -31,6 +32,18 @@ inline quint16 TPClosedLoopbackPort()
     const quint16 port = probe.serverPort();
     probe.close();
     return port;
+}
+
+// Sends the app's engine requests to 127.0.0.1:<port>.
+inline void TPPointEngineAPIAt(quint16 port)
+{
+    TPEngineAPI::setBaseAddressForTesting(QStringLiteral("http://127.0.0.1:%1").arg(port));
+}
+
+// From now on nothing listens where the app sends its engine requests.
+inline void TPPointEngineAPIAtNothing()
+{
+    TPPointEngineAPIAt(TPClosedLoopbackPort());
 }
 
 // The file's bytes, or "<missing>" when it cannot be read.
