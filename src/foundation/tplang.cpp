@@ -65,11 +65,38 @@ constexpr TPLangRow kRows[] = {
     {"rename_owner_title", "Đổi tên máy", "Rename device"},
 };
 
-TPLangTableMap buildTable()
+// Texts of the editor's tools, beyond the described screens.
+constexpr TPLangRow kExtraRows[] = {
+    {"editor_undo", "Hoàn tác", "Undo"},
+    {"editor_redo", "Làm lại", "Redo"},
+    {"editor_find", "Tìm", "Find"},
+    {"editor_wrap", "Ngắt dòng", "Wrap"},
+    {"editor_loading", "Đang tải…", "Loading…"},
+    {"editor_unsaved", "Chưa lưu", "Unsaved changes"},
+    {"editor_line_numbers", "Số dòng", "Line numbers"},
+    {"editor_syntax_error", "Lỗi cú pháp", "Syntax error"},
+    {"find_placeholder", "Tìm", "Find"},
+    {"replace_placeholder", "Thay bằng", "Replace with"},
+    {"find_regex", "Biểu thức chính quy", "Regular expression"},
+    {"find_case", "Phân biệt hoa thường", "Match case"},
+    {"find_next", "Tiếp", "Next"},
+    {"find_previous", "Trước", "Previous"},
+    {"find_replace", "Thay", "Replace"},
+    {"find_replace_all", "Thay tất cả", "Replace All"},
+    {"find_close", "Đóng", "Close"},
+    {"goto_placeholder", "Dòng", "Line"},
+    {"goto_go", "Đến", "Go"},
+    {"key_tab", "Tab", "Tab"},
+    {"key_indent", "Thụt vào", "Indent"},
+    {"key_outdent", "Thụt ra", "Outdent"},
+};
+
+template <size_t N>
+TPLangTableMap buildTable(const TPLangRow (&rows)[N])
 {
     TPLangTableMap table;
-    table.reserve(std::size(kRows));
-    for (const TPLangRow &row : kRows) {
+    table.reserve(N);
+    for (const TPLangRow &row : rows) {
         table.insert(QString::fromUtf8(row.key),
                      TPLangEntry{{QStringLiteral("vi"), QString::fromUtf8(row.vi)},
                                  {QStringLiteral("en"), QString::fromUtf8(row.en)}});
@@ -82,7 +109,13 @@ TPLangTableMap buildTable()
 const TPLangTableMap &TPLangTable()
 {
     // A function-local static is initialised exactly once, even when threads race to it.
-    static const TPLangTableMap table = buildTable();
+    static const TPLangTableMap table = buildTable(kRows);
+    return table;
+}
+
+const TPLangTableMap &TPLangExtraTable()
+{
+    static const TPLangTableMap table = buildTable(kExtraRows);
     return table;
 }
 
@@ -95,9 +128,12 @@ QString TPCurrentLang()
 QString TPL(const QString &key)
 {
     const TPLangTableMap &table = TPLangTable();
-    const auto entry = table.constFind(key);
-    if (entry == table.constEnd())
-        return key;
+    auto entry = table.constFind(key);
+    if (entry == table.constEnd()) {
+        entry = TPLangExtraTable().constFind(key);
+        if (entry == TPLangExtraTable().constEnd())
+            return key;
+    }
     const auto text = entry->constFind(TPCurrentLang());
     return text == entry->constEnd() ? key : *text;
 }

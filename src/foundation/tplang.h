@@ -14,11 +14,16 @@ inline constexpr auto TPLangKey = "tp_lang";
 // The shared two-language table, built once on first use (thread-safe).
 const TPLangTableMap &TPLangTable();
 
+// The texts of features the app adds around the described ones: the same shape, kept apart
+// so that the table above stays exactly the described one. Built once on first use.
+const TPLangTableMap &TPLangExtraTable();
+
 // The stored language code, or "vi" when none (or an empty one) is stored.
 // Any other stored value is returned unchanged.
 QString TPCurrentLang();
 
-// The text for `key` in the current language, or `key` itself when the table has none.
+// The text for `key` in the current language, from the table or else the extra table, or
+// `key` itself when neither has it.
 // There is no fallback to the other language.
 QString TPL(const QString &key);
 inline QString TPL(const char *key)

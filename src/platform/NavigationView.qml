@@ -34,6 +34,18 @@ Item {
             font.pixelSize: 17
             font.weight: Font.DemiBold
             color: Theme.label
+            Accessible.name: text
+
+            Rectangle {
+                objectName: "unsavedMark"
+                visible: navigation.stack.topViewController !== null
+                         && navigation.stack.topViewController.unsavedChanges
+                anchors { left: parent.right; leftMargin: 5; verticalCenter: parent.verticalCenter }
+                width: 7
+                height: 7
+                radius: 3.5
+                color: Theme.tint
+            }
         }
         Loader {
             id: trailing

@@ -54,3 +54,11 @@ void TPViewController::setTitle(const QString &title)
     m_title = title;
     emit titleChanged();
 }
+
+void TPViewController::setUnsavedChanges(bool unsaved)
+{
+    if (m_unsavedChanges == unsaved)
+        return;
+    m_unsavedChanges = unsaved;
+    emit unsavedChangesChanged();
+}

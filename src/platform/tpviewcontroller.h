@@ -19,11 +19,14 @@ class TPViewController : public QObject
     QML_UNCREATABLE("Screens are made by the app")
     Q_PROPERTY(QString title READ title NOTIFY titleChanged)
     Q_PROPERTY(QUrl viewUrl READ viewUrl CONSTANT)
+    // A mark beside the title: the screen holds changes not yet saved.
+    Q_PROPERTY(bool unsavedChanges READ unsavedChanges NOTIFY unsavedChangesChanged)
 
 public:
     explicit TPViewController(QObject *parent = nullptr);
 
     QString title() const { return m_title; }
+    bool unsavedChanges() const { return m_unsavedChanges; }
     virtual QUrl viewUrl() const = 0;
 
     // viewDidLoad runs once, the first time the screen is about to be shown.
@@ -44,13 +47,16 @@ public:
 
 signals:
     void titleChanged();
+    void unsavedChangesChanged();
 
 protected:
     virtual void viewDidLoad() {}
     void setTitle(const QString &title);
+    void setUnsavedChanges(bool unsaved);
 
 private:
     QString m_title;
+    bool m_unsavedChanges = false;
     bool m_viewLoaded = false;
     QPointer<TPNavigationStack> m_navigationStack;
     QPointer<TPPresenter> m_presenter;

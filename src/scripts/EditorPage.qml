@@ -2,11 +2,18 @@ import QtQuick
 import QtQuick.Controls
 import TPCompanion
 
-// The script's text in a monospaced editor with typing aids off. The keyboard's frame is
-// handed to the controller, which decides the bottom inset.
+// The script's text in a monospaced code editor with typing aids off. The text item only
+// shows the controller's text: it is attached to the code editor, which keeps the exact
+// text and handles the editing keys. The keyboard's frame is handed to the controller,
+// which decides the bottom inset.
 Item {
     id: page
     required property TPEditorVC controller
+    readonly property TPCodeEditor code: controller.code
+    readonly property var texts: controller.toolTexts
+    property bool findOpen: false
+    readonly property var syntaxColors: Theme.syntaxColors
+    onSyntaxColorsChanged: code.setSyntaxColors(syntaxColors)
 
     property Component barItems: Row {
         BarButton {
@@ -26,30 +33,185 @@ Item {
         color: Theme.background
     }
 
-    ScrollView {
-        id: scroller
-        anchors.fill: parent
-        ScrollBar.vertical.bottomPadding: page.controller ? page.controller.bottomInset : 0
+    Rectangle {
+        id: tools
+        anchors { left: parent.left; right: parent.right; top: parent.top }
+        height: 40
+        color: Theme.barBackground
 
-        TextArea {
-            id: editor
-            objectName: "editor"
-            font: page.controller ? page.controller.font : Qt.font({ family: "monospace", pointSize: 14 })
-            wrapMode: TextEdit.NoWrap
-            bottomPadding: 8 + (page.controller ? page.controller.bottomInset : 0)
-            inputMethodHints: Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText | Qt.ImhPreferLatin
-            selectByMouse: true
-            background: null
-            onTextChanged: if (page.controller && page.controller.text !== text) page.controller.text = text
-            Component.onCompleted: text = page.controller.text
-            Connections {
-                target: page.controller
-                function onTextChanged() {
-                    if (editor.text !== page.controller.text)
-                        editor.text = page.controller.text
-                }
+        Row {
+            anchors { left: parent.left; leftMargin: 4; verticalCenter: parent.verticalCenter }
+            ToolTextButton {
+                objectName: "undoButton"
+                text: page.texts.editor_undo
+                enabled: page.code.canUndo
+                onClicked: page.code.undo()
+            }
+            ToolTextButton {
+                objectName: "redoButton"
+                text: page.texts.editor_redo
+                enabled: page.code.canRedo
+                onClicked: page.code.redo()
             }
         }
+        BusyIndicator {
+            objectName: "loadingIndicator"
+            anchors.centerIn: parent
+            height: 28
+            width: 28
+            running: page.controller.loading
+            visible: running
+            Accessible.name: page.texts.editor_loading
+        }
+        Row {
+            anchors { right: parent.right; rightMargin: 4; verticalCenter: parent.verticalCenter }
+            ToolTextButton {
+                objectName: "findButton"
+                text: page.texts.editor_find
+                checked: page.findOpen
+                onClicked: page.findOpen = !page.findOpen
+            }
+            ToolTextButton {
+                objectName: "wrapButton"
+                text: page.texts.editor_wrap
+                checked: page.controller.wrap
+                onClicked: page.controller.wrap = !page.controller.wrap
+            }
+        }
+        Rectangle {
+            anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+            height: 0.5
+            color: Theme.separator
+        }
+    }
+
+    FindBar {
+        id: findBar
+        objectName: "findBar"
+        visible: page.findOpen
+        anchors { left: parent.left; right: parent.right; top: tools.bottom }
+        height: visible ? implicitHeight : 0
+        find: page.code.find
+        code: page.code
+        texts: page.texts
+    }
+
+    Rectangle {
+        id: gutterBackground
+        anchors { left: parent.left; top: findBar.bottom; bottom: messageBar.top }
+        width: gutter.implicitWidth
+        color: Theme.gutterBackground
+    }
+
+    TPLineGutter {
+        id: gutter
+        objectName: "gutter"
+        anchors.fill: gutterBackground
+        textItem: editor
+        contentY: flick.contentY
+        textTopPadding: editor.topPadding
+        errorLine: page.code.syntaxErrorLine
+        font: editor.font
+        numberColor: Theme.gutterNumber
+        currentNumberColor: Theme.label
+        errorColor: Theme.destructive
+        Accessible.name: page.texts.editor_line_numbers
+    }
+
+    Flickable {
+        id: flick
+        objectName: "editorFlickable"
+        anchors { left: gutterBackground.right; right: parent.right; top: findBar.bottom; bottom: messageBar.top }
+        clip: true
+        contentWidth: editor.width
+        contentHeight: editor.height
+        boundsBehavior: Flickable.StopAtBounds
+        ScrollBar.vertical: ScrollBar {
+            bottomPadding: page.controller.bottomInset
+        }
+
+        function ensureVisible(r) {
+            if (contentX >= r.x)
+                contentX = r.x
+            else if (contentX + width <= r.x + r.width)
+                contentX = r.x + r.width - width
+            if (contentY >= r.y)
+                contentY = r.y
+            else if (contentY + height <= r.y + r.height + editor.bottomPadding)
+                contentY = r.y + r.height + editor.bottomPadding - height
+        }
+
+        Rectangle {
+            objectName: "currentLine"
+            y: editor.cursorRectangle.y
+            width: flick.contentWidth
+            height: editor.cursorRectangle.height
+            color: Theme.currentLine
+            visible: editor.activeFocus
+        }
+
+        TextEdit {
+            id: editor
+            objectName: "editor"
+            width: page.controller.wrap ? flick.width : Math.max(implicitWidth, flick.width)
+            height: Math.max(implicitHeight, flick.height)
+            textFormat: TextEdit.PlainText
+            wrapMode: page.controller.wrap ? TextEdit.WrapAtWordBoundaryOrAnywhere : TextEdit.NoWrap
+            font: page.controller.font
+            color: Theme.label
+            selectionColor: Theme.selection
+            selectedTextColor: Theme.label
+            leftPadding: 6
+            rightPadding: 6
+            topPadding: 8
+            bottomPadding: 8 + page.controller.bottomInset + (symbolRow.visible ? symbolRow.height : 0)
+            inputMethodHints: Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText | Qt.ImhPreferLatin
+            selectByMouse: true
+            persistentSelection: true
+            Accessible.name: page.controller.title
+            Accessible.role: Accessible.EditableText
+            Component.onCompleted: {
+                page.code.attachView(editor)
+                page.code.setSyntaxColors(page.syntaxColors)
+            }
+            onCursorRectangleChanged: flick.ensureVisible(cursorRectangle)
+        }
+    }
+
+    Rectangle {
+        id: messageBar
+        objectName: "syntaxMessageBar"
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+        anchors.bottomMargin: page.controller.bottomInset + (symbolRow.visible ? symbolRow.height : 0)
+        height: visible ? message.implicitHeight + 12 : 0
+        visible: page.code.syntaxMessage !== ""
+        color: Theme.errorBackground
+        Label {
+            id: message
+            objectName: "syntaxMessage"
+            anchors { fill: parent; leftMargin: 10; rightMargin: 10 }
+            verticalAlignment: Text.AlignVCenter
+            wrapMode: Text.Wrap
+            text: page.code.syntaxMessage
+            color: Theme.destructive
+            font.pixelSize: 13
+            Accessible.name: page.texts.editor_syntax_error + ": " + text
+        }
+    }
+
+    SymbolKeyRow {
+        id: symbolRow
+        objectName: "symbolRow"
+        visible: page.controller.keyboardShown
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+        anchors.bottomMargin: page.controller.bottomInset
+        keys: page.controller.symbolKeys
+        onKeyPressed: key => page.code.pressSymbolKey(key)
+    }
+
+    Connections {
+        target: page.code
+        function onCursorMoved() { flick.ensureVisible(editor.cursorRectangle) }
     }
 
     Connections {

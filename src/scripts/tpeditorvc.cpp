@@ -7,11 +7,17 @@
 
 #include <QFontDatabase>
 #include <QPointer>
+#include <QSettings>
 
 TPEditorVC::TPEditorVC(const QString &relPath, QObject *parent)
-    : TPViewController(parent), _relPath(relPath), _font(editorFont())
+    : TPViewController(parent), _relPath(relPath),
+      _textView(new TPCodeEditor(TPLastPathSegment(relPath), this)), _font(editorFont())
 {
     setTitle(TPLastPathSegment(_relPath));
+    // The view may be built before viewDidLoad; its tools need their texts from the start.
+    readToolTexts();
+    connect(_textView, &TPCodeEditor::edited, this,
+            [this] { setUnsavedChanges(_textView->revision() != m_savedRevision); });
 }
 
 QUrl TPEditorVC::viewUrl() const
@@ -30,10 +36,34 @@ QFont TPEditorVC::editorFont()
 
 void TPEditorVC::viewDidLoad()
 {
+    retitle();
+    loadContent();
+}
+
+QVariantList TPEditorVC::symbolKeys() const
+{
+    QVariantList keys;
+    for (const QString &key : _textView->symbolKeys()) {
+        // The word keys are named in the current language; a symbol shows itself.
+        const QString label = key.size() == 1 ? key : TPL(QStringLiteral("key_") + key.toLower());
+        keys.append(QVariantMap{{QStringLiteral("key"), key}, {QStringLiteral("label"), label}});
+    }
+    return keys;
+}
+
+void TPEditorVC::retitle()
+{
     _saveTitle = TPL("btn_save");
     _runTitle = TPL("btn_run");
+    readToolTexts();
     emit barTitlesChanged();
-    loadContent();
+}
+
+void TPEditorVC::readToolTexts()
+{
+    m_toolTexts.clear();
+    for (const QString &key : TPLangExtraTable().keys())
+        m_toolTexts.insert(key, TPL(key));
 }
 
 void TPEditorVC::viewWillAppear()
@@ -55,17 +85,36 @@ void TPEditorVC::viewWillDisappear()
 
 void TPEditorVC::onLangChangedNotification()
 {
-    _saveTitle = TPL("btn_save");
-    _runTitle = TPL("btn_run");
-    emit barTitlesChanged();
+    retitle();
 }
 
 void TPEditorVC::setText(const QString &newText)
 {
-    if (_text == newText)
+    _textView->setText(newText);
+    m_savedRevision = _textView->revision();
+    setUnsavedChanges(false);
+}
+
+void TPEditorVC::setLoading(bool loading)
+{
+    if (m_loading == loading)
         return;
-    _text = newText;
-    emit textChanged();
+    m_loading = loading;
+    emit loadingChanged();
+}
+
+bool TPEditorVC::wrap() const
+{
+    // Lines wrap by default, as in a phone's text view.
+    return QSettings().value(QLatin1String(WrapKey), true).toBool();
+}
+
+void TPEditorVC::setWrap(bool wrap)
+{
+    if (wrap == this->wrap())
+        return;
+    QSettings().setValue(QLatin1String(WrapKey), wrap);
+    emit wrapChanged();
 }
 
 void TPEditorVC::setContentInsets(const QMarginsF &insets)
@@ -79,10 +128,12 @@ void TPEditorVC::setContentInsets(const QMarginsF &insets)
 void TPEditorVC::loadContent()
 {
     QPointer<TPEditorVC> self(this);
+    setLoading(true);
     TPEngineAPI::readScript(
         _relPath, [self](const std::optional<QString> &content, const TPEngineAPI::Error &error) {
             if (!self)
                 return;
+            self->setLoading(false);
             if (error) {
                 // Whatever the failure, the user is told the engine is offline.
                 self->showAlert(TPL("alert_error"), TPL("err_offline"));
@@ -95,18 +146,23 @@ void TPEditorVC::loadContent()
 void TPEditorVC::saveWithCompletion(std::function<void(bool)> completion)
 {
     QPointer<TPEditorVC> self(this);
-    TPEngineAPI::saveScript(_relPath, _text, [self, completion](const TPEngineAPI::Error &error) {
-        if (!self) {
-            completion(false);
-            return;
-        }
-        if (error) {
-            self->showAlert(TPL("alert_error"), TPL("err_save_fail"));
-            completion(false);
-            return;
-        }
-        completion(true);
-    });
+    const quint64 revision = _textView->revision();
+    TPEngineAPI::saveScript(_relPath, text(),
+                            [self, completion, revision](const TPEngineAPI::Error &error) {
+                                if (!self) {
+                                    completion(false);
+                                    return;
+                                }
+                                if (error) {
+                                    self->showAlert(TPL("alert_error"), TPL("err_save_fail"));
+                                    completion(false);
+                                    return;
+                                }
+                                // What was sent is saved; typing since then is not.
+                                self->m_savedRevision = revision;
+                                self->setUnsavedChanges(self->_textView->revision() != revision);
+                                completion(true);
+                            });
 }
 
 void TPEditorVC::onSaveTapped()
@@ -145,6 +201,7 @@ void TPEditorVC::keyboardWillChangeFrame(const QVariant &endFrame, qreal viewHei
     QMarginsF insets = _contentInsets;
     insets.setBottom(overlap);
     setContentInsets(insets);
+    setKeyboardShown(overlap > 0);
 }
 
 void TPEditorVC::keyboardWillHide()
@@ -154,4 +211,13 @@ void TPEditorVC::keyboardWillHide()
     QMarginsF insets = _contentInsets;
     insets.setBottom(0);
     setContentInsets(insets);
+    setKeyboardShown(false);
+}
+
+void TPEditorVC::setKeyboardShown(bool shown)
+{
+    if (m_keyboardShown == shown)
+        return;
+    m_keyboardShown = shown;
+    emit keyboardShownChanged();
 }

@@ -1,0 +1,355 @@
+#include "tpcodeeditor.h"
+
+#include "tpcodeeditrules.h"
+#include "tpfindreplace.h"
+#include "tpluahighlighter.h"
+
+#include <QCoreApplication>
+#include <QInputMethodEvent>
+#include <QKeyEvent>
+#include <QQuickItem>
+#include <QQuickTextDocument>
+#include <QTextDocument>
+#include <QThreadPool>
+
+namespace {
+
+// A pause in typing this long starts a syntax check.
+constexpr int kCheckDelayMs = 600;
+
+// The symbol row's keys that act on lines rather than type.
+const QString kTabKey = QStringLiteral("Tab");
+const QString kIndentKey = QStringLiteral("Indent");
+const QString kOutdentKey = QStringLiteral("Outdent");
+
+} // namespace
+
+TPCodeEditor::TPCodeEditor(const QString &chunkName, QObject *parent)
+    : QObject(parent), m_chunkName(chunkName), m_binding(&m_text), m_find(new TPFindReplace(this))
+{
+    connect(&m_binding, &TPEditorTextBinding::documentEdited, this,
+            &TPCodeEditor::onDocumentEdited);
+    m_checkDelay.setSingleShot(true);
+    m_checkDelay.setInterval(kCheckDelayMs);
+    connect(&m_checkDelay, &QTimer::timeout, this, &TPCodeEditor::checkSyntaxNow);
+}
+
+TPCodeEditor::~TPCodeEditor()
+{
+    if (m_view)
+        m_view->removeEventFilter(this);
+}
+
+void TPCodeEditor::setText(const QString &text)
+{
+    m_text.setText(text);
+    m_indentUnit = TPCodeEditRules::indentUnit(m_text);
+    m_history.clear();
+    if (m_highlighter)
+        m_highlighter->colourFromTop();
+    m_binding.reload();
+    emit historyChanged();
+    afterChange();
+}
+
+void TPCodeEditor::attachView(QQuickItem *textItem)
+{
+    if (m_view)
+        m_view->removeEventFilter(this);
+    m_view = textItem;
+    auto *quickDocument =
+        textItem ? textItem->property("textDocument").value<QQuickTextDocument *>() : nullptr;
+    if (!quickDocument)
+        return;
+    textItem->installEventFilter(this);
+    attachDocument(quickDocument->textDocument());
+}
+
+void TPCodeEditor::attachDocument(QTextDocument *document)
+{
+    // The binding connects first: it must see a change before the colouring reacts to it.
+    m_binding.bind(document);
+    m_cursor = QTextCursor(document);
+    delete m_highlighter;
+    m_highlighter = new TPLuaHighlighter(document);
+    setSyntaxColors(m_colors);
+}
+
+void TPCodeEditor::setSyntaxColors(const QVariantMap &colors)
+{
+    m_colors = colors;
+    if (!m_highlighter)
+        return;
+    const std::pair<const char *, TPLuaHighlighter::Token> names[] = {
+        {"keyword", TPLuaHighlighter::Keyword}, {"string", TPLuaHighlighter::String},
+        {"comment", TPLuaHighlighter::Comment}, {"number", TPLuaHighlighter::Number},
+        {"function", TPLuaHighlighter::FunctionName}};
+    for (const auto &[name, token] : names) {
+        const QVariant color = colors.value(QLatin1String(name));
+        if (color.isValid())
+            m_highlighter->setColor(token, color.value<QColor>());
+    }
+}
+
+QStringList TPCodeEditor::symbolKeys() const
+{
+    QStringList keys;
+    for (const QChar symbol : QStringView(u"()[]{}\"'=.,:;#-+*/<>~_"))
+        keys.append(symbol);
+    keys << kTabKey << kIndentKey << kOutdentKey;
+    return keys;
+}
+
+std::pair<qsizetype, qsizetype> TPCodeEditor::selection() const
+{
+    int anchor = 0;
+    int position = 0;
+    if (m_view) {
+        position = m_view->property("cursorPosition").toInt();
+        const int start = m_view->property("selectionStart").toInt();
+        const int end = m_view->property("selectionEnd").toInt();
+        anchor = position == start ? end : start;
+    } else {
+        anchor = m_cursor.anchor();
+        position = m_cursor.position();
+    }
+    return {m_binding.offsetAt(anchor), m_binding.offsetAt(position)};
+}
+
+void TPCodeEditor::select(qsizetype anchor, qsizetype cursor)
+{
+    const int from = m_binding.documentPosition(anchor);
+    const int to = m_binding.documentPosition(cursor);
+    if (m_view) {
+        if (from == to)
+            m_view->setProperty("cursorPosition", to);
+        else
+            QMetaObject::invokeMethod(m_view, "select", Q_ARG(int, from), Q_ARG(int, to));
+    } else if (!m_cursor.isNull()) {
+        m_cursor.setPosition(from);
+        m_cursor.setPosition(to, QTextCursor::KeepAnchor);
+    }
+    emit cursorMoved();
+}
+
+void TPCodeEditor::applyStep(const QList<TPTextEdit> &edits, std::optional<qsizetype> cursorAfter)
+{
+    const QList<TPTextEdit> made = m_binding.apply(edits);
+    if (made.isEmpty()) {
+        if (cursorAfter)
+            select(*cursorAfter, *cursorAfter);
+        return;
+    }
+    m_history.record(made, false);
+    emit historyChanged();
+    afterChange();
+    const qsizetype end = made.last().offset + made.last().inserted.size();
+    select(cursorAfter.value_or(end), cursorAfter.value_or(end));
+}
+
+void TPCodeEditor::onDocumentEdited(const TPTextEdit &edit)
+{
+    m_history.record({edit}, true);
+    emit historyChanged();
+    afterChange();
+}
+
+void TPCodeEditor::afterChange()
+{
+    ++m_revision;
+    m_checkDelay.start();
+    emit edited();
+}
+
+void TPCodeEditor::undo()
+{
+    const TPEditHistory::Step step = m_history.takeUndo();
+    if (step.isEmpty())
+        return;
+    m_binding.apply(step);
+    emit historyChanged();
+    afterChange();
+    select(step.last().offset + step.last().inserted.size(),
+           step.last().offset + step.last().inserted.size());
+}
+
+void TPCodeEditor::redo()
+{
+    const TPEditHistory::Step step = m_history.takeRedo();
+    if (step.isEmpty())
+        return;
+    m_binding.apply(step);
+    emit historyChanged();
+    afterChange();
+    select(step.last().offset + step.last().inserted.size(),
+           step.last().offset + step.last().inserted.size());
+}
+
+void TPCodeEditor::pressSymbolKey(const QString &key)
+{
+    if (key == kTabKey) {
+        const auto [anchor, cursor] = selection();
+        applyStep({{std::min(anchor, cursor), m_text.text().mid(std::min(anchor, cursor),
+                                                                std::abs(cursor - anchor)),
+                    m_indentUnit}});
+    } else if (key == kIndentKey) {
+        indent();
+    } else if (key == kOutdentKey) {
+        outdent();
+    } else if (key.size() == 1) {
+        typeCharacter(key.at(0));
+    }
+    m_history.closeRun();
+}
+
+void TPCodeEditor::typeCharacter(QChar character)
+{
+    const auto [anchor, cursor] = selection();
+    if (const auto action = TPCodeEditRules::typed(m_text, anchor, cursor, character)) {
+        applyStep({action->edit}, action->cursor);
+        return;
+    }
+    const qsizetype from = std::min(anchor, cursor);
+    applyStep({{from, m_text.text().mid(from, std::abs(cursor - anchor)), QString(character)}});
+}
+
+void TPCodeEditor::newLine()
+{
+    const auto [anchor, cursor] = selection();
+    const TPCodeEditRules::Action action =
+        TPCodeEditRules::newLine(m_text, anchor, cursor, m_indentUnit);
+    applyStep({action.edit}, action.cursor);
+}
+
+bool TPCodeEditor::backspace()
+{
+    const auto [anchor, cursor] = selection();
+    const auto action = TPCodeEditRules::backspace(m_text, anchor, cursor);
+    if (action)
+        applyStep({action->edit}, action->cursor);
+    return action.has_value();
+}
+
+void TPCodeEditor::indent()
+{
+    const auto [anchor, cursor] = selection();
+    applyStep(TPCodeEditRules::indentLines(m_text, anchor, cursor, m_indentUnit),
+              cursor + m_indentUnit.size());
+}
+
+void TPCodeEditor::outdent()
+{
+    const auto [anchor, cursor] = selection();
+    const int line = m_text.lineAt(cursor);
+    const qsizetype before = m_text.lineStart(line);
+    const QList<TPTextEdit> edits =
+        TPCodeEditRules::outdentLines(m_text, anchor, cursor, m_indentUnit);
+    // The cursor keeps its place in its line, less what its own line lost.
+    qsizetype removedHere = 0;
+    for (const TPTextEdit &edit : edits) {
+        if (edit.offset == before)
+            removedHere = std::min(edit.removed.size(), cursor - before);
+    }
+    qsizetype removedBefore = 0;
+    for (const TPTextEdit &edit : edits) {
+        if (edit.offset < before)
+            removedBefore += edit.removed.size();
+    }
+    applyStep(edits, cursor - removedHere - removedBefore);
+}
+
+void TPCodeEditor::goToLine(int line)
+{
+    const int index = std::clamp(line - 1, 0, m_text.lineCount() - 1);
+    select(m_text.lineStart(index), m_text.lineStart(index));
+}
+
+void TPCodeEditor::checkSyntaxNow()
+{
+    m_checkDelay.stop();
+    const quint64 generation = ++m_checkGeneration;
+    QPointer<TPCodeEditor> self(this);
+    // The text is shared, not copied: the worker holds its own reference to this version.
+    QThreadPool::globalInstance()->start([self, generation, name = m_chunkName, text = text()] {
+        const TPLuaSyntaxResult result = TPCheckLuaSyntax(name, text);
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [self, generation, result] {
+                if (self)
+                    self->onSyntaxResult(generation, result);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void TPCodeEditor::onSyntaxResult(quint64 generation, const TPLuaSyntaxResult &result)
+{
+    // A check of an older text says nothing about this one.
+    if (generation != m_checkGeneration)
+        return;
+    m_syntax = result;
+    emit syntaxChecked();
+}
+
+bool TPCodeEditor::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != m_view)
+        return false;
+    if (event->type() == QEvent::KeyPress)
+        return handleKey(static_cast<QKeyEvent *>(event));
+    if (event->type() == QEvent::InputMethod) {
+        // A phone keyboard commits characters as input-method text, not as keys.
+        auto *input = static_cast<QInputMethodEvent *>(event);
+        const QString commit = input->commitString();
+        if (!input->preeditString().isEmpty() || input->replacementLength() != 0 ||
+            commit.size() != 1)
+            return false;
+        if (commit == QLatin1String("\n")) {
+            newLine();
+            return true;
+        }
+        if (QStringView(u"()[]{}\"'").contains(commit.at(0))) {
+            typeCharacter(commit.at(0));
+            return true;
+        }
+    }
+    return false;
+}
+
+bool TPCodeEditor::handleKey(QKeyEvent *event)
+{
+    if (event->matches(QKeySequence::Undo)) {
+        undo();
+        return true;
+    }
+    if (event->matches(QKeySequence::Redo)) {
+        redo();
+        return true;
+    }
+    const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (modifiers != Qt::NoModifier)
+            return false;
+        newLine();
+        return true;
+    case Qt::Key_Tab:
+        pressSymbolKey(kTabKey);
+        return true;
+    case Qt::Key_Backtab:
+        outdent();
+        return true;
+    case Qt::Key_Backspace:
+        return modifiers == Qt::NoModifier && backspace();
+    default:
+        break;
+    }
+    const QString text = event->text();
+    if (text.size() == 1 && QStringView(u"()[]{}\"'").contains(text.at(0)) &&
+        !(modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))) {
+        typeCharacter(text.at(0));
+        return true;
+    }
+    return false;
+}

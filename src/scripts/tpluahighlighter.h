@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QColor>
+#include <QSyntaxHighlighter>
+#include <QTextCharFormat>
+#include <QTimer>
+
+// Colours Lua in a text document: keywords, strings (long brackets too), comments (long
+// ones too), numbers and the names of functions declared or called. Like every syntax
+// highlighter it re-colours only from the changed line until a line ends in the same state
+// as before. A fresh document is coloured from the top in slices of a few milliseconds, so
+// a long file never holds up a frame.
+class TPLuaHighlighter : public QSyntaxHighlighter
+{
+    Q_OBJECT
+
+public:
+    enum Token { Keyword, String, Comment, Number, FunctionName, TokenCount };
+
+    explicit TPLuaHighlighter(QTextDocument *document);
+
+    // The colour of each kind of token, from the app's theme.
+    void setColor(Token token, const QColor &color);
+    // Call before the document's whole text is replaced: its lines are left uncoloured until
+    // the slices reach them, so replacing the text costs no colouring at all.
+    void colourFromTop();
+    bool isColouring() const { return m_slicer.isActive(); }
+
+    // A line's colouring state: 0 in code, otherwise inside a long string or comment whose
+    // bracket has `level` equals signs.
+    static int longBracketState(int level, bool comment) { return 1 + level * 2 + int(comment); }
+
+protected:
+    void highlightBlock(const QString &text) override;
+
+private:
+    void colourNextSlice();
+    void startPass();
+    // Colours from `from` up to the long bracket's end; returns where it ends, or -1 when the
+    // bracket stays open past the line.
+    qsizetype finishLongBracket(const QString &text, qsizetype from, int level, bool comment);
+
+    QTextCharFormat m_formats[TokenCount];
+    QTimer m_slicer;
+    // Lines after this one are not coloured yet: the first pass has not reached them.
+    int m_colouredThrough = -1;
+    // The next line a pass colours.
+    int m_nextLine = 0;
+};
