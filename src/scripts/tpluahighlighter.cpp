@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QSet>
+#include <QTextBlock>
 #include <QTextDocument>
 
 namespace {
@@ -62,17 +63,17 @@ void TPLuaHighlighter::setColor(Token token, const QColor &color)
         m_formats[token].setFontWeight(QFont::DemiBold);
     if (token == Comment)
         m_formats[token].setFontItalic(true);
-    startPass();
+    colourFromTop();
 }
 
 void TPLuaHighlighter::colourFromTop()
 {
     m_colouredThrough = -1;
-    startPass();
-}
-
-void TPLuaHighlighter::startPass()
-{
+    // Every line forgets its state, so each step of the pass flows through its lines.
+    if (QTextDocument *doc = document()) {
+        for (QTextBlock block = doc->begin(); block.isValid(); block = block.next())
+            block.setUserState(-1);
+    }
     m_nextLine = 0;
     m_slicer.start();
 }
@@ -80,48 +81,61 @@ void TPLuaHighlighter::startPass()
 void TPLuaHighlighter::colourNextSlice()
 {
     QTextDocument *doc = document();
+    if (!doc) {
+        m_slicer.stop();
+        return;
+    }
+    // Formats are set on the lines' layouts directly and the document is told once per
+    // slice: told line by line, its layout would walk the whole document for every line.
     QElapsedTimer slice;
     slice.start();
-    while (doc && slice.elapsed() < kSliceMs) {
-        const QTextBlock block = doc->findBlockByNumber(m_nextLine);
-        if (!block.isValid())
-            break;
-        // Lines not yet reached keep the state -1, so colouring this one stops at the next.
-        m_colouredThrough = std::max(m_colouredThrough, m_nextLine);
-        ++m_nextLine;
-        rehighlightBlock(block);
+    QTextBlock block = doc->findBlockByNumber(m_nextLine);
+    const int from = block.isValid() ? block.position() : 0;
+    int to = from;
+    int state = block.previous().isValid() ? block.previous().userState() : -1;
+    while (block.isValid() && slice.elapsed() < kSliceMs) {
+        QList<QTextLayout::FormatRange> ranges;
+        for (const Span &span : tokenize(block.text(), state, &state))
+            ranges.append({span.start, span.length, m_formats[span.token]});
+        block.layout()->setFormats(ranges);
+        block.setUserState(state);
+        m_colouredThrough = block.blockNumber();
+        to = block.position() + block.length();
+        block = block.next();
     }
-    if (!doc || m_nextLine >= doc->blockCount())
+    m_nextLine = m_colouredThrough + 1;
+    if (to > from)
+        doc->markContentsDirty(from, to - from);
+    if (!block.isValid())
         m_slicer.stop();
 }
 
-qsizetype TPLuaHighlighter::finishLongBracket(const QString &text, qsizetype from, int level,
-                                              bool comment)
+QList<TPLuaHighlighter::Span> TPLuaHighlighter::tokenize(const QString &text, int previousState,
+                                                        int *endState)
 {
-    const QString closing = u']' + QString(level, u'=') + u']';
-    const qsizetype end = text.indexOf(closing, from);
-    const qsizetype stop = end < 0 ? text.size() : end + closing.size();
-    setFormat(int(from), int(stop - from), m_formats[comment ? Comment : String]);
-    if (end < 0) {
-        setCurrentBlockState(longBracketState(level, comment));
-        return -1;
-    }
-    return stop;
-}
-
-void TPLuaHighlighter::highlightBlock(const QString &text)
-{
-    if (currentBlock().blockNumber() > m_colouredThrough) {
-        setCurrentBlockState(-1);
-        return;
-    }
-    setCurrentBlockState(0);
+    QList<Span> spans;
+    *endState = 0;
+    const auto add = [&spans](qsizetype start, qsizetype end, Token token) {
+        spans.append({int(start), int(end - start), token});
+    };
+    // Colours up to the long bracket's end; returns where it ends, or -1 when the bracket
+    // stays open past the line.
+    const auto finishLongBracket = [&](qsizetype from, int level, bool comment) -> qsizetype {
+        const QString closing = u']' + QString(level, u'=') + u']';
+        const qsizetype end = text.indexOf(closing, from);
+        const qsizetype stop = end < 0 ? text.size() : end + closing.size();
+        add(from, stop, comment ? Comment : String);
+        if (end < 0) {
+            *endState = longBracketState(level, comment);
+            return -1;
+        }
+        return stop;
+    };
     qsizetype at = 0;
-    const int previous = previousBlockState();
-    if (previous > 0) {
-        at = finishLongBracket(text, 0, (previous - 1) / 2, (previous - 1) % 2 == 1);
+    if (previousState > 0) {
+        at = finishLongBracket(0, (previousState - 1) / 2, (previousState - 1) % 2 == 1);
         if (at < 0)
-            return;
+            return spans;
     }
     bool afterFunctionKeyword = false;
     while (at < text.size()) {
@@ -133,18 +147,18 @@ void TPLuaHighlighter::highlightBlock(const QString &text)
         if (c == u'-' && at + 1 < text.size() && text.at(at + 1) == u'-') {
             const int level = longBracketLevel(text, at + 2);
             if (level >= 0) {
-                at = finishLongBracket(text, at, level, true);
+                at = finishLongBracket(at, level, true);
                 if (at < 0)
-                    return;
+                    return spans;
                 continue;
             }
-            setFormat(int(at), int(text.size() - at), m_formats[Comment]);
-            return;
+            add(at, text.size(), Comment);
+            return spans;
         }
         if (const int level = longBracketLevel(text, at); level >= 0) {
-            at = finishLongBracket(text, at, level, false);
+            at = finishLongBracket(at, level, false);
             if (at < 0)
-                return;
+                return spans;
             continue;
         }
         if (c == u'"' || c == u'\'') {
@@ -152,7 +166,7 @@ void TPLuaHighlighter::highlightBlock(const QString &text)
             while (end < text.size() && text.at(end) != c)
                 end += text.at(end) == u'\\' ? 2 : 1;
             end = std::min(end + 1, text.size());
-            setFormat(int(at), int(end - at), m_formats[String]);
+            add(at, end, String);
             at = end;
             continue;
         }
@@ -167,7 +181,7 @@ void TPLuaHighlighter::highlightBlock(const QString &text)
                     break;
                 ++end;
             }
-            setFormat(int(at), int(end - at), m_formats[Number]);
+            add(at, end, Number);
             at = end;
             continue;
         }
@@ -177,7 +191,7 @@ void TPLuaHighlighter::highlightBlock(const QString &text)
                 ++end;
             const QString word = text.mid(at, end - at);
             if (keywords().contains(word)) {
-                setFormat(int(at), int(end - at), m_formats[Keyword]);
+                add(at, end, Keyword);
                 afterFunctionKeyword = word == QLatin1String("function");
                 at = end;
                 continue;
@@ -198,7 +212,7 @@ void TPLuaHighlighter::highlightBlock(const QString &text)
                 ++after;
             const bool called = after < text.size() && text.at(after) == u'(';
             if (afterFunctionKeyword || called)
-                setFormat(int(at), int(nameEnd - at), m_formats[FunctionName]);
+                add(at, nameEnd, FunctionName);
             afterFunctionKeyword = false;
             at = nameEnd;
             continue;
@@ -206,4 +220,17 @@ void TPLuaHighlighter::highlightBlock(const QString &text)
         afterFunctionKeyword = false;
         ++at;
     }
+    return spans;
+}
+
+void TPLuaHighlighter::highlightBlock(const QString &text)
+{
+    if (currentBlock().blockNumber() > m_colouredThrough) {
+        setCurrentBlockState(-1);
+        return;
+    }
+    int state = 0;
+    for (const Span &span : tokenize(text, previousBlockState(), &state))
+        setFormat(span.start, span.length, m_formats[span.token]);
+    setCurrentBlockState(state);
 }

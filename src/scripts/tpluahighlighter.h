@@ -21,8 +21,9 @@ public:
 
     // The colour of each kind of token, from the app's theme.
     void setColor(Token token, const QColor &color);
-    // Call before the document's whole text is replaced: its lines are left uncoloured until
-    // the slices reach them, so replacing the text costs no colouring at all.
+    // Colours the whole document again, from the top, slice by slice. Call it before the
+    // document's whole text is replaced: the new lines are then left uncoloured until the
+    // slices reach them, so replacing the text costs no colouring at all.
     void colourFromTop();
     bool isColouring() const { return m_slicer.isActive(); }
 
@@ -30,15 +31,20 @@ public:
     // bracket has `level` equals signs.
     static int longBracketState(int level, bool comment) { return 1 + level * 2 + int(comment); }
 
+    struct Span
+    {
+        int start;
+        int length;
+        Token token;
+    };
+    // The tokens of one line that starts in `previousState`, and the state it ends in.
+    static QList<Span> tokenize(const QString &line, int previousState, int *endState);
+
 protected:
     void highlightBlock(const QString &text) override;
 
 private:
     void colourNextSlice();
-    void startPass();
-    // Colours from `from` up to the long bracket's end; returns where it ends, or -1 when the
-    // bracket stays open past the line.
-    qsizetype finishLongBracket(const QString &text, qsizetype from, int level, bool comment);
 
     QTextCharFormat m_formats[TokenCount];
     QTimer m_slicer;
