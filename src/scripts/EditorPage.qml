@@ -189,8 +189,8 @@ Item {
         Label {
             id: message
             objectName: "syntaxMessage"
-            anchors { fill: parent; leftMargin: 10; rightMargin: 10 }
-            verticalAlignment: Text.AlignVCenter
+            anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter }
+            anchors { leftMargin: 10; rightMargin: 10 }
             wrapMode: Text.Wrap
             text: page.code.syntaxMessage
             color: Theme.destructive

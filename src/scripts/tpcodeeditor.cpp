@@ -62,13 +62,13 @@ void TPCodeEditor::attachView(QQuickItem *textItem)
     if (!quickDocument)
         return;
     textItem->installEventFilter(this);
-    attachDocument(quickDocument->textDocument());
+    attachDocument(quickDocument->textDocument(), textItem);
 }
 
-void TPCodeEditor::attachDocument(QTextDocument *document)
+void TPCodeEditor::attachDocument(QTextDocument *document, QObject *textItem)
 {
     // The binding connects first: it must see a change before the colouring reacts to it.
-    m_binding.bind(document);
+    m_binding.bind(document, textItem);
     m_cursor = QTextCursor(document);
     delete m_highlighter;
     m_highlighter = new TPLuaHighlighter(document);

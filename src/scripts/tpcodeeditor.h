@@ -51,8 +51,9 @@ public:
 
     // Shows the text in a Qt Quick TextEdit (or TextArea) and edits through it.
     Q_INVOKABLE void attachView(QQuickItem *textItem);
-    // Shows the text in a bare document, for callers without a view.
-    void attachDocument(QTextDocument *document);
+    // Shows the text in a document: a bare one, for callers without a view, or the document
+    // of a view's text item.
+    void attachDocument(QTextDocument *document, QObject *textItem = nullptr);
     QTextDocument *document() const { return m_binding.document(); }
     TPLuaHighlighter *highlighter() const { return m_highlighter; }
 

@@ -29,11 +29,12 @@ TPEditorTextBinding::TPEditorTextBinding(TPScriptText *text, QObject *parent)
 {
 }
 
-void TPEditorTextBinding::bind(QTextDocument *document)
+void TPEditorTextBinding::bind(QTextDocument *document, QObject *textItem)
 {
     if (m_document)
         disconnect(m_document, nullptr, this, nullptr);
     m_document = document;
+    m_textItem = textItem;
     if (!m_document)
         return;
     m_document->setUndoRedoEnabled(false);
@@ -49,7 +50,10 @@ void TPEditorTextBinding::reload()
     if (!m_document)
         return;
     ApplyingScope applying(m_applying);
-    m_document->setPlainText(m_text->documentText());
+    if (m_textItem)
+        m_textItem->setProperty("text", m_text->documentText());
+    else
+        m_document->setPlainText(m_text->documentText());
 }
 
 int TPEditorTextBinding::documentPosition(qsizetype offset) const

@@ -21,8 +21,11 @@ public:
     explicit TPEditorTextBinding(TPScriptText *text, QObject *parent = nullptr);
 
     // Shows the text in `document` and follows its edits from then on. The document's own
-    // undo is switched off: the editor keeps an exact history of its own.
-    void bind(QTextDocument *document);
+    // undo is switched off: the editor keeps an exact history of its own. When the document
+    // belongs to a Qt Quick text item, pass the item: a whole text is then set through its
+    // "text" property, since a text item whose document was replaced behind its back
+    // rebuilds far more of its scene on every later keystroke.
+    void bind(QTextDocument *document, QObject *textItem = nullptr);
     QTextDocument *document() const { return m_document; }
     // Shows the whole text again, after it was replaced in code.
     void reload();
@@ -45,6 +48,8 @@ private:
 
     TPScriptText *m_text;
     QPointer<QTextDocument> m_document;
+    // The view's text item, when the document is its: whole texts are given to it.
+    QPointer<QObject> m_textItem;
     // Set while the binding itself changes the document, whose reports are then ignored.
     bool m_applying = false;
 };

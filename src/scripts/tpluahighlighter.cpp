@@ -93,7 +93,7 @@ void TPLuaHighlighter::colourNextSlice()
     const int from = block.isValid() ? block.position() : 0;
     int to = from;
     int state = block.previous().isValid() ? block.previous().userState() : -1;
-    while (block.isValid() && slice.elapsed() < kSliceMs) {
+    for (int line = 0; block.isValid() && line < m_linesPerSlice; ++line) {
         QList<QTextLayout::FormatRange> ranges;
         for (const Span &span : tokenize(block.text(), state, &state))
             ranges.append({span.start, span.length, m_formats[span.token]});
@@ -106,6 +106,10 @@ void TPLuaHighlighter::colourNextSlice()
     m_nextLine = m_colouredThrough + 1;
     if (to > from)
         doc->markContentsDirty(from, to - from);
+    // Most of a slice's cost is the layout of its lines, which depends on the font and the
+    // width: the next slice takes as many lines as fit in the time.
+    const qint64 spent = std::max<qint64>(slice.elapsed(), 1);
+    m_linesPerSlice = int(std::clamp<qint64>(m_linesPerSlice * kSliceMs / spent, 20, 2000));
     if (!block.isValid())
         m_slicer.stop();
 }

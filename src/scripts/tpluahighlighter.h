@@ -50,6 +50,7 @@ private:
     QTimer m_slicer;
     // Lines after this one are not coloured yet: the first pass has not reached them.
     int m_colouredThrough = -1;
-    // The next line a pass colours.
+    // The next line a pass colours, and how many lines a slice colours.
     int m_nextLine = 0;
+    int m_linesPerSlice = 100;
 };

@@ -1,0 +1,169 @@
+// tp-bench-editor: opens Lua files of 100 and 10,000 lines in the real editor view on the
+// offscreen platform, served by a loopback engine, and types into them. Per size it prints
+//   editor lines=N open_ms=X keystroke_p95_ms=Y
+// where open_ms runs from the read's completion to the first frame that shows the text,
+// and keystroke_p95_ms is the 95th percentile, over 200 keystrokes, of the time from the
+// key event to the next rendered frame. A detail line per size gives the longest the event
+// loop was held up while the file was coloured and checked in the background.
+#include "tpeditorvc.h"
+#include "tppresenter.h"
+#include "tprecordingengine.h"
+
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QQuickItem>
+#include <QQuickStyle>
+#include <QQuickView>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QTest>
+#include <QTimer>
+#include <QtQml/qqmlextensionplugin.h>
+
+#include <algorithm>
+
+Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
+
+namespace {
+
+constexpr int kKeystrokes = 200;
+
+// About 40 bytes a line, as a script of taps, loops and helpers reads.
+QByteArray luaScript(int lines)
+{
+    static const char *const shapes[] = {
+        "-- step %1: tap the next button\n",
+        "local x%1, y%1 = 540, 960 + %1\n",
+        "for i = 1, 3 do tap(x%1, y%1) end\n",
+        "function step%1(n) return n * 2 end\n",
+        "if step%1(%1) > 10 then sleep(200) end\n",
+        "print(\"done with row \" .. %1)\n",
+        "local t%1 = { name = \"row\", n = %1 }\n",
+        "--[[ note %1 ]] sleep(%1 % 50)\n",
+    };
+    QByteArray script;
+    for (int line = 0; line < lines; ++line)
+        script += QString::fromLatin1(shapes[line % 8]).arg(line).toUtf8();
+    return script;
+}
+
+// Waits for the window's next rendered frame; the time it took, in milliseconds.
+double untilNextFrame(QQuickWindow *window, const QElapsedTimer &since)
+{
+    bool swapped = false;
+    const auto connection =
+        QObject::connect(window, &QQuickWindow::frameSwapped, window, [&] { swapped = true; });
+    window->requestUpdate();
+    QElapsedTimer limit;
+    limit.start();
+    while (!swapped && limit.elapsed() < 5000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 1);
+    QObject::disconnect(connection);
+    return since.nsecsElapsed() / 1e6;
+}
+
+double percentile95(std::vector<double> samples)
+{
+    std::sort(samples.begin(), samples.end());
+    return samples.at(std::min(samples.size() - 1, size_t(samples.size() * 0.95)));
+}
+
+struct Figures
+{
+    double openMs = 0;
+    double keystrokeP95Ms = 0;
+    double longestStallMs = 0;
+};
+
+Figures measure(int lines, TPRecordingEngine &engine, TPPresenter &presenter)
+{
+    const QByteArray script = luaScript(lines);
+    engine.setResponder([&script](const TPRecordedRequest &) { return TPScriptedAnswer::ok(script); });
+
+    TPEditorVC editor(QStringLiteral("bench/main.lua"));
+    editor.setPresenter(&presenter);
+    QQuickView view;
+    view.setInitialProperties({{QStringLiteral("controller"), QVariant::fromValue(&editor)}});
+    view.setResizeMode(QQuickView::SizeRootObjectToView);
+    view.resize(390, 800);
+    view.setSource(QUrl(QStringLiteral("qrc:/TPCompanion/EditorPage.qml")));
+    view.show();
+    if (!QTest::qWaitForWindowExposed(&view))
+        qFatal("the editor's window was not shown");
+    auto *textItem = view.rootObject()->findChild<QQuickItem *>(QStringLiteral("editor"));
+
+    // How long the event loop is held up, sampled by a timer that should fire every 1 ms.
+    double longestStall = 0;
+    QElapsedTimer stallClock;
+    QTimer sampler;
+    sampler.setInterval(1);
+    QObject::connect(&sampler, &QTimer::timeout, [&] {
+        longestStall = std::max(longestStall, stallClock.nsecsElapsed() / 1e6);
+        stallClock.restart();
+    });
+
+    // The read completes when the screen stops showing that it is loading, right before the
+    // text is handed to the code editor.
+    QElapsedTimer sinceRead;
+    QObject::connect(&editor, &TPEditorVC::loadingChanged, &view, [&] {
+        if (!editor.loading())
+            sinceRead.start();
+    });
+    editor.loadViewIfNeeded();
+    editor.viewWillAppear();
+    while (!sinceRead.isValid())
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    Figures figures;
+    figures.openMs = untilNextFrame(&view, sinceRead);
+    if (editor.text().toUtf8() != script)
+        qFatal("the editor does not hold the file as read");
+
+    // Colouring and the first syntax check run while the stall sampler watches.
+    stallClock.start();
+    sampler.start();
+    QElapsedTimer settle;
+    settle.start();
+    while (settle.elapsed() < 1500)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+
+    textItem->forceActiveFocus();
+    textItem->setProperty("cursorPosition", textItem->property("length").toInt() / 2);
+    untilNextFrame(&view, settle);
+    std::vector<double> keystrokes;
+    for (int i = 0; i < kKeystrokes; ++i) {
+        QElapsedTimer sinceKey;
+        sinceKey.start();
+        QTest::keyClick(&view, i % 10 == 9 ? Qt::Key_Space : Qt::Key_A);
+        keystrokes.push_back(untilNextFrame(&view, sinceKey));
+    }
+    sampler.stop();
+    figures.keystrokeP95Ms = percentile95(keystrokes);
+    figures.longestStallMs = longestStall;
+    return figures;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    QStandardPaths::setTestModeEnabled(true);
+    QGuiApplication::setOrganizationName(QStringLiteral("TPCompanionBench"));
+    QGuiApplication::setApplicationName(QStringLiteral("tp-bench-editor"));
+    QQuickStyle::setStyle(QStringLiteral("Basic"));
+    QSettings().clear();
+
+    TPRecordingEngine engine;
+    if (!engine.startAsTheEngine())
+        qFatal("no loopback port for the engine");
+    TPPresenter presenter;
+    for (const int lines : {100, 10000}) {
+        const Figures figures = measure(lines, engine, presenter);
+        qInfo("editor lines=%d open_ms=%.1f keystroke_p95_ms=%.1f", lines, figures.openMs,
+              figures.keystrokeP95Ms);
+        qInfo("  detail lines=%d longest_event_loop_stall_while_colouring_and_typing_ms=%.1f",
+              lines, figures.longestStallMs);
+    }
+    return 0;
+}
