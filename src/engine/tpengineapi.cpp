@@ -325,8 +325,11 @@ void TPEngineAPI::readScript(const QString &path, TextCompletion completion)
                           completion(std::nullopt, error);
                       } else if (status == 200) {
                           // Bytes that are not UTF-8 read as an empty text, not as a failure.
+                          // A leading byte-order mark is part of the file and stays in the
+                          // text, so that saving gives it back.
                           QStringDecoder decoder(QStringDecoder::Utf8,
-                                                 QStringDecoder::Flag::Stateless);
+                                                 QStringDecoder::Flag::Stateless |
+                                                     QStringDecoder::Flag::ConvertInitialBom);
                           const QString text = decoder.decode(body.value_or(QByteArray()));
                           completion(decoder.hasError() ? QString() : text, std::nullopt);
                       } else {

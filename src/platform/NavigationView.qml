@@ -61,6 +61,7 @@ Item {
 
     StackView {
         id: pages
+        objectName: "pages"
         anchors { left: parent.left; right: parent.right; top: bar.bottom; bottom: parent.bottom }
 
         function pushController(index, animated) {

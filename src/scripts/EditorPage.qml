@@ -123,8 +123,10 @@ Item {
         objectName: "editorFlickable"
         anchors { left: gutterBackground.right; right: parent.right; top: findBar.bottom; bottom: messageBar.top }
         clip: true
-        contentWidth: editor.width
         contentHeight: editor.height
+        // Unwrapped, long lines run past the text item's width and the content scrolls sideways.
+        contentWidth: page.controller.wrap
+                      ? width : Math.max(editor.contentWidth + editor.leftPadding + editor.rightPadding, width)
         boundsBehavior: Flickable.StopAtBounds
         ScrollBar.vertical: ScrollBar {
             bottomPadding: page.controller.bottomInset
@@ -153,7 +155,7 @@ Item {
         TextEdit {
             id: editor
             objectName: "editor"
-            width: page.controller.wrap ? flick.width : Math.max(implicitWidth, flick.width)
+            width: flick.width
             height: Math.max(implicitHeight, flick.height)
             textFormat: TextEdit.PlainText
             wrapMode: page.controller.wrap ? TextEdit.WrapAtWordBoundaryOrAnywhere : TextEdit.NoWrap

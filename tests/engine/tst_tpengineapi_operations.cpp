@@ -304,6 +304,21 @@ private slots:
         QCOMPARE(orNone(outcome->result.text), QString::fromUtf8("-- Xin chào\ntap(1, 2)\n"));
     }
 
+    void readKeepsALeadingByteOrderMarkAndSaveSendsItBack()
+    {
+        const QByteArray withMark = "\xEF\xBB\xBFprint(1)\r\n";
+        m_engine->setDefaultAnswer(TPScriptedAnswer::ok(withMark));
+        const auto outcome = TPStartRead(QStringLiteral("a.lua"));
+        QTRY_COMPARE(outcome->calls, 1);
+        const QString text = orNone(outcome->result.text);
+        QCOMPARE(text.at(0), QChar(0xFEFF));
+        bool saved = false;
+        TPEngineAPI::saveScript(QStringLiteral("a.lua"), text,
+                                [&saved](const TPEngineAPI::Error &) { saved = true; });
+        QTRY_VERIFY(saved);
+        QCOMPARE(m_engine->requests().last().body, withMark);
+    }
+
     // ---- paths the URL check rejects, and reserved characters ----
 
     void pathOutsideUrlCharactersFailsEveryOperationWithoutTraffic_data()

@@ -1,0 +1,331 @@
+#include "tpeditorvc.h"
+#include "tplinegutter.h"
+#include "tpnavigationstack.h"
+#include "tpscreenfixture.h"
+#include "tpscriptslistvc.h"
+#include "tpsettingsstore.h"
+
+#include <QFontMetricsF>
+#include <QQuickItem>
+#include <QQuickStyle>
+#include <QQuickView>
+#include <QSignalSpy>
+#include <QTest>
+#include <QtQml/qqmlextensionplugin.h>
+
+Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
+
+namespace {
+
+QQuickItem *findItem(QQuickItem *root, const QString &name)
+{
+    if (root->objectName() == name)
+        return root;
+    for (QQuickItem *child : root->childItems()) {
+        if (QQuickItem *found = findItem(child, name))
+            return found;
+    }
+    return nullptr;
+}
+
+QPoint centreOf(QQuickItem *item)
+{
+    return item->mapToScene(QPointF(item->width() / 2, item->height() / 2)).toPoint();
+}
+
+} // namespace
+
+// The editor as a person uses it: its real view on the offscreen platform, the file read
+// from and saved to a recording engine on loopback.
+class TestEditorView : public QObject
+{
+    Q_OBJECT
+
+    TPScreenFixture m_fixture{"tst_editorview"};
+    std::unique_ptr<TPNavigationStack> m_stack;
+    std::unique_ptr<QQuickView> m_view;
+    TPEditorVC *m_editor = nullptr;
+
+    // Serves `content` for reads and 200 for every save.
+    void serve(const QByteArray &content, int delayMs = 0)
+    {
+        m_fixture.engine->setResponder([content, delayMs](const TPRecordedRequest &request) {
+            TPScriptedAnswer answer =
+                request.method == "GET" ? TPScriptedAnswer::ok(content) : TPScriptedAnswer::ok();
+            answer.delayMs = request.method == "GET" ? delayMs : 0;
+            return answer;
+        });
+    }
+
+    // The editor on `path`, in a navigation stack shown in a phone-sized window, with its
+    // file read.
+    bool open(const QString &path, bool waitForText = true)
+    {
+        m_stack = std::make_unique<TPNavigationStack>(new TPScriptsListVC(QString()),
+                                                      m_fixture.presenter.get());
+        m_view = std::make_unique<QQuickView>();
+        m_view->setInitialProperties({{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}});
+        m_view->setResizeMode(QQuickView::SizeRootObjectToView);
+        m_view->resize(390, 700);
+        m_view->setSource(QUrl(QStringLiteral("qrc:/TPCompanion/NavigationView.qml")));
+        if (!m_view->rootObject())
+            return false;
+        m_view->show();
+        if (!QTest::qWaitForWindowExposed(m_view.get()))
+            return false;
+        m_editor = new TPEditorVC(path);
+        m_stack->setVisible(true);
+        m_stack->pushViewController(m_editor);
+        // The page slides in; taps land where it comes to rest.
+        QQuickItem *pages = item(QStringLiteral("pages"));
+        if (!pages || !QTest::qWaitFor([pages] {
+                return pages->property("depth").toInt() == 2 && !pages->property("busy").toBool();
+            }))
+            return false;
+        return !waitForText || QTest::qWaitFor([this] { return !m_editor->loading(); });
+    }
+
+    QQuickItem *item(const QString &name) const { return findItem(m_view->rootObject(), name); }
+
+    void click(const QString &name)
+    {
+        QQuickItem *target = item(name);
+        QVERIFY2(target && target->isVisible(), qPrintable(name));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, centreOf(target));
+    }
+
+    // Puts the cursor at `position` of the text item and gives it the keyboard.
+    void placeCursor(int position)
+    {
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        editor->forceActiveFocus();
+        editor->setProperty("cursorPosition", position);
+    }
+
+    // Types ASCII text key by key into whatever has the keyboard.
+    void typeText(const QString &text)
+    {
+        for (const QChar c : text)
+            QTest::keyClick(m_view.get(), c.toLatin1());
+    }
+
+    int documentLength() const { return item(QStringLiteral("editor"))->property("length").toInt(); }
+
+    QByteArray saveAndTakeBody()
+    {
+        m_fixture.engine->clearRequests();
+        click(QStringLiteral("saveButton"));
+        if (!QTest::qWaitFor([this] { return !m_fixture.requestsTo(QStringLiteral("/script")).isEmpty(); }))
+            return "(no save)";
+        return m_fixture.requestsTo(QStringLiteral("/script")).first().body;
+    }
+
+private slots:
+    void initTestCase() { QQuickStyle::setStyle(QStringLiteral("Basic")); }
+    void init() { QVERIFY(m_fixture.setUp()); }
+    void cleanup()
+    {
+        m_view.reset();
+        m_stack.reset();
+    }
+
+    void openingAndSavingSendsBackTheBytesRead_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::newRow("crlf") << QByteArray("a = 1\r\nb = 2\r\n");
+        QTest::newRow("cr") << QByteArray("a = 1\rb = 2\r");
+        QTest::newRow("mixed endings") << QByteArray("a\r\nb\nc\rd\r\n\n\r");
+        QTest::newRow("no-break space") << QByteArray("s = \"a\xc2\xa0" "b\"\n");
+        QTest::newRow("line separator") << QByteArray("-- a\xe2\x80\xa8" "b\n");
+        QTest::newRow("paragraph separator") << QByteArray("-- a\xe2\x80\xa9" "b\n");
+        QTest::newRow("byte-order mark") << QByteArray("\xef\xbb\xbfprint(1)\n");
+        QTest::newRow("tabs") << QByteArray("if x then\n\tprint(1)\n\t\tend\n");
+        QTest::newRow("no final newline") << QByteArray("print(1)");
+        QByteArray big;
+        while (big.size() < 1024 * 1024)
+            big += "local v = \"\xc2\xa0\" -- \xe2\x80\xa8 tap(1, 2)\r\n\tsleep(5)\r";
+        QTest::newRow("1 MB") << big;
+    }
+
+    void openingAndSavingSendsBackTheBytesRead()
+    {
+        QFETCH(QByteArray, file);
+        serve(file);
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QTRY_VERIFY(documentLength() > 0);
+        QCOMPARE(saveAndTakeBody(), file);
+    }
+
+    void oneCharacterTypedAtTheEndOfACrlfFileIsAllThatChanges()
+    {
+        const QByteArray file = "a = 1\r\nb = 2\r\n";
+        serve(file);
+        QVERIFY(open(QStringLiteral("a.lua")));
+        placeCursor(documentLength());
+        QTest::keyClick(m_view.get(), Qt::Key_X);
+        QCOMPARE(saveAndTakeBody(), file + "x");
+    }
+
+    void enterTypesTheFileLineEndingAndIndentation()
+    {
+        serve("for i = 1, 3 do\r\n    tap(i, i)\r\nend\r\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        placeCursor(15); // after "do"
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        typeText(QStringLiteral("print(i"));
+        QCOMPARE(saveAndTakeBody(),
+                 QByteArray("for i = 1, 3 do\r\n    print(i)\r\n    tap(i, i)\r\nend\r\n"));
+    }
+
+    void closingCharacterTypesOverTheAutomaticOne()
+    {
+        serve("");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        placeCursor(0);
+        typeText(QStringLiteral("f(\"a\")"));
+        QCOMPARE(m_editor->text(), QStringLiteral("f(\"a\")"));
+    }
+
+    void linesWrapByDefaultAndTheToggleIsRemembered()
+    {
+        serve("x = 1\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        QVERIFY(editor->property("wrapMode").toInt() != 0);
+        click(QStringLiteral("wrapButton"));
+        QTRY_COMPARE(editor->property("wrapMode").toInt(), 0);
+        QCOMPARE(QSettings().value(QLatin1String(TPEditorVC::WrapKey)).toBool(), false);
+        QVERIFY(!TPEditorVC(QStringLiteral("b.lua")).wrap());
+        // The app's own key is never part of the engine's settings document.
+        QVERIFY(!TPSettingsStore::settingsDocument().contains(QLatin1String(TPEditorVC::WrapKey)));
+        QVERIFY(!QByteArray(TPEditorVC::WrapKey).isEmpty());
+        QVERIFY(QByteArray(TPEditorVC::WrapKey).startsWith("tp_"));
+    }
+
+    void gutterNumbersStayOnTheirLinesWithAndWithoutWrap()
+    {
+        serve("-- " + QByteArray(300, 'w') + "\nsecond = 2\nthird = 3\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        auto *gutter = qobject_cast<TPLineGutter *>(item(QStringLiteral("gutter")));
+        QVERIFY(gutter);
+        QTRY_COMPARE(gutter->visibleNumbers().value(1).first, 2);
+        const qreal rowHeight = QFontMetricsF(m_editor->font()).height();
+        const auto wrapped = gutter->visibleNumbers();
+        // The long first line takes several rows, so line 2 starts well below row 2.
+        QVERIFY(wrapped.at(1).second - wrapped.at(0).second > 2.5 * rowHeight);
+        click(QStringLiteral("wrapButton"));
+        QTRY_VERIFY(gutter->visibleNumbers().value(1).second - gutter->visibleNumbers().value(0).second <
+                    1.5 * rowHeight);
+        QCOMPARE(gutter->visibleNumbers().value(2).first, 3);
+    }
+
+    void aSyntaxErrorIsMarkedInTheGutterWithItsMessage()
+    {
+        serve("for i = 1, 3 do\n  tap(i, i)\n");
+        QVERIFY(open(QStringLiteral("bad.lua")));
+        auto *gutter = qobject_cast<TPLineGutter *>(item(QStringLiteral("gutter")));
+        QTRY_COMPARE_WITH_TIMEOUT(gutter->property("errorLine").toInt(), 3, 5000);
+        QQuickItem *message = item(QStringLiteral("syntaxMessage"));
+        QVERIFY(message->isVisible());
+        QCOMPARE(message->property("text").toString(),
+                 QStringLiteral("bad.lua:3: 'end' expected (to close 'for' at line 1) near <eof>"));
+        // Information only: Save still sends the text as it is.
+        QCOMPARE(saveAndTakeBody(), QByteArray("for i = 1, 3 do\n  tap(i, i)\n"));
+    }
+
+    void validCodeShowsNoMarkAndNoMessage()
+    {
+        serve("print(1)\n");
+        QVERIFY(open(QStringLiteral("good.lua")));
+        QSignalSpy checked(m_editor->code(), &TPCodeEditor::syntaxChecked);
+        QVERIFY(checked.wait(5000));
+        QCOMPARE(item(QStringLiteral("gutter"))->property("errorLine").toInt(), 0);
+        QVERIFY(!item(QStringLiteral("syntaxMessage"))->isVisible());
+    }
+
+    void theSymbolRowShowsWithTheKeyboardAndTypesAtTheCursor()
+    {
+        serve("x 1\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QVERIFY(!item(QStringLiteral("symbolRow"))->isVisible());
+        m_editor->keyboardWillChangeFrame(QRectF(0, 400, 390, 300), 700);
+        QTRY_VERIFY(item(QStringLiteral("symbolRow"))->isVisible());
+        placeCursor(2);
+        click(QStringLiteral("symbolKey_="));
+        QCOMPARE(m_editor->text(), QStringLiteral("x =1\n"));
+        m_editor->keyboardWillHide();
+        QTRY_VERIFY(!item(QStringLiteral("symbolRow"))->isVisible());
+    }
+
+    void undoAndRedoButtonsTakeBackAndRedoTyping()
+    {
+        serve("a\r\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QVERIFY(!item(QStringLiteral("undoButton"))->isEnabled());
+        placeCursor(1);
+        typeText(QStringLiteral("bc"));
+        QCOMPARE(m_editor->text(), QStringLiteral("abc\r\n"));
+        click(QStringLiteral("undoButton"));
+        QCOMPARE(m_editor->text(), QStringLiteral("a\r\n"));
+        click(QStringLiteral("redoButton"));
+        QCOMPARE(m_editor->text(), QStringLiteral("abc\r\n"));
+    }
+
+    void findBarFindsCountsAndReplaces()
+    {
+        serve("tap(1, 1)\r\ntap(2, 2)\r\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QVERIFY(!item(QStringLiteral("findBar"))->isVisible());
+        click(QStringLiteral("findButton"));
+        QTRY_VERIFY(item(QStringLiteral("findBar"))->isVisible());
+        click(QStringLiteral("findField"));
+        typeText(QStringLiteral("tap"));
+        QTRY_COMPARE(item(QStringLiteral("matchCount"))->property("text").toString(),
+                     QStringLiteral("0/2"));
+        click(QStringLiteral("findNext"));
+        QTRY_COMPARE(item(QStringLiteral("matchCount"))->property("text").toString(),
+                     QStringLiteral("1/2"));
+        click(QStringLiteral("replaceField"));
+        typeText(QStringLiteral("touch"));
+        click(QStringLiteral("replaceAll"));
+        QCOMPARE(saveAndTakeBody(), QByteArray("touch(1, 1)\r\ntouch(2, 2)\r\n"));
+    }
+
+    void goToLineMovesTheCursor()
+    {
+        serve("a\nb\nc\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        click(QStringLiteral("findButton"));
+        click(QStringLiteral("goToLineField"));
+        typeText(QStringLiteral("3"));
+        click(QStringLiteral("goToLine"));
+        QTRY_COMPARE(item(QStringLiteral("editor"))->property("cursorPosition").toInt(), 4);
+    }
+
+    void aDotShowsBesideTheTitleWhileChangesAreUnsaved()
+    {
+        serve("a\n");
+        QVERIFY(open(QStringLiteral("dir/a.lua")));
+        QQuickItem *mark = item(QStringLiteral("unsavedMark"));
+        QVERIFY(!mark->isVisible());
+        placeCursor(0);
+        QTest::keyClick(m_view.get(), Qt::Key_B);
+        QTRY_VERIFY(mark->isVisible());
+        QCOMPARE(item(QStringLiteral("navigationTitle"))->property("text").toString(),
+                 QStringLiteral("a.lua"));
+        saveAndTakeBody();
+        QTRY_VERIFY(!mark->isVisible());
+    }
+
+    void anIndicatorShowsWhileTheFileIsRead()
+    {
+        serve("print(1)\n", 600);
+        QVERIFY(open(QStringLiteral("a.lua"), false));
+        QTRY_VERIFY(item(QStringLiteral("loadingIndicator"))->isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(!item(QStringLiteral("loadingIndicator"))->isVisible(), 5000);
+        QCOMPARE(m_editor->text(), QStringLiteral("print(1)\n"));
+    }
+};
+
+QTEST_MAIN(TestEditorView)
+#include "tst_editorview.moc"
