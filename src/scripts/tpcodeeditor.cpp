@@ -63,6 +63,18 @@ void TPCodeEditor::attachView(QQuickItem *textItem)
         return;
     textItem->installEventFilter(this);
     attachDocument(quickDocument->textDocument(), textItem);
+    // A Qt Quick text item (Qt 6.4) lays its document out again when its wrapping changes,
+    // but tells nothing to the part that draws it, which keeps the lines as they were.
+    connect(textItem, SIGNAL(wrapModeChanged()), this, SLOT(redrawText()));
+}
+
+void TPCodeEditor::redrawText()
+{
+    const auto [anchor, cursor] = selection();
+    if (m_highlighter)
+        m_highlighter->colourFromTop();
+    m_binding.reload(TPEditorTextBinding::Reload::Redraw);
+    select(anchor, cursor);
 }
 
 void TPCodeEditor::attachDocument(QTextDocument *document, QObject *textItem)

@@ -102,6 +102,9 @@ signals:
     // The view should bring the cursor into sight.
     void cursorMoved();
 
+private slots:
+    void redrawText();
+
 private:
     void onDocumentEdited(const TPTextEdit &edit);
     void afterChange();

@@ -45,11 +45,14 @@ void TPEditorTextBinding::bind(QTextDocument *document, QObject *textItem)
     reload();
 }
 
-void TPEditorTextBinding::reload()
+void TPEditorTextBinding::reload(Reload why)
 {
     if (!m_document)
         return;
     ApplyingScope applying(m_applying);
+    // A text item ignores being given the text it holds.
+    if (m_textItem && why == Reload::Redraw)
+        m_textItem->setProperty("text", QString());
     if (m_textItem)
         m_textItem->setProperty("text", m_text->documentText());
     else

@@ -27,8 +27,12 @@ public:
     // rebuilds far more of its scene on every later keystroke.
     void bind(QTextDocument *document, QObject *textItem = nullptr);
     QTextDocument *document() const { return m_document; }
-    // Shows the whole text again, after it was replaced in code.
-    void reload();
+    enum class Reload {
+        Changed, // the text was replaced in code
+        Redraw,  // the same text, drawn anew from scratch
+    };
+    // Shows the whole text again.
+    void reload(Reload why = Reload::Changed);
 
     // Applies changes to the text and the document together; returns them as made.
     QList<TPTextEdit> apply(const QList<TPTextEdit> &edits);

@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QSet>
 #include <QTextBlock>
+#include <QTextCursor>
 #include <QTextDocument>
 
 namespace {
@@ -104,8 +105,14 @@ void TPLuaHighlighter::colourNextSlice()
         block = block.next();
     }
     m_nextLine = m_colouredThrough + 1;
-    if (to > from)
+    if (to > from) {
+        // Inside an edit block the document also reports the change, as it does for the
+        // highlighter's own re-colouring, so that a view of it redraws the lines.
+        QTextCursor edit(doc);
+        edit.beginEditBlock();
         doc->markContentsDirty(from, to - from);
+        edit.endEditBlock();
+    }
     // Most of a slice's cost is the layout of its lines, which depends on the font and the
     // width: the next slice takes as many lines as fit in the time.
     const qint64 spent = std::max<qint64>(slice.elapsed(), 1);

@@ -219,6 +219,28 @@ private slots:
         QCOMPARE(gutter->visibleNumbers().value(2).first, 3);
     }
 
+    void turningWrapOffRedrawsTheLines()
+    {
+        serve("-- " + QByteArray(300, 'w') + "\nx\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        const qreal rowHeight = QFontMetricsF(m_editor->font()).height();
+        // The third row of the text: wrapped, the long first line still fills it.
+        const auto inkOnThirdRow = [&] {
+            const QImage shot = m_view->grabWindow();
+            const QPointF origin = editor->mapToScene(
+                QPointF(editor->property("leftPadding").toReal(),
+                        editor->property("topPadding").toReal() + 2.5 * rowHeight));
+            int dark = 0;
+            for (int x = int(origin.x()) + 20; x < shot.width() - 10; ++x)
+                dark += qGray(shot.pixel(x, int(origin.y()))) < 128 ? 1 : 0;
+            return dark;
+        };
+        QTRY_VERIFY(inkOnThirdRow() > 0);
+        click(QStringLiteral("wrapButton"));
+        QTRY_COMPARE(inkOnThirdRow(), 0);
+    }
+
     void aSyntaxErrorIsMarkedInTheGutterWithItsMessage()
     {
         serve("for i = 1, 3 do\n  tap(i, i)\n");
