@@ -206,6 +206,19 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
     presenter->current()->triggerAction(0);
     scriptsStack->popViewController();
 
+    scripts->didSelectRow(rowOfPath(scripts, QStringLiteral("tools")));
+    auto *tools = qobject_cast<TPScriptsListVC *>(scriptsStack->topViewController());
+    if (!tools || !waitFor([&] { return rowOfPath(tools, QStringLiteral("tools/broken.lua")) >= 0; }))
+        return fail("the tools folder did not open");
+    tools->didSelectRow(rowOfPath(tools, QStringLiteral("tools/broken.lua")));
+    auto *broken = qobject_cast<TPEditorVC *>(scriptsStack->topViewController());
+    if (!broken || !waitFor([&] { return broken->code()->syntaxErrorLine() > 0; }))
+        return fail("the editor marked no syntax error in tools/broken.lua");
+    if (!stop("editor-syntax-error"))
+        return false;
+    scriptsStack->popViewController();
+    scriptsStack->popViewController();
+
     tabs->setSelectedIndex(1);
     if (!stop("store"))
         return false;
