@@ -93,8 +93,10 @@ void TPCodeEditor::setSyntaxColors(const QVariantMap &colors)
     if (!m_highlighter)
         return;
     const std::pair<const char *, TPLuaHighlighter::Token> names[] = {
-        {"keyword", TPLuaHighlighter::Keyword}, {"string", TPLuaHighlighter::String},
-        {"comment", TPLuaHighlighter::Comment}, {"number", TPLuaHighlighter::Number},
+        {"keyword", TPLuaHighlighter::Keyword},
+        {"string", TPLuaHighlighter::String},
+        {"comment", TPLuaHighlighter::Comment},
+        {"number", TPLuaHighlighter::Number},
         {"function", TPLuaHighlighter::FunctionName}};
     for (const auto &[name, token] : names) {
         const QVariant color = colors.value(QLatin1String(name));
@@ -201,8 +203,8 @@ void TPCodeEditor::pressSymbolKey(const QString &key)
 {
     if (key == kTabKey) {
         const auto [anchor, cursor] = selection();
-        applyStep({{std::min(anchor, cursor), m_text.text().mid(std::min(anchor, cursor),
-                                                                std::abs(cursor - anchor)),
+        applyStep({{std::min(anchor, cursor),
+                    m_text.text().mid(std::min(anchor, cursor), std::abs(cursor - anchor)),
                     m_indentUnit}});
     } else if (key == kIndentKey) {
         indent();

@@ -43,7 +43,6 @@ public:
 
     // The whole text, as set or as edited since.
     const QString &text() const { return m_text.text(); }
-    const TPScriptText &scriptText() const { return m_text; }
     // Replaces the whole text (a file was read): the history starts afresh.
     void setText(const QString &text);
     // Counts every change; the screen compares it to the count of its last save.
@@ -55,7 +54,6 @@ public:
     // of a view's text item.
     void attachDocument(QTextDocument *document, QObject *textItem = nullptr);
     QTextDocument *document() const { return m_binding.document(); }
-    TPLuaHighlighter *highlighter() const { return m_highlighter; }
 
     // The colour of each kind of token: "keyword", "string", "comment", "number", "function".
     Q_INVOKABLE void setSyntaxColors(const QVariantMap &colors);

@@ -113,8 +113,8 @@ std::optional<Action> typed(const TPScriptText &text, qsizetype anchor, qsizetyp
     if (closer.isNull())
         return std::nullopt;
     // Pair only where nothing is glued on the right, and quotes not after a word or escape.
-    const bool freeRight = next.isNull() || next.isSpace() || kClosers.contains(next) ||
-                           next == u',' || next == u';';
+    const bool freeRight =
+        next.isNull() || next.isSpace() || kClosers.contains(next) || next == u',' || next == u';';
     const QChar previous = charAt(all, cursor - 1);
     const bool quote = character == u'"' || character == u'\'';
     if (!freeRight || (quote && (previous.isLetterOrNumber() || previous == u'\\' ||

@@ -27,7 +27,8 @@ void TPEditHistory::record(const Step &step, bool typed)
     // A run goes on only from a single typed change within one line.
     const TPTextEdit &only = applied.first();
     m_runOpen = typed && applied.size() == 1 && !holdsLineBreak(only.inserted) &&
-                !holdsLineBreak(only.removed) && (only.removed.isEmpty() || only.inserted.isEmpty());
+                !holdsLineBreak(only.removed) &&
+                (only.removed.isEmpty() || only.inserted.isEmpty());
 }
 
 bool TPEditHistory::extendRun(const TPTextEdit &edit)

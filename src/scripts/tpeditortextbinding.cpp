@@ -26,8 +26,7 @@ private:
 
 TPEditorTextBinding::TPEditorTextBinding(TPScriptText *text, QObject *parent)
     : QObject(parent), m_text(text)
-{
-}
+{}
 
 void TPEditorTextBinding::bind(QTextDocument *document, QObject *textItem)
 {
@@ -144,9 +143,8 @@ void TPEditorTextBinding::onContentsChange(int position, int removed, int added)
     cursor.setPosition(position);
     cursor.setPosition(std::min(position + added, m_document->characterCount() - 1),
                        QTextCursor::KeepAnchor);
-    const TPTextEdit edit = m_text->applyDocumentChange(block.blockNumber(),
-                                                       position - block.position(), removed,
-                                                       cursor.selectedText());
+    const TPTextEdit edit = m_text->applyDocumentChange(
+        block.blockNumber(), position - block.position(), removed, cursor.selectedText());
     if (!edit.isNull())
         emit documentEdited(edit);
 }

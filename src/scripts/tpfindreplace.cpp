@@ -65,8 +65,8 @@ void TPFindReplace::setCaseSensitive(bool on)
 void TPFindReplace::recount()
 {
     m_recountDelay.stop();
-    QRegularExpression::PatternOptions options = QRegularExpression::MultilineOption |
-                                                 QRegularExpression::UseUnicodePropertiesOption;
+    QRegularExpression::PatternOptions options =
+        QRegularExpression::MultilineOption | QRegularExpression::UseUnicodePropertiesOption;
     if (!m_caseSensitive)
         options |= QRegularExpression::CaseInsensitiveOption;
     m_expression = QRegularExpression(
@@ -183,7 +183,8 @@ void TPFindReplace::replaceAll()
     // From the last match back, so that each offset is still right when its turn comes.
     for (auto it = m_matches.crbegin(); it != m_matches.crend(); ++it) {
         const auto [offset, length] = *it;
-        edits.append({offset, m_editor->text().mid(offset, length), replacementFor(offset, length)});
+        edits.append(
+            {offset, m_editor->text().mid(offset, length), replacementFor(offset, length)});
     }
     m_editor->applyStep(edits);
     recount();

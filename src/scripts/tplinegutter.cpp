@@ -46,8 +46,7 @@ void TPLineGutter::setTextItem(QQuickItem *item)
         });
         connect(m_textItem, SIGNAL(cursorPositionChanged()), this, SLOT(update()));
         connect(m_textItem, &QQuickItem::widthChanged, this, [this] { update(); });
-        connect(m_textItem, SIGNAL(cursorPositionChanged()), this,
-                SIGNAL(geometryInputsChanged()));
+        connect(m_textItem, SIGNAL(cursorPositionChanged()), this, SIGNAL(geometryInputsChanged()));
     }
     updateWidth();
     emit textItemChanged();
@@ -70,8 +69,8 @@ void TPLineGutter::updateWidth()
         return;
     m_digits = std::max(digits, 2);
     const QFontMetricsF metrics(m_font);
-    setImplicitWidth(std::ceil(metrics.horizontalAdvance(QString(m_digits, u'9')) +
-                               2 * kSidePadding));
+    setImplicitWidth(
+        std::ceil(metrics.horizontalAdvance(QString(m_digits, u'9')) + 2 * kSidePadding));
 }
 
 void TPLineGutter::updateCurrentLine()

@@ -122,7 +122,7 @@ void TPLuaHighlighter::colourNextSlice()
 }
 
 QList<TPLuaHighlighter::Span> TPLuaHighlighter::tokenize(const QString &text, int previousState,
-                                                        int *endState)
+                                                         int *endState)
 {
     QList<Span> spans;
     *endState = 0;

@@ -44,8 +44,8 @@ qsizetype TPScriptText::lineEnd(int line) const
     if (line + 1 >= lineCount())
         return m_text.size();
     const qsizetype next = lineStart(line + 1);
-    const bool crlf = next - 2 >= lineStart(line) && m_text.at(next - 1) == u'\n' &&
-                      m_text.at(next - 2) == u'\r';
+    const bool crlf =
+        next - 2 >= lineStart(line) && m_text.at(next - 1) == u'\n' && m_text.at(next - 2) == u'\r';
     return next - (crlf ? 2 : 1);
 }
 
@@ -63,8 +63,8 @@ int TPScriptText::lineAt(qsizetype offset) const
 QString TPScriptText::countDominantLineEnding() const
 {
     // In order of preference when counts tie.
-    const std::array<QString, 6> endings = {QStringLiteral("\n"),      QStringLiteral("\r\n"),
-                                            QStringLiteral("\r"),      QString(QChar(0x2029)),
+    const std::array<QString, 6> endings = {QStringLiteral("\n"),   QStringLiteral("\r\n"),
+                                            QStringLiteral("\r"),   QString(QChar(0x2029)),
                                             QString(QChar(0xFDD0)), QString(QChar(0xFDD1))};
     std::array<int, 6> counts{};
     for (int line = 0; line + 1 < lineCount(); ++line) {
@@ -114,8 +114,7 @@ void TPScriptText::rebuildLines(int firstLine, qsizetype oldEnd, qsizetype delta
     m_lineStarts.insert(at, found.begin(), found.end());
 }
 
-TPTextEdit TPScriptText::widened(qsizetype offset, qsizetype length,
-                                 const QString &inserted) const
+TPTextEdit TPScriptText::widened(qsizetype offset, qsizetype length, const QString &inserted) const
 {
     offset = std::clamp<qsizetype>(offset, 0, m_text.size());
     length = std::clamp<qsizetype>(length, 0, m_text.size() - offset);
@@ -190,7 +189,8 @@ QString TPScriptText::exactInsertion(const QString &documentText, const QStringL
         QString ending = reuse ? removedBreaks.at(breakIndex) : dominant;
         ++breakIndex;
         // An LF straight after a lone CR would join it into one line break.
-        const QChar before = exact.isEmpty() ? (at > 0 ? m_text.at(at - 1) : QChar()) : exact.back();
+        const QChar before =
+            exact.isEmpty() ? (at > 0 ? m_text.at(at - 1) : QChar()) : exact.back();
         if (ending.startsWith(u'\n') && before == u'\r')
             ending = QStringLiteral("\r\n");
         exact.append(ending);
@@ -246,9 +246,10 @@ TPTextEdit TPScriptText::applyDocumentChange(int line, int column, qsizetype rem
                                        removedBreaks, from, to);
     // A lone CR left right before an LF (the text between them was removed) would join them:
     // the LF becomes a CR LF, which keeps the two lines the document shows.
-    const QChar before = insertion.isEmpty() ? (from > 0 ? m_text.at(from - 1) : QChar())
-                                             : insertion.back();
-    if (before == u'\r' && to < m_text.size() && m_text.at(to) == u'\n' && !insertion.endsWith(u'\n')) {
+    const QChar before =
+        insertion.isEmpty() ? (from > 0 ? m_text.at(from - 1) : QChar()) : insertion.back();
+    if (before == u'\r' && to < m_text.size() && m_text.at(to) == u'\n' &&
+        !insertion.endsWith(u'\n')) {
         insertion.append(QStringLiteral("\r\n"));
         ++to;
     }

@@ -44,7 +44,6 @@ public:
 
     // The text as the document holds it: every line break is one U+2029.
     QString documentText() const;
-    static bool isDocumentBreak(QChar unit) { return unit == QChar::ParagraphSeparator; }
 
     // Replaces `length` characters at `offset` with `inserted`. A range that would split a
     // CR LF pair is widened to hold the whole pair, so the document's lines and these lines

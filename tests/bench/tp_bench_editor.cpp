@@ -32,14 +32,10 @@ constexpr int kKeystrokes = 200;
 QByteArray luaScript(int lines)
 {
     static const char *const shapes[] = {
-        "-- step %1: tap the next button\n",
-        "local x%1, y%1 = 540, 960 + %1\n",
-        "for i = 1, 3 do tap(x%1, y%1) end\n",
-        "function step%1(n) return n * 2 end\n",
-        "if step%1(%1) > 10 then sleep(200) end\n",
-        "print(\"done with row \" .. %1)\n",
-        "local t%1 = { name = \"row\", n = %1 }\n",
-        "--[[ note %1 ]] sleep(%1 % 50)\n",
+        "-- step %1: tap the next button\n",        "local x%1, y%1 = 540, 960 + %1\n",
+        "for i = 1, 3 do tap(x%1, y%1) end\n",      "function step%1(n) return n * 2 end\n",
+        "if step%1(%1) > 10 then sleep(200) end\n", "print(\"done with row \" .. %1)\n",
+        "local t%1 = { name = \"row\", n = %1 }\n", "--[[ note %1 ]] sleep(%1 % 50)\n",
     };
     QByteArray script;
     for (int line = 0; line < lines; ++line)
@@ -78,7 +74,8 @@ struct Figures
 Figures measure(int lines, TPRecordingEngine &engine, TPPresenter &presenter)
 {
     const QByteArray script = luaScript(lines);
-    engine.setResponder([&script](const TPRecordedRequest &) { return TPScriptedAnswer::ok(script); });
+    engine.setResponder(
+        [&script](const TPRecordedRequest &) { return TPScriptedAnswer::ok(script); });
 
     TPEditorVC editor(QStringLiteral("bench/main.lua"));
     editor.setPresenter(&presenter);

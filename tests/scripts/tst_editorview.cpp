@@ -64,7 +64,8 @@ class TestEditorView : public QObject
         m_stack = std::make_unique<TPNavigationStack>(new TPScriptsListVC(QString()),
                                                       m_fixture.presenter.get());
         m_view = std::make_unique<QQuickView>();
-        m_view->setInitialProperties({{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}});
+        m_view->setInitialProperties(
+            {{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}});
         m_view->setResizeMode(QQuickView::SizeRootObjectToView);
         m_view->resize(390, 700);
         m_view->setSource(QUrl(QStringLiteral("qrc:/TPCompanion/NavigationView.qml")));
@@ -109,13 +110,17 @@ class TestEditorView : public QObject
             QTest::keyClick(m_view.get(), c.toLatin1());
     }
 
-    int documentLength() const { return item(QStringLiteral("editor"))->property("length").toInt(); }
+    int documentLength() const
+    {
+        return item(QStringLiteral("editor"))->property("length").toInt();
+    }
 
     QByteArray saveAndTakeBody()
     {
         m_fixture.engine->clearRequests();
         click(QStringLiteral("saveButton"));
-        if (!QTest::qWaitFor([this] { return !m_fixture.requestsTo(QStringLiteral("/script")).isEmpty(); }))
+        if (!QTest::qWaitFor(
+                [this] { return !m_fixture.requestsTo(QStringLiteral("/script")).isEmpty(); }))
             return "(no save)";
         return m_fixture.requestsTo(QStringLiteral("/script")).first().body;
     }
@@ -135,9 +140,12 @@ private slots:
         QTest::newRow("crlf") << QByteArray("a = 1\r\nb = 2\r\n");
         QTest::newRow("cr") << QByteArray("a = 1\rb = 2\r");
         QTest::newRow("mixed endings") << QByteArray("a\r\nb\nc\rd\r\n\n\r");
-        QTest::newRow("no-break space") << QByteArray("s = \"a\xc2\xa0" "b\"\n");
-        QTest::newRow("line separator") << QByteArray("-- a\xe2\x80\xa8" "b\n");
-        QTest::newRow("paragraph separator") << QByteArray("-- a\xe2\x80\xa9" "b\n");
+        QTest::newRow("no-break space") << QByteArray("s = \"a\xc2\xa0"
+                                                      "b\"\n");
+        QTest::newRow("line separator") << QByteArray("-- a\xe2\x80\xa8"
+                                                      "b\n");
+        QTest::newRow("paragraph separator") << QByteArray("-- a\xe2\x80\xa9"
+                                                           "b\n");
         QTest::newRow("byte-order mark") << QByteArray("\xef\xbb\xbfprint(1)\n");
         QTest::newRow("tabs") << QByteArray("if x then\n\tprint(1)\n\t\tend\n");
         QTest::newRow("no final newline") << QByteArray("print(1)");
@@ -214,7 +222,8 @@ private slots:
         // The long first line takes several rows, so line 2 starts well below row 2.
         QVERIFY(wrapped.at(1).second - wrapped.at(0).second > 2.5 * rowHeight);
         click(QStringLiteral("wrapButton"));
-        QTRY_VERIFY(gutter->visibleNumbers().value(1).second - gutter->visibleNumbers().value(0).second <
+        QTRY_VERIFY(gutter->visibleNumbers().value(1).second -
+                        gutter->visibleNumbers().value(0).second <
                     1.5 * rowHeight);
         QCOMPARE(gutter->visibleNumbers().value(2).first, 3);
     }

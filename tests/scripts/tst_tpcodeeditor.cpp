@@ -82,9 +82,9 @@ private slots:
     {
         TPCodeEditor editor(QStringLiteral("a.lua"));
         const QStringList keys = editor.symbolKeys();
-        for (const char *key : {"(", ")", "[", "]", "{", "}", "\"", "'", "=", ".", ",", ":",
-                                ";", "#", "-", "+", "*", "/", "<", ">", "~", "_", "Tab",
-                                "Indent", "Outdent"})
+        for (const char *key :
+             {"(", ")", "[", "]", "{", "}", "\"", "'", "=", ".",   ",",      ":",      ";",
+              "#", "-", "+", "*", "/", "<", ">",  "~", "_", "Tab", "Indent", "Outdent"})
             QVERIFY2(keys.contains(QLatin1String(key)), key);
     }
 

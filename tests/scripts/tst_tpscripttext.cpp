@@ -37,8 +37,12 @@ private slots:
         QTest::newRow("cr") << u("a\rb\r");
         QTest::newRow("mixed") << u("a\r\nb\nc\rd");
         QTest::newRow("cr then crlf") << u("i\r\r\nj");
-        QTest::newRow("separators") << u("a\u2029b\u2028c\xef\xb7\x90" "d\xef\xb7\x91" "e");
-        QTest::newRow("nbsp bom tab") << u("\xef\xbb\xbf" "a\xc2\xa0" "b\t");
+        QTest::newRow("separators") << u("a\u2029b\u2028c\xef\xb7\x90"
+                                         "d\xef\xb7\x91"
+                                         "e");
+        QTest::newRow("nbsp bom tab") << u("\xef\xbb\xbf"
+                                           "a\xc2\xa0"
+                                           "b\t");
         QTest::newRow("empty") << QString();
         QTest::newRow("only breaks") << u("\n\r\n\r\r");
     }
@@ -71,7 +75,8 @@ private slots:
     void aChangeOfFormattingAloneChangesNothing()
     {
         TPScriptText script;
-        script.setText(u("a\r\nb\xc2\xa0" "c\u2028d\re"));
+        script.setText(u("a\r\nb\xc2\xa0"
+                         "c\u2028d\re"));
         const QString before = script.text();
         // The document reports a formatting change as its whole range removed and added.
         const TPTextEdit edit = script.applyDocumentChange(0, 0, 9, script.documentText());
@@ -141,7 +146,8 @@ private slots:
     void undoingAChangeGivesBackTheSameBytes()
     {
         TPScriptText script;
-        const QString original = u("\xef\xbb\xbf" "a\r\nb\u2028\xc2\xa0\rc");
+        const QString original = u("\xef\xbb\xbf"
+                                   "a\r\nb\u2028\xc2\xa0\rc");
         script.setText(original);
         const TPTextEdit edit = script.applyDocumentChange(0, 0, 6, u("zz"));
         script.apply(edit.inverted());
@@ -153,8 +159,9 @@ private slots:
     void randomDocumentEditsKeepTextAndDocumentInStep()
     {
         QRandomGenerator random(20261122);
-        const QStringList pieces = {u("\r\n"), u("\r"),      u("\n"), u("\u2029"), u("\u2028"),
-                                    u("\xc2\xa0"), u("\t"), u("x"),  u("y z"),     u("\xef\xbb\xbf")};
+        const QStringList pieces = {u("\r\n"),   u("\r"),          u("\n"), u("\u2029"),
+                                    u("\u2028"), u("\xc2\xa0"),    u("\t"), u("x"),
+                                    u("y z"),    u("\xef\xbb\xbf")};
         for (int round = 0; round < 60; ++round) {
             QString start;
             for (int i = 0; i < 30; ++i)

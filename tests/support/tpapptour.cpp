@@ -208,7 +208,8 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
 
     scripts->didSelectRow(rowOfPath(scripts, QStringLiteral("tools")));
     auto *tools = qobject_cast<TPScriptsListVC *>(scriptsStack->topViewController());
-    if (!tools || !waitFor([&] { return rowOfPath(tools, QStringLiteral("tools/broken.lua")) >= 0; }))
+    if (!tools ||
+        !waitFor([&] { return rowOfPath(tools, QStringLiteral("tools/broken.lua")) >= 0; }))
         return fail("the tools folder did not open");
     tools->didSelectRow(rowOfPath(tools, QStringLiteral("tools/broken.lua")));
     auto *broken = qobject_cast<TPEditorVC *>(scriptsStack->topViewController());
