@@ -338,6 +338,11 @@ void TPEngineAPI::readScript(const QString &path, TextCompletion completion)
                   });
 }
 
+bool TPEngineAPI::canCarryPath(const QString &path)
+{
+    return strictUrl(baseAddress() + QStringLiteral("/script?") + nameQuery(path)).has_value();
+}
+
 void TPEngineAPI::saveScript(const QString &path, const QString &content, Completion completion)
 {
     // Text that cannot be encoded (a lone surrogate) empties the file rather than failing.

@@ -51,6 +51,9 @@ public:
     static void createFolder(const QString &path, Completion completion);
     static void runFile(const QString &path, Completion completion);
     static void renameScript(const QString &from, const QString &to, Completion completion);
+    // Whether a relative path can travel in the engine's URL as it is. A path that cannot
+    // (a space, a non-ASCII letter) fails every operation before anything is sent.
+    static bool canCarryPath(const QString &path);
     // Fire and forget: nothing is sent when the dictionary cannot be written as JSON.
     static void postSettings(const QVariantMap &settings);
 

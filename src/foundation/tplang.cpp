@@ -89,6 +89,12 @@ constexpr TPLangRow kExtraRows[] = {
     {"key_tab", "Tab", "Tab"},
     {"key_indent", "Thụt vào", "Indent"},
     {"key_outdent", "Thụt ra", "Outdent"},
+    {"list_search", "Tìm theo tên", "Search by name"},
+    {"list_refresh", "Làm mới", "Refresh"},
+    {"list_add", "Thêm", "Add"},
+    {"row_more", "Tuỳ chọn khác", "More actions"},
+    {"row_unreachable", "Tên có dấu cách hoặc chữ có dấu: engine không mở được qua địa chỉ",
+     "Name has a space or accented letter: the engine cannot open it by address"},
 };
 
 template <size_t N>

@@ -7,11 +7,19 @@ import TPCompanion
 Item {
     id: host
     required property TPPresenter presenter
-    readonly property TPAlertController alert: presenter.current
+    readonly property TPAlertController alert: presenter ? presenter.current : null
+    readonly property bool popover: presenter !== null && presenter.currentIsPopover
     readonly property bool isSheet: alert !== null && alert.preferredStyle === TPAlertController.ActionSheet
     anchors.fill: parent
     visible: alert !== null
     z: 100
+
+    Binding {
+        target: host.presenter
+        when: host.presenter !== null
+        property: "windowWidth"
+        value: host.width
+    }
 
     // Whether the keyboard may correct or capitalise what is typed into the field.
     function hintsFor(alert) {
@@ -154,7 +162,7 @@ Item {
         id: sheet
         objectName: "sheet"
         visible: host.isSheet
-        readonly property Item anchorItem: host.alert ? SheetAnchors.find(host.alert.anchor) : null
+        readonly property Item anchorItem: host.popover ? SheetAnchors.find(host.alert.anchor) : null
         readonly property point anchorPoint: anchorItem ? anchorItem.mapToItem(host, anchorItem.width, anchorItem.height) : Qt.point(0, 0)
         width: anchorItem ? 260 : host.width - 16
         x: anchorItem ? Math.max(8, Math.min(host.width - width - 8, anchorPoint.x - width)) : 8
@@ -177,7 +185,7 @@ Item {
                         required property int index
                         required property TPAlertAction modelData
                         objectName: "sheetAction" + index
-                        visible: modelData.style !== TPAlertAction.Cancel || sheet.anchorItem === null
+                        visible: modelData.style !== TPAlertAction.Cancel || !host.popover
                         width: sheetActions.width
                         height: visible ? 56 : 0
                         enabled: modelData.enabled

@@ -7,19 +7,41 @@ AbstractButton {
     id: button
     property string anchorName: ""
     property string glyph: ""
+    // Shown beside the glyph (the back button's previous title).
+    property string label: ""
+    property color color: Theme.tint
+    // The width the button takes with its label shown.
+    readonly property real implicitWidthWithLabel: glyphText.implicitWidth + labelMetrics.advanceWidth + 20
 
-    implicitWidth: Math.max(44, label.implicitWidth + 16)
+    implicitWidth: Math.max(44, content.implicitWidth + 16)
     implicitHeight: 44
     Accessible.name: text
 
-    contentItem: Text {
-        id: label
-        text: button.glyph !== "" ? button.glyph : button.text
-        font.pixelSize: button.glyph !== "" ? 26 : 17
-        color: button.enabled ? Theme.tint : Theme.secondaryLabel
+    TextMetrics {
+        id: labelMetrics
+        font.pixelSize: 17
+        text: button.text
+    }
+
+    contentItem: Row {
+        id: content
+        spacing: 2
         opacity: button.pressed ? 0.4 : 1
-        horizontalAlignment: Text.AlignHCenter
-        verticalAlignment: Text.AlignVCenter
+        Text {
+            id: glyphText
+            anchors.verticalCenter: parent.verticalCenter
+            text: button.glyph !== "" ? button.glyph : button.text
+            font.pixelSize: button.glyph !== "" ? 26 : 17
+            color: button.enabled ? button.color : Theme.secondaryLabel
+        }
+        Text {
+            objectName: "barButtonLabel"
+            anchors.verticalCenter: parent.verticalCenter
+            visible: button.label !== ""
+            text: button.label
+            font.pixelSize: 17
+            color: button.enabled ? button.color : Theme.secondaryLabel
+        }
     }
     background: Item {}
 

@@ -21,10 +21,14 @@ Item {
             visible: navigation.stack.depth > 1
             anchors { left: parent.left; verticalCenter: parent.verticalCenter }
             glyph: "‹"
-            text: qsTr("Back")
+            // The previous screen's title beside the chevron, as long as the title still fits.
+            label: titleLabel.implicitWidth + 2 * Math.max(implicitWidthWithLabel, trailing.width) + 16 <= bar.width
+                   ? navigation.stack.backTitle : ""
+            text: navigation.stack.backTitle
             onClicked: navigation.stack.popViewController()
         }
         Label {
+            id: titleLabel
             objectName: "navigationTitle"
             anchors.centerIn: parent
             width: Math.min(implicitWidth, parent.width - 2 * Math.max(backButton.width, trailing.width) - 16)

@@ -7,9 +7,23 @@ TPNavigationStack::TPNavigationStack(TPViewController *root, TPPresenter *presen
                                      QObject *parent)
     : QAbstractListModel(parent), m_presenter(presenter)
 {
-    root->setParent(this);
-    root->setNavigationController(this);
+    connect(this, &TPNavigationStack::depthChanged, this, &TPNavigationStack::backTitleChanged);
+    adopt(root);
     m_controllers.append(root);
+}
+
+void TPNavigationStack::adopt(TPViewController *controller)
+{
+    controller->setParent(this);
+    controller->setNavigationController(this);
+    // A screen re-titled in place (the root, on a language change) renames the way back.
+    connect(controller, &TPViewController::titleChanged, this,
+            &TPNavigationStack::backTitleChanged);
+}
+
+QString TPNavigationStack::backTitle() const
+{
+    return depth() > 1 ? m_controllers.at(depth() - 2)->title() : QString();
 }
 
 int TPNavigationStack::rowCount(const QModelIndex &parent) const
@@ -57,8 +71,7 @@ void TPNavigationStack::pushViewController(TPViewController *controller)
 {
     if (m_visible)
         topViewController()->viewWillDisappear();
-    controller->setParent(this);
-    controller->setNavigationController(this);
+    adopt(controller);
     beginInsertRows({}, depth(), depth());
     m_controllers.append(controller);
     endInsertRows();

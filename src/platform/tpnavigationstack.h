@@ -19,6 +19,8 @@ class TPNavigationStack : public QAbstractListModel
     QML_UNCREATABLE("Stacks are made by the app")
     Q_PROPERTY(int depth READ depth NOTIFY depthChanged)
     Q_PROPERTY(TPViewController *topViewController READ topViewController NOTIFY depthChanged)
+    // The title of the screen the back button returns to; empty on the root screen.
+    Q_PROPERTY(QString backTitle READ backTitle NOTIFY backTitleChanged)
 
 public:
     enum Role { ControllerRole = Qt::UserRole + 1, ViewUrlRole };
@@ -34,6 +36,7 @@ public:
     Q_INVOKABLE void popViewController();
     int depth() const { return int(m_controllers.size()); }
     TPViewController *topViewController() const;
+    QString backTitle() const;
     Q_INVOKABLE TPViewController *controllerAt(int index) const;
 
     TPPresenter *presenter() const { return m_presenter; }
@@ -43,9 +46,11 @@ public:
 
 signals:
     void depthChanged();
+    void backTitleChanged();
 
 private:
     void appear(TPViewController *controller);
+    void adopt(TPViewController *controller);
 
     QList<TPViewController *> m_controllers;
     QPointer<TPPresenter> m_presenter;

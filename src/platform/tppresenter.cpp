@@ -1,6 +1,24 @@
 #include "tppresenter.h"
 
-TPPresenter::TPPresenter(QObject *parent) : QObject(parent) {}
+TPPresenter::TPPresenter(QObject *parent) : QObject(parent)
+{
+    connect(this, &TPPresenter::currentChanged, this, &TPPresenter::layoutChanged);
+}
+
+void TPPresenter::setWindowWidth(qreal width)
+{
+    if (qFuzzyCompare(m_windowWidth, width))
+        return;
+    m_windowWidth = width;
+    emit layoutChanged();
+}
+
+bool TPPresenter::currentIsPopover() const
+{
+    const TPAlertController *alert = current();
+    return alert && alert->preferredStyle() == TPAlertController::Style::ActionSheet &&
+           !alert->anchor().isEmpty() && m_windowWidth >= WideWindowWidth;
+}
 
 void TPPresenter::present(TPAlertController *alert)
 {

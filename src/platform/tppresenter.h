@@ -14,6 +14,12 @@ class TPPresenter : public QObject
     QML_ELEMENT
     QML_UNCREATABLE("The app delegate owns the presenter")
     Q_PROPERTY(TPAlertController *current READ current NOTIFY currentChanged)
+    // The width the alerts are shown in, from the window.
+    Q_PROPERTY(qreal windowWidth READ windowWidth WRITE setWindowWidth NOTIFY layoutChanged)
+    // The sheet on screen shows as a popover beside its anchor: only on a wide window, and
+    // then without its Cancel action (tapping outside cancels). On a phone-sized window a
+    // sheet rises from the bottom with every action, Cancel last.
+    Q_PROPERTY(bool currentIsPopover READ currentIsPopover NOTIFY layoutChanged)
 
 public:
     explicit TPPresenter(QObject *parent = nullptr);
@@ -24,11 +30,19 @@ public:
     // Every alert not yet dismissed, the one on screen first.
     QList<TPAlertController *> pending() const { return m_queue; }
 
+    // From this width on a window counts as wide (a tablet, a desktop window).
+    static constexpr qreal WideWindowWidth = 600;
+    qreal windowWidth() const { return m_windowWidth; }
+    void setWindowWidth(qreal width);
+    bool currentIsPopover() const;
+
 signals:
     void currentChanged();
+    void layoutChanged();
 
 private:
     void remove(TPAlertController *alert);
 
     QList<TPAlertController *> m_queue;
+    qreal m_windowWidth = 0;
 };

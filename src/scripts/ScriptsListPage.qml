@@ -2,7 +2,8 @@ import QtQuick
 import QtQuick.Controls
 import TPCompanion
 
-// One folder's rows. Folders carry a chevron; only file rows swipe to reveal Delete.
+// One folder's rows, under a search field. Each row has its buttons (run, menu); folders
+// carry a chevron; only file rows swipe to reveal Delete; a long press opens the row's menu.
 // Pulling the list down refreshes it.
 Item {
     id: page
@@ -11,15 +12,24 @@ Item {
     property Component barItems: Row {
         BarButton {
             objectName: "refreshButton"
-            glyph: "↻"
-            text: qsTr("Refresh")
+            // Stays tappable while a reload is in flight: nothing is cancelled.
+            glyph: page.controller && page.controller.reloading ? "" : "↻"
+            text: page.controller ? page.controller.texts.refresh : ""
             onClicked: page.controller.onRefreshTapped()
+            BusyIndicator {
+                objectName: "refreshActivity"
+                anchors.centerIn: parent
+                width: 24
+                height: 24
+                running: page.controller ? page.controller.reloading : false
+                visible: running
+            }
         }
         BarButton {
             objectName: "addButton"
             anchorName: "add"
             glyph: "+"
-            text: qsTr("Add")
+            text: page.controller ? page.controller.texts.add : ""
             onClicked: page.controller.onAddTapped()
         }
     }
@@ -44,6 +54,20 @@ Item {
         anchors.fill: parent
         model: page.controller ? page.controller.rows : null
         topMargin: page.controller && page.controller.refreshing ? 44 : 0
+
+        header: Item {
+            width: ListView.view.width
+            height: 52
+            TextField {
+                objectName: "searchField"
+                anchors { fill: parent; margins: 8 }
+                placeholderText: page.controller ? page.controller.texts.search : ""
+                inputMethodHints: Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText
+                text: page.controller ? page.controller.searchText : ""
+                onTextEdited: page.controller.searchText = text
+                Accessible.name: placeholderText
+            }
+        }
         boundsBehavior: Flickable.DragAndOvershootBounds
         clip: true
 
@@ -64,24 +88,58 @@ Item {
             required property string label
             required property bool isFolder
             required property bool canEdit
+            required property bool runEnabled
+            required property bool unreachable
+            required property var buttons
             objectName: "row" + index
             width: ListView.view.width
-            height: 44
+            height: unreachable ? 60 : 44
             swipe.enabled: canEdit
+            Accessible.name: unreachable ? label + ". " + page.controller.texts.unreachable : label
             onClicked: {
                 if (swipe.position === 0)
                     page.controller.didSelectRow(index)
                 else
                     swipe.close()
             }
+            onPressAndHold: page.controller.onRowLongPressed(index)
 
             contentItem: Item {
-                Text {
-                    anchors { left: parent.left; right: chevron.left; verticalCenter: parent.verticalCenter }
-                    text: row.label
-                    elide: Text.ElideRight
-                    font.pixelSize: Theme.bodySize
-                    color: Theme.label
+                Column {
+                    anchors { left: parent.left; right: rowButtons.left; rightMargin: 4; verticalCenter: parent.verticalCenter }
+                    Text {
+                        width: parent.width
+                        text: row.unreachable ? row.label + "  ⚠" : row.label
+                        elide: Text.ElideRight
+                        font.pixelSize: Theme.bodySize
+                        color: Theme.label
+                    }
+                    Text {
+                        objectName: "unreachableNote"
+                        width: parent.width
+                        visible: row.unreachable
+                        text: page.controller.texts.unreachable
+                        elide: Text.ElideRight
+                        font.pixelSize: 12
+                        color: Theme.secondaryLabel
+                    }
+                }
+                Row {
+                    id: rowButtons
+                    anchors { right: chevron.left; verticalCenter: parent.verticalCenter }
+                    Repeater {
+                        model: row.buttons
+                        delegate: BarButton {
+                            required property var modelData
+                            objectName: "rowButton_" + modelData.action + "_" + row.index
+                            anchorName: modelData.action === "more" ? "row:" + row.index : ""
+                            text: modelData.title
+                            enabled: modelData.action !== "run" || row.runEnabled
+                            color: Theme[modelData.color]
+                            Accessible.name: modelData.accessibleName !== undefined ? modelData.accessibleName : modelData.title
+                            onClicked: page.controller.onRowButtonTapped(modelData.action, row.index)
+                        }
+                    }
                 }
                 Text {
                     id: chevron
@@ -104,13 +162,15 @@ Item {
                 height: row.height
                 width: 88
                 anchors.right: parent.right
+                Accessible.name: page.controller.texts.delete
                 onClicked: {
                     row.swipe.close()
                     page.controller.commitDeleteRow(row.index)
                 }
                 background: Rectangle { color: Theme.destructive }
                 contentItem: Text {
-                    text: qsTr("Delete")
+                    objectName: "deleteButtonText"
+                    text: page.controller.texts.delete
                     color: "white"
                     font.pixelSize: Theme.bodySize
                     horizontalAlignment: Text.AlignHCenter

@@ -1,26 +1,69 @@
 #include "tpscriptrowsmodel.h"
 
+#include "tpengineapi.h"
 #include "tpscripttree.h"
 
-TPScriptRowsModel::TPScriptRowsModel(QObject *parent) : QAbstractListModel(parent) {}
+TPScriptRowsModel::TPScriptRowsModel(ButtonsForDir buttonsForDir, QObject *parent)
+    : QAbstractListModel(parent), m_buttonsForDir(std::move(buttonsForDir))
+{}
 
 void TPScriptRowsModel::setRows(const QJsonArray &rows)
 {
     beginResetModel();
     m_rows = rows;
+    refilter();
     endResetModel();
+}
+
+void TPScriptRowsModel::setSearch(const QString &text)
+{
+    const QString folded = text.toCaseFolded();
+    if (folded == m_search)
+        return;
+    beginResetModel();
+    m_search = folded;
+    refilter();
+    endResetModel();
+}
+
+void TPScriptRowsModel::refilter()
+{
+    m_shown.clear();
+    for (qsizetype i = 0; i < m_rows.size(); ++i) {
+        if (m_search.isEmpty() ||
+            TPScriptTree::entryName(m_rows.at(i)).toCaseFolded().contains(m_search))
+            m_shown.append(i);
+    }
+}
+
+void TPScriptRowsModel::setRunsInFlight(const QSet<QString> &paths)
+{
+    m_runsInFlight = paths;
+    if (rowCount() > 0)
+        emit dataChanged(index(0), index(rowCount() - 1), {RunEnabledRole});
+}
+
+void TPScriptRowsModel::retitleButtons()
+{
+    if (rowCount() > 0)
+        emit dataChanged(index(0), index(rowCount() - 1), {ButtonsRole});
+}
+
+qsizetype TPScriptRowsModel::sourceRow(int row) const
+{
+    return row >= 0 && row < m_shown.size() ? m_shown.at(row) : -1;
 }
 
 int TPScriptRowsModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : int(m_rows.size());
+    return parent.isValid() ? 0 : int(m_shown.size());
 }
 
 QVariant TPScriptRowsModel::data(const QModelIndex &index, int role) const
 {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
-    const QJsonValue entry = m_rows.at(index.row());
+    const QJsonValue entry = m_rows.at(m_shown.at(index.row()));
     switch (role) {
     case LabelRole:
         return TPScriptTree::rowLabel(entry);
@@ -31,6 +74,12 @@ QVariant TPScriptRowsModel::data(const QModelIndex &index, int role) const
     case CanEditRole:
         // Only files offer swipe-to-delete.
         return !TPScriptTree::isFolderEntry(entry);
+    case RunEnabledRole:
+        return !m_runsInFlight.contains(TPScriptTree::entryPath(entry));
+    case UnreachableRole:
+        return !TPEngineAPI::canCarryPath(TPScriptTree::entryPath(entry));
+    case ButtonsRole:
+        return m_buttonsForDir(TPScriptTree::isFolderEntry(entry));
     default:
         return {};
     }
@@ -38,8 +87,8 @@ QVariant TPScriptRowsModel::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> TPScriptRowsModel::roleNames() const
 {
-    return {{LabelRole, "label"},
-            {IsFolderRole, "isFolder"},
-            {PathRole, "path"},
-            {CanEditRole, "canEdit"}};
+    return {
+        {LabelRole, "label"},     {IsFolderRole, "isFolder"},     {PathRole, "path"},
+        {CanEditRole, "canEdit"}, {RunEnabledRole, "runEnabled"}, {UnreachableRole, "unreachable"},
+        {ButtonsRole, "buttons"}};
 }

@@ -12,9 +12,70 @@
 #include <QPointer>
 
 TPScriptsListVC::TPScriptsListVC(const QString &folder, QObject *parent)
-    : TPViewController(parent), _folder(folder), _rowsModel(new TPScriptRowsModel(this))
+    : TPViewController(parent), _folder(folder),
+      _rowsModel(
+          new TPScriptRowsModel([this](bool isDir) { return rowButtonsForDir(isDir); }, this))
 {
     setTitle(_folder.isEmpty() ? TPL("tab_scripts") : TPLastPathSegment(_folder));
+    readTexts();
+}
+
+void TPScriptsListVC::readTexts()
+{
+    m_texts = {{QStringLiteral("delete"), TPL("menu_delete")},
+               {QStringLiteral("search"), TPL("list_search")},
+               {QStringLiteral("unreachable"), TPL("row_unreachable")},
+               {QStringLiteral("refresh"), TPL("list_refresh")},
+               {QStringLiteral("add"), TPL("list_add")}};
+    emit textsChanged();
+}
+
+QVariantMap TPScriptsListVC::accBtnTitle(const QString &title, const QString &color,
+                                         const QString &action) const
+{
+    return {{QStringLiteral("title"), title},
+            {QStringLiteral("color"), color},
+            {QStringLiteral("action"), action}};
+}
+
+QVariantList TPScriptsListVC::rowButtonsForDir(bool isDir) const
+{
+    QVariantList buttons;
+    if (!isDir)
+        buttons.append(accBtnTitle(TPL("btn_run"), QStringLiteral("tint"), QStringLiteral("run")));
+    QVariantMap more =
+        accBtnTitle(QStringLiteral("⋯"), QStringLiteral("secondaryLabel"), QStringLiteral("more"));
+    more.insert(QStringLiteral("accessibleName"), TPL("row_more"));
+    buttons.append(more);
+    return buttons;
+}
+
+void TPScriptsListVC::onRowButtonTapped(const QString &action, int row)
+{
+    if (action == QLatin1String("run"))
+        onRunButtonTapped(row);
+    else if (action == QLatin1String("more"))
+        onMoreButtonTapped(row);
+}
+
+void TPScriptsListVC::onRowLongPressed(int row)
+{
+    onMoreButtonTapped(row);
+}
+
+void TPScriptsListVC::setSearchText(const QString &text)
+{
+    if (m_searchText == text)
+        return;
+    m_searchText = text;
+    _rowsModel->setSearch(text);
+    emit searchTextChanged();
+}
+
+QJsonValue TPScriptsListVC::entryAt(int row) const
+{
+    const qsizetype index = _rowsModel->sourceRow(row);
+    return index >= 0 && index < _rows.size() ? _rows.at(index) : QJsonValue();
 }
 
 QUrl TPScriptsListVC::viewUrl() const
@@ -33,6 +94,8 @@ void TPScriptsListVC::onLangChangedNotification()
     // A sub-folder's title is a path segment and stays as it is.
     if (_folder.isEmpty())
         setTitle(TPL("tab_scripts"));
+    readTexts();
+    _rowsModel->retitleButtons();
 }
 
 void TPScriptsListVC::viewWillAppear()
@@ -51,6 +114,14 @@ void TPScriptsListVC::onRefreshControlPulled()
     onRefreshTapped();
 }
 
+void TPScriptsListVC::setReloadsInFlight(int count)
+{
+    const bool was = isReloading();
+    m_reloadsInFlight = count;
+    if (was != isReloading())
+        emit reloadingChanged();
+}
+
 void TPScriptsListVC::setRefreshing(bool refreshing)
 {
     if (_refreshing == refreshing)
@@ -67,10 +138,12 @@ QJsonArray TPScriptsListVC::filterChildrenOf(const QString &folder, const QJsonA
 void TPScriptsListVC::reloadData()
 {
     QPointer<TPScriptsListVC> self(this);
+    setReloadsInFlight(m_reloadsInFlight + 1);
     TPEngineAPI::scriptsWithCompletion(
         [self](const QJsonArray &entries, const TPEngineAPI::Error &error) {
             if (!self)
                 return;
+            self->setReloadsInFlight(self->m_reloadsInFlight - 1);
             self->setRefreshing(false);
             if (error) {
                 // The previous rows stay on screen.
@@ -91,7 +164,7 @@ void TPScriptsListVC::didSelectRow(int row)
 {
     if (!isValidRow(row))
         return;
-    const QJsonValue entry = _rows.at(row);
+    const QJsonValue entry = entryAt(row);
     const QString path = TPScriptTree::entryPath(entry);
     TPNavigationStack *stack = navigationController();
     if (!stack)
@@ -104,7 +177,7 @@ void TPScriptsListVC::didSelectRow(int row)
 
 bool TPScriptsListVC::canEditRow(int row) const
 {
-    return isValidRow(row) && !TPScriptTree::isFolderEntry(_rows.at(row));
+    return isValidRow(row) && !TPScriptTree::isFolderEntry(entryAt(row));
 }
 
 void TPScriptsListVC::commitDeleteRow(int row)
@@ -112,7 +185,7 @@ void TPScriptsListVC::commitDeleteRow(int row)
     if (!canEditRow(row))
         return;
     // No confirmation, and the row stays until the list is reloaded.
-    deleteEntry(TPScriptTree::entryPath(_rows.at(row)));
+    deleteEntry(TPScriptTree::entryPath(entryAt(row)));
 }
 
 void TPScriptsListVC::deleteEntry(const QString &path)
@@ -197,20 +270,22 @@ void TPScriptsListVC::createEntryNamed(const QString &name, bool isFolder)
 
 bool TPScriptsListVC::isRunButtonEnabled(int row) const
 {
-    return isValidRow(row) && !_runsInFlight.contains(TPScriptTree::entryPath(_rows.at(row)));
+    return isValidRow(row) && !_runsInFlight.contains(TPScriptTree::entryPath(entryAt(row)));
 }
 
 void TPScriptsListVC::onRunButtonTapped(int row)
 {
-    if (!isValidRow(row) || TPScriptTree::isFolderEntry(_rows.at(row)))
+    if (!isValidRow(row) || TPScriptTree::isFolderEntry(entryAt(row)))
         return;
-    const QString path = TPScriptTree::entryPath(_rows.at(row));
+    const QString path = TPScriptTree::entryPath(entryAt(row));
     _runsInFlight.insert(path);
+    _rowsModel->setRunsInFlight(_runsInFlight);
     QPointer<TPScriptsListVC> self(this);
     TPEngineAPI::runFile(path, [self, path](const TPEngineAPI::Error &error) {
         if (!self)
             return;
         self->_runsInFlight.remove(path);
+        self->_rowsModel->setRunsInFlight(self->_runsInFlight);
         if (error)
             self->showAlert(TPL("alert_error"), TPL("err_run_fail"));
     });
@@ -220,7 +295,7 @@ void TPScriptsListVC::onMoreButtonTapped(int row)
 {
     if (!isValidRow(row))
         return;
-    const QString path = TPScriptTree::entryPath(_rows.at(row));
+    const QString path = TPScriptTree::entryPath(entryAt(row));
     auto *sheet =
         new TPAlertController(QString(), QString(), TPAlertController::Style::ActionSheet);
     sheet->setAnchor(QStringLiteral("row:%1").arg(row));

@@ -18,6 +18,11 @@ class TPScriptsListVC : public TPViewController
     QML_UNCREATABLE("Made by the app and by other lists")
     Q_PROPERTY(TPScriptRowsModel *rows READ rowsModel CONSTANT)
     Q_PROPERTY(bool refreshing READ isRefreshing NOTIFY refreshingChanged)
+    // A reload is in flight, from whatever started it.
+    Q_PROPERTY(bool reloading READ isReloading NOTIFY reloadingChanged)
+    Q_PROPERTY(QString searchText READ searchText WRITE setSearchText NOTIFY searchTextChanged)
+    // The screen's own texts by key, in the current language.
+    Q_PROPERTY(QVariantMap texts READ texts NOTIFY textsChanged)
 
 public:
     explicit TPScriptsListVC(const QString &folder, QObject *parent = nullptr);
@@ -31,6 +36,17 @@ public:
     QJsonArray rows() const { return _rows; }
     TPScriptRowsModel *rowsModel() const { return _rowsModel; }
     bool isRefreshing() const { return _refreshing; }
+    bool isReloading() const { return m_reloadsInFlight > 0; }
+    QString searchText() const { return m_searchText; }
+    void setSearchText(const QString &text);
+    QVariantMap texts() const { return m_texts; }
+
+    // A row button: its title, its colour (a name in the app's theme) and the action it
+    // reports to onRowButtonTapped.
+    QVariantMap accBtnTitle(const QString &title, const QString &color,
+                            const QString &action) const;
+    // A file's row runs and opens its menu; a folder's row only opens its menu.
+    QVariantList rowButtonsForDir(bool isDir) const;
 
     void reloadData();
     void showOfflineAlert();
@@ -51,13 +67,19 @@ public slots:
     bool canEditRow(int row) const;
     // Swipe-to-delete confirmed on a row.
     void commitDeleteRow(int row);
-    // The per-row run and menu actions. No row shows their buttons; they are kept for a
-    // row layout that does.
+    // The per-row run and menu actions, from the row's buttons. A row number is the number
+    // of the row as shown, which a search may narrow.
     void onRunButtonTapped(int row);
     void onMoreButtonTapped(int row);
+    void onRowButtonTapped(const QString &action, int row);
+    // A long press on a row opens its menu.
+    void onRowLongPressed(int row);
 
 signals:
     void refreshingChanged();
+    void reloadingChanged();
+    void searchTextChanged();
+    void textsChanged();
 
 protected:
     void viewDidLoad() override;
@@ -68,11 +90,17 @@ private:
     // A completion that reloads the list on success and shows the offline alert on failure;
     // it does nothing once the screen is gone.
     TPEngineAPI::Completion reloadOnSuccess();
-    bool isValidRow(int row) const { return row >= 0 && row < _rows.size(); }
+    bool isValidRow(int row) const { return _rowsModel->sourceRow(row) >= 0; }
+    QJsonValue entryAt(int row) const;
+    void setReloadsInFlight(int count);
+    void readTexts();
 
     QString _folder;
     QJsonArray _rows;
     TPScriptRowsModel *_rowsModel;
     bool _refreshing = false;
     QSet<QString> _runsInFlight;
+    int m_reloadsInFlight = 0;
+    QString m_searchText;
+    QVariantMap m_texts;
 };

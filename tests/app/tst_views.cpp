@@ -102,12 +102,17 @@ private slots:
         QVERIFY(list);
         QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("row1")));
         QQuickItem *fileRow = findItem(m_view->rootObject(), QStringLiteral("row1"));
-        const QPoint start = centreOf(fileRow) + QPoint(120, 0);
+        // From the name: the right of a row holds its buttons.
+        const QPoint start = centreOf(fileRow) - QPoint(20, 0);
         drag(m_view.get(), start, start - QPoint(200, 0));
         QTRY_VERIFY(swipePosition(fileRow) < -0.5);
         QQuickItem *deleteButton = findItem(fileRow, QStringLiteral("deleteButton"));
         QVERIFY(deleteButton);
         QTRY_VERIFY(deleteButton->isVisible());
+        // In the interface's language.
+        QCOMPARE(
+            findItem(deleteButton, QStringLiteral("deleteButtonText"))->property("text").toString(),
+            QString::fromUtf8("Xoá"));
         m_fixture.engine->clearRequests();
         QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, centreOf(deleteButton));
         QTRY_VERIFY(!m_fixture.requestsTo(QStringLiteral("/script")).isEmpty());
@@ -117,12 +122,119 @@ private slots:
         QCOMPARE(m_fixture.alert(), nullptr);
     }
 
+    void rowButtonsRunAFileAndOpenTheMenu()
+    {
+        TPScriptsListVC *list = showList();
+        QTRY_COMPARE(list->rows().size(), 2);
+        QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("rowButton_run_1")));
+        QVERIFY(!findItem(m_view->rootObject(), QStringLiteral("rowButton_run_0")));
+        QQuickItem *run = findItem(m_view->rootObject(), QStringLiteral("rowButton_run_1"));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, centreOf(run));
+        QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/runfile")).size(), 1);
+        QQuickItem *more = findItem(m_view->rootObject(), QStringLiteral("rowButton_more_0"));
+        QVERIFY(more && more->isVisible());
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, centreOf(more));
+        QTRY_COMPARE(m_fixture.actionTitles(), QStringList({u8"Đổi tên", u8"Xoá", u8"Huỷ"}));
+    }
+
+    void aLongPressOnARowOpensItsMenu()
+    {
+        QVERIFY(showList());
+        QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("row1")));
+        const QPoint at =
+            centreOf(findItem(m_view->rootObject(), QStringLiteral("row1"))) - QPoint(100, 0);
+        QTest::mousePress(m_view.get(), Qt::LeftButton, {}, at);
+        QTRY_COMPARE(m_fixture.actionTitles(), QStringList({u8"Đổi tên", u8"Xoá", u8"Huỷ"}));
+        QTest::mouseRelease(m_view.get(), Qt::LeftButton, {}, at);
+        QCOMPARE(m_stack->depth(), 1);
+    }
+
+    void theRefreshButtonShowsActivityWhileReloading()
+    {
+        m_fixture.engine->setResponder([](const TPRecordedRequest &) {
+            TPScriptedAnswer answer = TPScriptedAnswer::ok(kListing);
+            answer.delayMs = 500;
+            return answer;
+        });
+        m_stack.reset();
+        auto *list = new TPScriptsListVC(QString());
+        m_stack = std::make_unique<TPNavigationStack>(list, m_fixture.presenter.get());
+        QVERIFY(showPage("NavigationView",
+                         {{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}}));
+        m_stack->setVisible(true);
+        QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("refreshActivity")));
+        QQuickItem *activity = findItem(m_view->rootObject(), QStringLiteral("refreshActivity"));
+        QTRY_VERIFY(activity->isVisible());
+        QQuickItem *refresh = findItem(m_view->rootObject(), QStringLiteral("refreshButton"));
+        QVERIFY(refresh->isEnabled());
+        QTRY_VERIFY_WITH_TIMEOUT(!activity->isVisible(), 5000);
+    }
+
+    void theBackButtonShowsThePreviousTitle()
+    {
+        auto *list = new TPScriptsListVC(QString());
+        m_stack = std::make_unique<TPNavigationStack>(list, m_fixture.presenter.get());
+        QVERIFY(showPage("NavigationView",
+                         {{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}}));
+        m_stack->setVisible(true);
+        m_stack->pushViewController(new TPScriptsListVC(QStringLiteral("lib")));
+        QQuickItem *back = findItem(m_view->rootObject(), QStringLiteral("backButton"));
+        QTRY_VERIFY(back->isVisible());
+        QQuickItem *label = findItem(back, QStringLiteral("barButtonLabel"));
+        QTRY_COMPARE(label->property("text").toString(), QStringLiteral("Scripts"));
+        QVERIFY(label->isVisible());
+        // No room for it: only the chevron is left.
+        m_view->resize(180, 600);
+        QTRY_VERIFY(!label->isVisible());
+    }
+
+    void searchingNarrowsTheRowsAndClearingRestoresThem()
+    {
+        TPScriptsListVC *list = showList();
+        QTRY_COMPARE(list->rows().size(), 2);
+        QQuickItem *field = findItem(m_view->rootObject(), QStringLiteral("searchField"));
+        QVERIFY(field);
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, centreOf(field));
+        QTest::keyClick(m_view.get(), 'M');
+        QTRY_COMPARE(list->rowsModel()->rowCount(), 1);
+        QTest::keyClick(m_view.get(), Qt::Key_Backspace);
+        QTRY_COMPARE(list->rowsModel()->rowCount(), 2);
+    }
+
+    void anUnreachableNameShowsItsNote()
+    {
+        m_fixture.serveListing("{\"entries\":[{\"path\":\"a b.lua\"}]}");
+        QVERIFY(showList());
+        QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("row0")));
+        QQuickItem *row = findItem(m_view->rootObject(), QStringLiteral("row0"));
+        QQuickItem *note = findItem(row, QStringLiteral("unreachableNote"));
+        QVERIFY(note && note->isVisible());
+    }
+
+    void theAddSheetHasCancelOnAPhoneAndIsAPopoverOnAWideWindow()
+    {
+        QVERIFY(showPage("AlertHost", {{QStringLiteral("presenter"),
+                                        QVariant::fromValue(m_fixture.presenter.get())}}));
+        TPScriptsListVC list{QString()};
+        list.setPresenter(m_fixture.presenter.get());
+        list.onAddTapped();
+        QQuickItem *cancel = nullptr;
+        QTRY_VERIFY((cancel = findItem(m_view->rootObject(), QStringLiteral("sheetAction2"))));
+        QTRY_VERIFY(cancel->isVisible());
+        m_view->resize(900, 700);
+        QTRY_VERIFY(!cancel->isVisible());
+        m_view->resize(390, 700);
+        QTRY_VERIFY(cancel->isVisible());
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, centreOf(cancel));
+        QTRY_COMPARE(m_fixture.alert(), nullptr);
+    }
+
     void swipingFolderRowRevealsNothing()
     {
         QVERIFY(showList());
         QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("row0")));
         QQuickItem *folderRow = findItem(m_view->rootObject(), QStringLiteral("row0"));
-        const QPoint start = centreOf(folderRow) + QPoint(120, 0);
+        const QPoint start = centreOf(folderRow) - QPoint(20, 0);
         drag(m_view.get(), start, start - QPoint(200, 0));
         QCOMPARE(swipePosition(folderRow), 0.0);
         QCOMPARE(m_fixture.requestsTo(QStringLiteral("/script")).size(), 0);

@@ -371,6 +371,145 @@ private slots:
                      QString::fromUtf8("Lỗi|Không chạy được (engine offline?)"));
     }
 
+    void rowButtonsAreMadeByTheButtonFactory()
+    {
+        TPScriptsListVC list{QString()};
+        const QVariantList file = list.rowButtonsForDir(false);
+        const QVariantList folder = list.rowButtonsForDir(true);
+        QCOMPARE(file.size(), 2);
+        QCOMPARE(file.at(0),
+                 QVariant(list.accBtnTitle(QString::fromUtf8("Chạy"), QStringLiteral("tint"),
+                                           QStringLiteral("run"))));
+        QCOMPARE(file.at(1).toMap().value(QStringLiteral("action")).toString(),
+                 QStringLiteral("more"));
+        QCOMPARE(folder.size(), 1);
+        QCOMPARE(folder.at(0).toMap().value(QStringLiteral("title")).toString(),
+                 QString::fromUtf8("⋯"));
+        QCOMPARE(folder.at(0).toMap().value(QStringLiteral("accessibleName")).toString(),
+                 QString::fromUtf8("Tuỳ chọn khác"));
+    }
+
+    void rowRunButtonIsDisabledUntilTheAnswer()
+    {
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows().size(), 2);
+        const int fileRow = indexOfPath(list, QStringLiteral("main.lua"));
+        const QModelIndex index = list->rowsModel()->index(fileRow);
+        m_fixture.engine->setResponder([](const TPRecordedRequest &) {
+            TPScriptedAnswer answer = TPScriptedAnswer::withStatus(500);
+            answer.delayMs = 300;
+            return answer;
+        });
+        list->onRowButtonTapped(QStringLiteral("run"), fileRow);
+        QCOMPARE(index.data(TPScriptRowsModel::RunEnabledRole).toBool(), false);
+        QTRY_COMPARE(index.data(TPScriptRowsModel::RunEnabledRole).toBool(), true);
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/runfile")).size(), 1);
+        QCOMPARE(m_fixture.alertText(), QString::fromUtf8("Lỗi|Không chạy được (engine offline?)"));
+    }
+
+    void rowMenuDeletesAFolderAndReloads()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows().size(), 3);
+        m_fixture.engine->clearRequests();
+        list->onRowButtonTapped(QStringLiteral("more"),
+                                indexOfPath(list, QStringLiteral("lib/sub")));
+        QCOMPARE(m_fixture.actionTitles(), QStringList({u8"Đổi tên", u8"Xoá", u8"Huỷ"}));
+        m_fixture.alert()->triggerAction(1);
+        QTRY_COMPARE(m_fixture.engine->requests().size(), 2);
+        QCOMPARE(m_fixture.engine->requests().at(0).method, QByteArray("DELETE"));
+        QCOMPARE(m_fixture.engine->requests().at(0).rawQuery, QStringLiteral("name=lib/sub"));
+        QCOMPARE(m_fixture.engine->requests().at(1).path, QStringLiteral("/scripts"));
+    }
+
+    void rowMenuRenamesAFolderAndReloads()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows().size(), 3);
+        m_fixture.engine->clearRequests();
+        list->onRowButtonTapped(QStringLiteral("more"),
+                                indexOfPath(list, QStringLiteral("lib/util")));
+        m_fixture.alert()->triggerAction(0);
+        QCOMPARE(m_fixture.alert()->text(), QStringLiteral("util"));
+        m_fixture.alert()->setText(QStringLiteral("tools"));
+        m_fixture.alert()->triggerAction(1);
+        QTRY_COMPARE(m_fixture.engine->requests().size(), 2);
+        QCOMPARE(m_fixture.engine->requests().at(0).rawQuery,
+                 QStringLiteral("from=lib/util&to=lib/tools"));
+        QCOMPARE(m_fixture.engine->requests().at(1).path, QStringLiteral("/scripts"));
+    }
+
+    void aLongPressOpensTheRowMenu()
+    {
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows().size(), 2);
+        list->onRowLongPressed(indexOfPath(list, QStringLiteral("main.lua")));
+        QCOMPARE(m_fixture.actionTitles(), QStringList({u8"Đổi tên", u8"Xoá", u8"Huỷ"}));
+    }
+
+    void reloadingShowsUntilTheListingArrives()
+    {
+        m_fixture.engine->setResponder([](const TPRecordedRequest &) {
+            TPScriptedAnswer answer = TPScriptedAnswer::ok(kListing);
+            answer.delayMs = 300;
+            return answer;
+        });
+        TPScriptsListVC *list = show(QString());
+        QVERIFY(list->isReloading());
+        list->onRefreshTapped();
+        QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/scripts")).size(), 2);
+        QTRY_VERIFY(!list->isReloading());
+        QCOMPARE(list->rows().size(), 2);
+    }
+
+    void searchNarrowsTheRowsIgnoringCaseAndClearingRestoresThem()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows().size(), 3);
+        list->setSearchText(QStringLiteral("UT"));
+        QCOMPARE(labels(list), QStringList({QString::fromUtf8("📁 util")}));
+        // Row numbers are those of the rows shown.
+        list->didSelectRow(0);
+        QCOMPARE(qobject_cast<TPScriptsListVC *>(m_stack->topViewController())->folder(),
+                 QStringLiteral("lib/util"));
+        m_stack->popViewController();
+        list->setSearchText(QString());
+        QCOMPARE(labels(list), QStringList({QString::fromUtf8("📁 sub"), QString::fromUtf8("📁 util"),
+                                            QString::fromUtf8("📄 a.lua")}));
+    }
+
+    void namesThatCannotTravelInTheUrlAreMarked()
+    {
+        m_fixture.serveListing(
+            QByteArray("{\"entries\":[{\"path\":\"t\xe1\xbb\x87p vi\xe1\xbb\x87t.lua\"},"
+                       "{\"path\":\"a b.lua\"},{\"path\":\"ok.lua\"}]}"));
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows().size(), 3);
+        const TPScriptRowsModel *model = list->rowsModel();
+        QStringList marked;
+        for (int row = 0; row < model->rowCount(); ++row) {
+            if (model->index(row).data(TPScriptRowsModel::UnreachableRole).toBool())
+                marked.append(model->index(row).data(TPScriptRowsModel::PathRole).toString());
+        }
+        QCOMPARE(marked,
+                 QStringList({QStringLiteral("a b.lua"), QString::fromUtf8("tệp việt.lua")}));
+        QVERIFY(!list->texts().value(QStringLiteral("unreachable")).toString().isEmpty());
+    }
+
+    void rowTextsFollowTheCurrentLanguage()
+    {
+        TPScriptsListVC *list = show(QString());
+        QCOMPARE(list->texts().value(QStringLiteral("delete")).toString(),
+                 QString::fromUtf8("Xoá"));
+        QSettings().setValue(TPLangKey, QStringLiteral("en"));
+        TPNotificationCenter::defaultCenter()->postLangChanged();
+        QCOMPARE(list->texts().value(QStringLiteral("delete")).toString(),
+                 QStringLiteral("Delete"));
+        QCOMPARE(
+            list->rowButtonsForDir(false).at(0).toMap().value(QStringLiteral("title")).toString(),
+            QStringLiteral("Run"));
+    }
+
     void alertTextsFollowTheCurrentLanguage()
     {
         QSettings().setValue(TPLangKey, QStringLiteral("en"));
