@@ -12,8 +12,10 @@ packages=(
     qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
     qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts
     qml6-module-qtquick-templates qml6-module-qtquick-window
-    # the development engine runs scripts with Lua 5.4
+    # Lua 5.4: the development engine runs scripts, the editor checks their syntax
     liblua5.4-dev
+    # large script listings are read with simdjson's on-demand parser
+    libsimdjson-dev
     # running without a display, and fonts for Vietnamese text and the row icons
     xvfb xauth fonts-dejavu-core fonts-noto-color-emoji
 )

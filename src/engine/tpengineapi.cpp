@@ -316,6 +316,19 @@ void TPEngineAPI::scriptsWithCompletion(ListCompletion completion)
                   });
 }
 
+void TPEngineAPI::scriptsBodyWithCompletion(BodyCompletion completion)
+{
+    requestMethod(QStringLiteral("GET"), QStringLiteral("/scripts"), std::nullopt, std::nullopt,
+                  [completion = std::move(completion)](const std::optional<QByteArray> &body, int,
+                                                       const Error &error) {
+                      if (error || !body)
+                          completion({},
+                                     error ? error : errorMsg(message("Engine offline (:8090)")));
+                      else
+                          completion(*body, std::nullopt);
+                  });
+}
+
 void TPEngineAPI::readScript(const QString &path, TextCompletion completion)
 {
     requestMethod(QStringLiteral("GET"), QStringLiteral("/script"), nameQuery(path), std::nullopt,

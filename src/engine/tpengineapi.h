@@ -44,6 +44,11 @@ public:
                               const std::optional<QByteArray> &body, RequestCompletion completion);
 
     static void scriptsWithCompletion(ListCompletion completion);
+    // The same request, answered with the listing's body as it came (its status is not
+    // examined) for a caller that reads it itself, off the main thread; a transport failure
+    // gives no body and the error.
+    using BodyCompletion = std::function<void(const QByteArray &body, const Error &error)>;
+    static void scriptsBodyWithCompletion(BodyCompletion completion);
     static void readScript(const QString &path, TextCompletion completion);
     static void saveScript(const QString &path, const QString &content, Completion completion);
     static void deleteScript(const QString &path, Completion completion);

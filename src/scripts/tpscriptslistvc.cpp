@@ -9,7 +9,11 @@
 #include "tppathrules.h"
 #include "tpscripttree.h"
 
+#include "tplistingdecoder.h"
+
+#include <QCoreApplication>
 #include <QPointer>
+#include <QThreadPool>
 
 TPScriptsListVC::TPScriptsListVC(const QString &folder, QObject *parent)
     : TPViewController(parent), _folder(folder),
@@ -139,20 +143,40 @@ void TPScriptsListVC::reloadData()
 {
     QPointer<TPScriptsListVC> self(this);
     setReloadsInFlight(m_reloadsInFlight + 1);
-    TPEngineAPI::scriptsWithCompletion(
-        [self](const QJsonArray &entries, const TPEngineAPI::Error &error) {
+    TPEngineAPI::scriptsBodyWithCompletion(
+        [self, folder = _folder](const QByteArray &body, const TPEngineAPI::Error &error) {
             if (!self)
                 return;
-            self->setReloadsInFlight(self->m_reloadsInFlight - 1);
-            self->setRefreshing(false);
             if (error) {
-                // The previous rows stay on screen.
-                self->showOfflineAlert();
+                self->onListingDecoded(std::nullopt);
                 return;
             }
-            self->_rows = filterChildrenOf(self->_folder, entries);
-            self->_rowsModel->setRows(self->_rows);
+            // A listing may be large: it is read and filtered on a worker thread, and only
+            // the folder's children come back to the main thread.
+            QThreadPool::globalInstance()->start([self, folder, body] {
+                std::optional<QJsonArray> children = TPListingDecoder::childrenOf(body, folder);
+                QMetaObject::invokeMethod(
+                    QCoreApplication::instance(),
+                    [self, children = std::move(children)] {
+                        if (self)
+                            self->onListingDecoded(children);
+                    },
+                    Qt::QueuedConnection);
+            });
         });
+}
+
+void TPScriptsListVC::onListingDecoded(const std::optional<QJsonArray> &children)
+{
+    setReloadsInFlight(m_reloadsInFlight - 1);
+    setRefreshing(false);
+    if (!children) {
+        // The previous rows stay on screen.
+        showOfflineAlert();
+        return;
+    }
+    _rows = *children;
+    _rowsModel->setRows(_rows);
 }
 
 void TPScriptsListVC::showOfflineAlert()

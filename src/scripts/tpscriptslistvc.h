@@ -6,7 +6,9 @@
 
 #include <QJsonArray>
 #include <QSet>
+
 #include <QtQml/qqmlregistration.h>
+#include <optional>
 
 // One folder of the engine's script tree: folders first, then files. Tapping a folder
 // pushes another list on it, tapping a file pushes the editor. The whole listing is fetched
@@ -93,6 +95,8 @@ private:
     bool isValidRow(int row) const { return _rowsModel->sourceRow(row) >= 0; }
     QJsonValue entryAt(int row) const;
     void setReloadsInFlight(int count);
+    // A reload's end: the folder's children, or nothing when the listing failed.
+    void onListingDecoded(const std::optional<QJsonArray> &children);
     void readTexts();
 
     QString _folder;

@@ -20,24 +20,58 @@ bool truthValue(const QJsonValue &value)
         return value.toBool();
     case QJsonValue::Double:
         return value.toDouble() != 0.0;
-    case QJsonValue::String: {
-        const QString text = value.toString().trimmed();
-        if (text.isEmpty())
-            return false;
-        qsizetype i = (text.front() == u'+' || text.front() == u'-') ? 1 : 0;
-        while (i < text.size() && text.at(i) == u'0')
-            ++i;
-        if (i >= text.size())
-            return false;
-        const QChar first = text.at(i).toLower();
-        return first == u'y' || first == u't' || (first >= u'1' && first <= u'9');
-    }
+    case QJsonValue::String:
+        return textTruthValue(value.toString());
     default:
         return false;
     }
 }
 
 } // namespace
+
+bool textTruthValue(const QString &value)
+{
+    const QString text = value.trimmed();
+    if (text.isEmpty())
+        return false;
+    qsizetype i = (text.front() == u'+' || text.front() == u'-') ? 1 : 0;
+    while (i < text.size() && text.at(i) == u'0')
+        ++i;
+    if (i >= text.size())
+        return false;
+    const QChar first = text.at(i).toLower();
+    return first == u'y' || first == u't' || (first >= u'1' && first <= u'9');
+}
+
+bool isChildPath(const QString &prefix, const QString &path)
+{
+    if (path.isEmpty())
+        return false;
+    if (!prefix.isEmpty() && !path.startsWith(prefix, Qt::CaseSensitive))
+        return false;
+    const QStringView remainder = QStringView(path).mid(prefix.size());
+    return !remainder.isEmpty() && !remainder.contains(u'/');
+}
+
+QString childPrefix(const QString &folder)
+{
+    return folder.isEmpty() ? QString() : folder + u'/';
+}
+
+QJsonArray sortedChildren(QList<QJsonValue> kept)
+{
+    std::sort(kept.begin(), kept.end(), [](const QJsonValue &a, const QJsonValue &b) {
+        const bool aIsFolder = isFolderEntry(a);
+        const bool bIsFolder = isFolderEntry(b);
+        if (aIsFolder != bIsFolder)
+            return aIsFolder;
+        return QString::compare(entryName(a), entryName(b), Qt::CaseInsensitive) < 0;
+    });
+    QJsonArray children;
+    for (const QJsonValue &entry : std::as_const(kept))
+        children.append(entry);
+    return children;
+}
 
 QString entryPath(const QJsonValue &entry)
 {
@@ -63,29 +97,13 @@ QString rowLabel(const QJsonValue &entry)
 
 QJsonArray filterChildrenOf(const QString &folder, const QJsonArray &listing)
 {
-    const QString prefix = folder.isEmpty() ? QString() : folder + u'/';
+    const QString prefix = childPrefix(folder);
     QList<QJsonValue> kept;
     for (const QJsonValue &entry : listing) {
-        const QString path = entryPath(entry);
-        if (path.isEmpty())
-            continue;
-        if (!prefix.isEmpty() && !path.startsWith(prefix, Qt::CaseSensitive))
-            continue;
-        const QStringView remainder = QStringView(path).mid(prefix.size());
-        if (!remainder.isEmpty() && !remainder.contains(u'/'))
+        if (isChildPath(prefix, entryPath(entry)))
             kept.append(entry);
     }
-    std::sort(kept.begin(), kept.end(), [](const QJsonValue &a, const QJsonValue &b) {
-        const bool aIsFolder = isFolderEntry(a);
-        const bool bIsFolder = isFolderEntry(b);
-        if (aIsFolder != bIsFolder)
-            return aIsFolder;
-        return QString::compare(entryName(a), entryName(b), Qt::CaseInsensitive) < 0;
-    });
-    QJsonArray children;
-    for (const QJsonValue &entry : std::as_const(kept))
-        children.append(entry);
-    return children;
+    return sortedChildren(std::move(kept));
 }
 
 } // namespace TPScriptTree

@@ -24,4 +24,14 @@ QString entryName(const QJsonValue &entry);
 // "📁 name" for a folder, "📄 name" for a file.
 QString rowLabel(const QJsonValue &entry);
 
+// The rules filterChildrenOf is made of, for a decoder that reads the listing another way.
+// The truth value of a "dir" text ("yes", "true", a non-zero number).
+bool textTruthValue(const QString &value);
+// "folder/" for a folder, "" for the root.
+QString childPrefix(const QString &folder);
+// Whether a listed path is a direct child of the folder with this prefix.
+bool isChildPath(const QString &prefix, const QString &path);
+// The kept entries in the list's order: folders first, then by name ignoring case.
+QJsonArray sortedChildren(QList<QJsonValue> kept);
+
 } // namespace TPScriptTree

@@ -5,9 +5,11 @@
 #include "tpscreenfixture.h"
 #include "tpscriptslistvc.h"
 
+#include <QElapsedTimer>
 #include <QJsonObject>
 #include <QSettings>
 #include <QTest>
+#include <QTimer>
 
 namespace {
 
@@ -508,6 +510,32 @@ private slots:
         QCOMPARE(
             list->rowButtonsForDir(false).at(0).toMap().value(QStringLiteral("title")).toString(),
             QStringLiteral("Run"));
+    }
+
+    void aMillionEntryListingLeavesTheMainThreadFree()
+    {
+        QByteArray listing = "{\"entries\":[{\"path\":\"proj\",\"dir\":true}";
+        listing.reserve(60 * 1000 * 1000);
+        for (int i = 0; i < 1000000; ++i)
+            listing += ",{\"path\":\"proj/d" + QByteArray::number(i % 1000) + "/s" +
+                       QByteArray::number(i) + ".lua\",\"dir\":false}";
+        listing += "]}";
+        m_fixture.serveListing(listing);
+        TPScriptsListVC *list = show(QString());
+        // A timer that should tick every 10 ms; a busy main thread would hold its ticks back.
+        int ticks = 0;
+        QTimer timer;
+        timer.setInterval(10);
+        connect(&timer, &QTimer::timeout, [&ticks] { ++ticks; });
+        QElapsedTimer reload;
+        reload.start();
+        timer.start();
+        QTRY_VERIFY_WITH_TIMEOUT(list->rows().size() == 1, 60000);
+        timer.stop();
+        const double expected = double(reload.elapsed()) / timer.interval();
+        qInfo("%d of %.0f expected ticks during a %lld ms reload", ticks, expected,
+              reload.elapsed());
+        QVERIFY(ticks >= expected / 2);
     }
 
     void alertTextsFollowTheCurrentLanguage()

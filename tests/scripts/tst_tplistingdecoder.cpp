@@ -1,0 +1,197 @@
+#include "tplistingdecoder.h"
+#include "tpscripttree.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRandomGenerator>
+#include <QTest>
+
+namespace {
+
+// What the listing gives through Qt's reader and the tree's filter: the reference.
+std::optional<QJsonArray> reference(const QByteArray &body, const QString &folder)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(body);
+    const QJsonValue entries = document.isObject()
+                                   ? document.object().value(QLatin1String("entries"))
+                                   : QJsonValue(QJsonValue::Undefined);
+    if (!entries.isArray())
+        return std::nullopt;
+    return TPScriptTree::filterChildrenOf(folder, entries.toArray());
+}
+
+QStringList names(const std::optional<QJsonArray> &children)
+{
+    QStringList result;
+    if (children) {
+        for (const QJsonValue &entry : *children)
+            result.append(TPScriptTree::entryName(entry));
+    }
+    return result;
+}
+
+} // namespace
+
+// The listing decoder must give exactly what Qt's reader and the tree filter give.
+class TestTPListingDecoder : public QObject
+{
+    Q_OBJECT
+
+    void compareWithReference(const QByteArray &body, const QString &folder)
+    {
+        const std::optional<QJsonArray> decoded = TPListingDecoder::childrenOf(body, folder);
+        const std::optional<QJsonArray> expected = reference(body, folder);
+        QVERIFY2(decoded.has_value() == expected.has_value(), body.left(200).constData());
+        if (!expected)
+            return;
+        // Names that compare equal have no defined order; everything else must match.
+        QCOMPARE(decoded->size(), expected->size());
+        QCOMPARE(names(decoded), names(expected));
+        for (const QJsonValue &entry : *expected)
+            QVERIFY2(decoded->contains(entry), body.left(200).constData());
+    }
+
+private slots:
+    void theTreeEdgeCasesGiveTheSameChildren_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("folder");
+        QTest::newRow("root order")
+            << QByteArray(
+                   "{\"entries\":[{\"path\":\"b.lua\",\"dir\":false},{\"path\":\"A\",\"dir\":true},"
+                   "{\"path\":\"a/x.lua\"},{\"path\":\"c\",\"dir\":true}]}")
+            << QString();
+        QTest::newRow("folder a")
+            << QByteArray("{\"entries\":[{\"path\":\"a\",\"dir\":true},{\"path\":\"a/x.lua\"},"
+                          "{\"path\":\"a/sub\",\"dir\":true},{\"path\":\"a/sub/"
+                          "y.lua\"},{\"path\":\"ab/z.lua\"}]}")
+            << QStringLiteral("a");
+        QTest::newRow("leading slash")
+            << QByteArray("{\"entries\":[{\"path\":\"/x.lua\"}]}") << QString();
+        QTest::newRow("trailing and doubled slash")
+            << QByteArray("{\"entries\":[{\"path\":\"a/\"},{\"path\":\"a//x.lua\"}]}")
+            << QStringLiteral("a");
+        QTest::newRow("path missing empty or not text")
+            << QByteArray("{\"entries\":[{\"dir\":true},{\"path\":\"\"},{\"path\":3},"
+                          "{\"path\":null},{\"path\":[\"x\"]},{\"path\":\"ok.lua\"}]}")
+            << QString();
+        QTest::newRow("case-sensitive prefix")
+            << QByteArray("{\"entries\":[{\"path\":\"a/x.lua\"},{\"path\":\"A/y.lua\"}]}")
+            << QStringLiteral("A");
+        QTest::newRow("sort ignores case, no numeric order")
+            << QByteArray("{\"entries\":[{\"path\":\"Zeta.lua\"},{\"path\":\"alpha.lua\"},"
+                          "{\"path\":\"9.lua\"},{\"path\":\"10.lua\"}]}")
+            << QString();
+        QTest::newRow("truth of dir")
+            << QByteArray("{\"entries\":[{\"path\":\"n\",\"dir\":1},{\"path\":\"z\",\"dir\":0},"
+                          "{\"path\":\"y\",\"dir\":\"yes\"},{\"path\":\"t\",\"dir\":\" true\"},"
+                          "{\"path\":\"f\",\"dir\":\"false\"},{\"path\":\"s\",\"dir\":\"007\"},"
+                          "{\"path\":\"o\",\"dir\":{}},{\"path\":\"l\",\"dir\":null},{\"path\":"
+                          "\"x\",\"dir\":0.0}]}")
+            << QString();
+        QTest::newRow("duplicates")
+            << QByteArray("{\"entries\":[{\"path\":\"a.lua\"},{\"path\":\"a.lua\",\"x\":1},{"
+                          "\"path\":\"a\",\"dir\":true}]}")
+            << QString();
+        QTest::newRow("repeated members: the last wins")
+            << QByteArray("{\"entries\":[{\"path\":\"a/"
+                          "b\",\"path\":\"c.lua\",\"dir\":true,\"dir\":false}]}")
+            << QString();
+        QTest::newRow("repeated entries: the last wins")
+            << QByteArray("{\"entries\":[{\"path\":\"a.lua\"}],\"entries\":[{\"path\":\"b.lua\"}]}")
+            << QString();
+        QTest::newRow("escaped key and value")
+            << QByteArray("{\"entries\":[{\"p\\u0061th\":\"t\\u1ec7p.lua\",\"dir\":false}]}")
+            << QString();
+        QTest::newRow("non-object entries")
+            << QByteArray("{\"entries\":[1,\"a\",null,[],{\"path\":\"k.lua\"}]}") << QString();
+        QTest::newRow("other members")
+            << QByteArray("{\"ok\":true,\"entries\":[{\"path\":\"a.lua\",\"size\":12,\"tags\":["
+                          "\"x\",{\"y\":null}]}],\"n\":-1.5e3}")
+            << QString();
+        QTest::newRow("empty") << QByteArray("{\"entries\":[]}") << QString();
+        QTest::newRow("no match") << QByteArray("{\"entries\":[{\"path\":\"q/r\"}]}")
+                                  << QStringLiteral("z");
+    }
+
+    void theTreeEdgeCasesGiveTheSameChildren()
+    {
+        QFETCH(QByteArray, body);
+        QFETCH(QString, folder);
+        compareWithReference(body, folder);
+    }
+
+    void everyInvalidBodyIsRefused_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("not json") << QByteArray("<html>");
+        QTest::newRow("array") << QByteArray("[]");
+        QTest::newRow("no entries") << QByteArray("{\"items\":[]}");
+        QTest::newRow("entries not an array") << QByteArray("{\"entries\":{}}");
+        QTest::newRow("entries null") << QByteArray("{\"entries\":null}");
+        QTest::newRow("cut short") << QByteArray("{\"entries\":[{\"path\":\"a.lua\"}");
+        QTest::newRow("trailing text") << QByteArray("{\"entries\":[]} x");
+        QTest::newRow("bad literal elsewhere")
+            << QByteArray("{\"entries\":[{\"path\":\"a\",\"x\":tru}]}");
+        QTest::newRow("bad number elsewhere") << QByteArray("{\"n\":01,\"entries\":[]}");
+        QTest::newRow("trailing comma") << QByteArray("{\"entries\":[{\"path\":\"a\"},]}");
+        QTest::newRow("not utf-8") << QByteArray("{\"entries\":[{\"path\":\"\xff\"}]}");
+    }
+
+    void everyInvalidBodyIsRefused()
+    {
+        QFETCH(QByteArray, body);
+        QVERIFY(!reference(body, QString()).has_value());
+        QVERIFY(!TPListingDecoder::childrenOf(body, QString()).has_value());
+    }
+
+    void aBodyOnlyQtAcceptsIsReadAsQtReadsIt()
+    {
+        // Qt's reader takes an unknown escape as the character itself.
+        compareWithReference("{\"entries\":[{\"path\":\"\\q.lua\"}]}", QString());
+        QCOMPARE(names(TPListingDecoder::childrenOf("{\"entries\":[{\"path\":\"\\q.lua\"}]}",
+                                                    QString())),
+                 names(reference("{\"entries\":[{\"path\":\"\\q.lua\"}]}", QString())));
+    }
+
+    void theRecordsAreTheListingsOwn()
+    {
+        const QByteArray body = "{\"entries\":[{\"path\":\"a.lua\",\"dir\":false,\"size\":3,"
+                                "\"meta\":{\"k\":[1,2]}}]}";
+        const auto children = TPListingDecoder::childrenOf(body, QString());
+        QVERIFY(children);
+        QCOMPARE(children->size(), 1);
+        QCOMPARE(children->at(0), reference(body, QString())->at(0));
+        QCOMPARE(children->at(0).toObject().value(QLatin1String("size")).toInt(), 3);
+    }
+
+    // Random listings, some of them broken, read the same both ways.
+    void randomListingsReadTheSameBothWays()
+    {
+        QRandomGenerator random(4242);
+        const char *paths[] = {"a",     "a/b.lua", "a/c", "a/c/d.lua", "B.lua", "b.lua",
+                               "é.lua", "a//x",    "/x",  "a/",        "",      "x y.lua"};
+        const char *dirs[] = {"true", "false", "1", "0", "\"yes\"", "\"no\"", "null", "{}"};
+        const char *folders[] = {"", "a", "a/c", "B"};
+        for (int round = 0; round < 400; ++round) {
+            QByteArray body = "{\"entries\":[";
+            const int count = random.bounded(12);
+            for (int i = 0; i < count; ++i) {
+                if (i > 0)
+                    body += ',';
+                body += "{\"path\":\"" + QByteArray(paths[random.bounded(12)]) + '"';
+                if (random.bounded(3) > 0)
+                    body += ",\"dir\":" + QByteArray(dirs[random.bounded(8)]);
+                body += '}';
+            }
+            body += "]}";
+            if (random.bounded(5) == 0)
+                body.remove(random.bounded(body.size()), 1);
+            compareWithReference(body, QString::fromLatin1(folders[random.bounded(4)]));
+        }
+    }
+};
+
+QTEST_MAIN(TestTPListingDecoder)
+#include "tst_tplistingdecoder.moc"
