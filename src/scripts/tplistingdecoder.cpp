@@ -61,40 +61,16 @@ error_code check(ondemand::value value)
     return INCORRECT_TYPE;
 }
 
-// The truth value of a "dir" member, read the way TPScriptTree reads Qt's value of it.
-error_code truthOf(ondemand::value value, bool &truth)
+// One element of "entries": its "path" as Qt would read it (the last of repeated members
+// wins; a non-object has none), as unescaped UTF-8. "dir" is only checked here: it is read
+// from the record of a kept entry.
+struct EntryPath
 {
-    ondemand::json_type type;
-    if (const error_code error = value.type().get(type))
-        return error;
-    truth = false;
-    if (type == ondemand::json_type::boolean)
-        return value.get_bool().get(truth);
-    if (type == ondemand::json_type::number) {
-        double number = 0;
-        const error_code error = value.get_double().get(number);
-        truth = number != 0.0;
-        return error;
-    }
-    if (type == ondemand::json_type::string) {
-        std::string_view text;
-        const error_code error = value.get_string().get(text);
-        truth =
-            TPScriptTree::textTruthValue(QString::fromUtf8(text.data(), qsizetype(text.size())));
-        return error;
-    }
-    return check(value);
-}
-
-struct Entry
-{
-    std::optional<QString> path; // the last "path" member that is a text
-    bool dir = false;
+    bool isText = false;
+    std::string_view text;
 };
 
-// One element of "entries": its "path" and "dir" as Qt would read them (the last of
-// repeated members wins; a non-object has neither).
-error_code readEntry(ondemand::value value, Entry &entry)
+error_code readEntry(ondemand::value value, EntryPath &path)
 {
     ondemand::json_type type;
     if (const error_code error = value.type().get(type))
@@ -119,15 +95,12 @@ error_code readEntry(ondemand::value value, Entry &entry)
                 std::string_view text;
                 if (const error_code error = member.get_string().get(text))
                     return error;
-                entry.path = QString::fromUtf8(text.data(), qsizetype(text.size()));
+                path = {true, text};
             } else {
-                entry.path.reset();
+                path = {};
                 if (const error_code error = check(member))
                     return error;
             }
-        } else if (key == "dir") {
-            if (const error_code error = truthOf(member, entry.dir))
-                return error;
         } else if (const error_code error = check(member)) {
             return error;
         }
@@ -170,7 +143,16 @@ std::optional<QJsonArray> readWithSimdjson(QByteArray body, const QString &folde
     if (document.get_object().get(top))
         return std::nullopt;
 
-    const QString prefix = TPScriptTree::childPrefix(folder);
+    // TPScriptTree::isChildPath on the UTF-8 bytes: a prefix of the text is a prefix of its
+    // bytes, and "/" is one byte that no other character contains.
+    const QByteArray prefixBytes = TPScriptTree::childPrefix(folder).toUtf8();
+    const std::string_view prefix(prefixBytes.constData(), size_t(prefixBytes.size()));
+    const auto isChild = [&prefix](std::string_view path) {
+        if (path.empty() || path.substr(0, prefix.size()) != prefix)
+            return false;
+        const std::string_view remainder = path.substr(prefix.size());
+        return !remainder.empty() && remainder.find('/') == std::string_view::npos;
+    };
     std::optional<QList<QJsonValue>> kept;
     for (auto field : top) {
         std::string_view key;
@@ -201,10 +183,10 @@ std::optional<QJsonArray> readWithSimdjson(QByteArray body, const QString &folde
             ondemand::value value;
             if (document.current_location().get(start) || element.get(value))
                 return std::nullopt;
-            Entry entry;
-            if (readEntry(value, entry))
+            EntryPath path;
+            if (readEntry(value, path))
                 return std::nullopt;
-            if (!entry.path || !TPScriptTree::isChildPath(prefix, *entry.path))
+            if (!path.isText || !isChild(path.text))
                 continue;
             const char *end = nullptr;
             if (document.current_location().get(end))
