@@ -177,26 +177,23 @@ void TPCodeEditor::afterChange()
 
 void TPCodeEditor::undo()
 {
-    const TPEditHistory::Step step = m_history.takeUndo();
-    if (step.isEmpty())
-        return;
-    m_binding.apply(step);
-    emit historyChanged();
-    afterChange();
-    select(step.last().offset + step.last().inserted.size(),
-           step.last().offset + step.last().inserted.size());
+    replayHistoryStep(m_history.takeUndo());
 }
 
 void TPCodeEditor::redo()
 {
-    const TPEditHistory::Step step = m_history.takeRedo();
+    replayHistoryStep(m_history.takeRedo());
+}
+
+void TPCodeEditor::replayHistoryStep(const TPEditHistory::Step &step)
+{
     if (step.isEmpty())
         return;
     m_binding.apply(step);
     emit historyChanged();
     afterChange();
-    select(step.last().offset + step.last().inserted.size(),
-           step.last().offset + step.last().inserted.size());
+    const qsizetype end = step.last().offset + step.last().inserted.size();
+    select(end, end);
 }
 
 void TPCodeEditor::pressSymbolKey(const QString &key)

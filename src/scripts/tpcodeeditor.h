@@ -106,6 +106,8 @@ private slots:
 private:
     void onDocumentEdited(const TPTextEdit &edit);
     void afterChange();
+    // Applies an undo or redo step taken from the history, without recording it again.
+    void replayHistoryStep(const TPEditHistory::Step &step);
     void onSyntaxResult(quint64 generation, const TPLuaSyntaxResult &result);
     bool handleKey(QKeyEvent *event);
     bool backspace();

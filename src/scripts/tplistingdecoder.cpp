@@ -13,6 +13,27 @@ namespace {
 
 using namespace simdjson;
 
+// Calls `visit(key, value)` for each member of the object in `value`, in order, until one
+// reports an error.
+template <typename Visit>
+error_code forEachMember(ondemand::value value, Visit visit)
+{
+    ondemand::object object;
+    if (const error_code error = value.get_object().get(object))
+        return error;
+    for (auto field : object) {
+        std::string_view key;
+        ondemand::value member;
+        if (const error_code error = field.unescaped_key().get(key))
+            return error;
+        if (const error_code error = field.value().get(member))
+            return error;
+        if (const error_code error = visit(key, member))
+            return error;
+    }
+    return SUCCESS;
+}
+
 // Reads a value whatever it holds, so that a malformed one is found.
 error_code check(ondemand::value value)
 {
@@ -20,22 +41,9 @@ error_code check(ondemand::value value)
     if (const error_code error = value.type().get(type))
         return error;
     switch (type) {
-    case ondemand::json_type::object: {
-        ondemand::object object;
-        if (const error_code error = value.get_object().get(object))
-            return error;
-        for (auto field : object) {
-            std::string_view key;
-            ondemand::value member;
-            if (const error_code error = field.unescaped_key().get(key))
-                return error;
-            if (const error_code error = field.value().get(member))
-                return error;
-            if (const error_code error = check(member))
-                return error;
-        }
-        return SUCCESS;
-    }
+    case ondemand::json_type::object:
+        return forEachMember(
+            value, [](std::string_view, ondemand::value member) { return check(member); });
     case ondemand::json_type::array: {
         ondemand::array array;
         if (const error_code error = value.get_array().get(array))
@@ -77,35 +85,22 @@ error_code readEntry(ondemand::value value, EntryPath &path)
         return error;
     if (type != ondemand::json_type::object)
         return check(value);
-    ondemand::object object;
-    if (const error_code error = value.get_object().get(object))
-        return error;
-    for (auto field : object) {
-        std::string_view key;
-        ondemand::value member;
-        if (const error_code error = field.unescaped_key().get(key))
+    return forEachMember(value, [&path](std::string_view key, ondemand::value member) {
+        if (key != "path")
+            return check(member);
+        ondemand::json_type memberType;
+        if (const error_code error = member.type().get(memberType))
             return error;
-        if (const error_code error = field.value().get(member))
-            return error;
-        if (key == "path") {
-            ondemand::json_type memberType;
-            if (const error_code error = member.type().get(memberType))
-                return error;
-            if (memberType == ondemand::json_type::string) {
-                std::string_view text;
-                if (const error_code error = member.get_string().get(text))
-                    return error;
-                path = {true, text};
-            } else {
-                path = {};
-                if (const error_code error = check(member))
-                    return error;
-            }
-        } else if (const error_code error = check(member)) {
-            return error;
+        if (memberType != ondemand::json_type::string) {
+            path = {};
+            return check(member);
         }
-    }
-    return SUCCESS;
+        std::string_view text;
+        if (const error_code error = member.get_string().get(text))
+            return error;
+        path = {true, text};
+        return SUCCESS;
+    });
 }
 
 // The text of the element that ends where `end` now points: back over blanks and a comma.

@@ -1,5 +1,6 @@
 #include "appdelegate.h"
 #include "tpnavigationstack.h"
+#include "tpquicktestutil.h"
 #include "tpscreenfixture.h"
 #include "tpscriptslistvc.h"
 #include "tpslidercell.h"
@@ -17,17 +18,6 @@ namespace {
 const QByteArray kListing = "{\"entries\":[{\"path\":\"lib\",\"dir\":true},"
                             "{\"path\":\"main.lua\",\"dir\":false}]}";
 
-QQuickItem *findItem(QQuickItem *root, const QString &name)
-{
-    if (root->objectName() == name)
-        return root;
-    for (QQuickItem *child : root->childItems()) {
-        if (QQuickItem *found = findItem(child, name))
-            return found;
-    }
-    return nullptr;
-}
-
 // Presses at `from`, moves to `to` in small steps as a finger does, and lifts there.
 void drag(QQuickWindow *window, QPoint from, QPoint to)
 {
@@ -36,11 +26,6 @@ void drag(QQuickWindow *window, QPoint from, QPoint to)
     for (int step = 1; step <= steps; ++step)
         QTest::mouseMove(window, from + (to - from) * step / steps, 16);
     QTest::mouseRelease(window, Qt::LeftButton, {}, to, 16);
-}
-
-QPoint centreOf(QQuickItem *item)
-{
-    return item->mapToScene(QPointF(item->width() / 2, item->height() / 2)).toPoint();
 }
 
 qreal swipePosition(QQuickItem *row)
@@ -100,21 +85,22 @@ private slots:
     {
         TPScriptsListVC *list = showList();
         QVERIFY(list);
-        QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("row1")));
-        QQuickItem *fileRow = findItem(m_view->rootObject(), QStringLiteral("row1"));
+        QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("row1")));
+        QQuickItem *fileRow = TPFindItem(m_view->rootObject(), QStringLiteral("row1"));
         // From the name: the right of a row holds its buttons.
-        const QPoint start = centreOf(fileRow) - QPoint(20, 0);
+        const QPoint start = TPCentreOf(fileRow) - QPoint(20, 0);
         drag(m_view.get(), start, start - QPoint(200, 0));
         QTRY_VERIFY(swipePosition(fileRow) < -0.5);
-        QQuickItem *deleteButton = findItem(fileRow, QStringLiteral("deleteButton"));
+        QQuickItem *deleteButton = TPFindItem(fileRow, QStringLiteral("deleteButton"));
         QVERIFY(deleteButton);
         QTRY_VERIFY(deleteButton->isVisible());
         // In the interface's language.
-        QCOMPARE(
-            findItem(deleteButton, QStringLiteral("deleteButtonText"))->property("text").toString(),
-            QString::fromUtf8("Xoá"));
+        QCOMPARE(TPFindItem(deleteButton, QStringLiteral("deleteButtonText"))
+                     ->property("text")
+                     .toString(),
+                 QString::fromUtf8("Xoá"));
         m_fixture.engine->clearRequests();
-        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, centreOf(deleteButton));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(deleteButton));
         QTRY_VERIFY(!m_fixture.requestsTo(QStringLiteral("/script")).isEmpty());
         const TPRecordedRequest deletion = m_fixture.requestsTo(QStringLiteral("/script")).first();
         QCOMPARE(deletion.method, QByteArray("DELETE"));
@@ -126,23 +112,23 @@ private slots:
     {
         TPScriptsListVC *list = showList();
         QTRY_COMPARE(list->rows().size(), 2);
-        QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("rowButton_run_1")));
-        QVERIFY(!findItem(m_view->rootObject(), QStringLiteral("rowButton_run_0")));
-        QQuickItem *run = findItem(m_view->rootObject(), QStringLiteral("rowButton_run_1"));
-        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, centreOf(run));
+        QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("rowButton_run_1")));
+        QVERIFY(!TPFindItem(m_view->rootObject(), QStringLiteral("rowButton_run_0")));
+        QQuickItem *run = TPFindItem(m_view->rootObject(), QStringLiteral("rowButton_run_1"));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(run));
         QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/runfile")).size(), 1);
-        QQuickItem *more = findItem(m_view->rootObject(), QStringLiteral("rowButton_more_0"));
+        QQuickItem *more = TPFindItem(m_view->rootObject(), QStringLiteral("rowButton_more_0"));
         QVERIFY(more && more->isVisible());
-        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, centreOf(more));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(more));
         QTRY_COMPARE(m_fixture.actionTitles(), QStringList({u8"Đổi tên", u8"Xoá", u8"Huỷ"}));
     }
 
     void aLongPressOnARowOpensItsMenu()
     {
         QVERIFY(showList());
-        QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("row1")));
+        QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("row1")));
         const QPoint at =
-            centreOf(findItem(m_view->rootObject(), QStringLiteral("row1"))) - QPoint(100, 0);
+            TPCentreOf(TPFindItem(m_view->rootObject(), QStringLiteral("row1"))) - QPoint(100, 0);
         QTest::mousePress(m_view.get(), Qt::LeftButton, {}, at);
         QTRY_COMPARE(m_fixture.actionTitles(), QStringList({u8"Đổi tên", u8"Xoá", u8"Huỷ"}));
         QTest::mouseRelease(m_view.get(), Qt::LeftButton, {}, at);
@@ -162,10 +148,10 @@ private slots:
         QVERIFY(showPage("NavigationView",
                          {{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}}));
         m_stack->setVisible(true);
-        QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("refreshActivity")));
-        QQuickItem *activity = findItem(m_view->rootObject(), QStringLiteral("refreshActivity"));
+        QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("refreshActivity")));
+        QQuickItem *activity = TPFindItem(m_view->rootObject(), QStringLiteral("refreshActivity"));
         QTRY_VERIFY(activity->isVisible());
-        QQuickItem *refresh = findItem(m_view->rootObject(), QStringLiteral("refreshButton"));
+        QQuickItem *refresh = TPFindItem(m_view->rootObject(), QStringLiteral("refreshButton"));
         QVERIFY(refresh->isEnabled());
         QTRY_VERIFY_WITH_TIMEOUT(!activity->isVisible(), 5000);
     }
@@ -178,9 +164,9 @@ private slots:
                          {{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}}));
         m_stack->setVisible(true);
         m_stack->pushViewController(new TPScriptsListVC(QStringLiteral("lib")));
-        QQuickItem *back = findItem(m_view->rootObject(), QStringLiteral("backButton"));
+        QQuickItem *back = TPFindItem(m_view->rootObject(), QStringLiteral("backButton"));
         QTRY_VERIFY(back->isVisible());
-        QQuickItem *label = findItem(back, QStringLiteral("barButtonLabel"));
+        QQuickItem *label = TPFindItem(back, QStringLiteral("barButtonLabel"));
         QTRY_COMPARE(label->property("text").toString(), QStringLiteral("Scripts"));
         QVERIFY(label->isVisible());
         // No room for it: only the chevron is left.
@@ -192,9 +178,9 @@ private slots:
     {
         TPScriptsListVC *list = showList();
         QTRY_COMPARE(list->rows().size(), 2);
-        QQuickItem *field = findItem(m_view->rootObject(), QStringLiteral("searchField"));
+        QQuickItem *field = TPFindItem(m_view->rootObject(), QStringLiteral("searchField"));
         QVERIFY(field);
-        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, centreOf(field));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(field));
         QTest::keyClick(m_view.get(), 'M');
         QTRY_COMPARE(list->rowsModel()->rowCount(), 1);
         QTest::keyClick(m_view.get(), Qt::Key_Backspace);
@@ -205,9 +191,9 @@ private slots:
     {
         m_fixture.serveListing("{\"entries\":[{\"path\":\"a b.lua\"}]}");
         QVERIFY(showList());
-        QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("row0")));
-        QQuickItem *row = findItem(m_view->rootObject(), QStringLiteral("row0"));
-        QQuickItem *note = findItem(row, QStringLiteral("unreachableNote"));
+        QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("row0")));
+        QQuickItem *row = TPFindItem(m_view->rootObject(), QStringLiteral("row0"));
+        QQuickItem *note = TPFindItem(row, QStringLiteral("unreachableNote"));
         QVERIFY(note && note->isVisible());
     }
 
@@ -219,22 +205,22 @@ private slots:
         list.setPresenter(m_fixture.presenter.get());
         list.onAddTapped();
         QQuickItem *cancel = nullptr;
-        QTRY_VERIFY((cancel = findItem(m_view->rootObject(), QStringLiteral("sheetAction2"))));
+        QTRY_VERIFY((cancel = TPFindItem(m_view->rootObject(), QStringLiteral("sheetAction2"))));
         QTRY_VERIFY(cancel->isVisible());
         m_view->resize(900, 700);
         QTRY_VERIFY(!cancel->isVisible());
         m_view->resize(390, 700);
         QTRY_VERIFY(cancel->isVisible());
-        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, centreOf(cancel));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(cancel));
         QTRY_COMPARE(m_fixture.alert(), nullptr);
     }
 
     void swipingFolderRowRevealsNothing()
     {
         QVERIFY(showList());
-        QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("row0")));
-        QQuickItem *folderRow = findItem(m_view->rootObject(), QStringLiteral("row0"));
-        const QPoint start = centreOf(folderRow) - QPoint(20, 0);
+        QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("row0")));
+        QQuickItem *folderRow = TPFindItem(m_view->rootObject(), QStringLiteral("row0"));
+        const QPoint start = TPCentreOf(folderRow) - QPoint(20, 0);
         drag(m_view.get(), start, start - QPoint(200, 0));
         QCOMPARE(swipePosition(folderRow), 0.0);
         QCOMPARE(m_fixture.requestsTo(QStringLiteral("/script")).size(), 0);
@@ -243,9 +229,9 @@ private slots:
     void tappingFolderRowOpensIt()
     {
         QVERIFY(showList());
-        QTRY_VERIFY(findItem(m_view->rootObject(), QStringLiteral("row0")));
+        QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("row0")));
         QTest::mouseClick(m_view.get(), Qt::LeftButton, {},
-                          centreOf(findItem(m_view->rootObject(), QStringLiteral("row0"))));
+                          TPCentreOf(TPFindItem(m_view->rootObject(), QStringLiteral("row0"))));
         QTRY_COMPARE(m_stack->depth(), 2);
     }
 
@@ -255,7 +241,7 @@ private slots:
         QVERIFY(list);
         QTRY_COMPARE(list->rows().size(), 2);
         const int before = int(m_fixture.requestsTo(QStringLiteral("/scripts")).size());
-        QQuickItem *listView = findItem(m_view->rootObject(), QStringLiteral("scriptsList"));
+        QQuickItem *listView = TPFindItem(m_view->rootObject(), QStringLiteral("scriptsList"));
         QVERIFY(listView);
         const QPoint top = listView->mapToScene(QPointF(195, 30)).toPoint();
         drag(m_view.get(), top, top + QPoint(0, 300));
@@ -267,7 +253,7 @@ private slots:
     {
         TPScriptsListVC *list = showList();
         QTRY_COMPARE(list->rows().size(), 2);
-        QQuickItem *listView = findItem(m_view->rootObject(), QStringLiteral("scriptsList"));
+        QQuickItem *listView = TPFindItem(m_view->rootObject(), QStringLiteral("scriptsList"));
         const QPoint top = listView->mapToScene(QPointF(195, 30)).toPoint();
         drag(m_view.get(), top, top + QPoint(0, 40));
         list->onRefreshTapped(); // a later listing: a refresh from the pull would come first
@@ -281,9 +267,9 @@ private slots:
         QVERIFY(app.presenter()->current());
         QVERIFY(showPage("AlertHost",
                          {{QStringLiteral("presenter"), QVariant::fromValue(app.presenter())}}));
-        QQuickItem *field = findItem(m_view->rootObject(), QStringLiteral("alertTextField"));
+        QQuickItem *field = TPFindItem(m_view->rootObject(), QStringLiteral("alertTextField"));
         QVERIFY(field);
-        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, centreOf(field));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(field));
         QTRY_VERIFY(field->hasActiveFocus());
         QTest::keyClick(m_view.get(), Qt::Key_Space);
         QTest::keyClick(m_view.get(), Qt::Key_Space);
@@ -293,7 +279,7 @@ private slots:
         QVERIFY(app.ownerSaveAction()->isEnabled());
         QTest::keyClick(m_view.get(), Qt::Key_Backspace);
         QVERIFY(!app.ownerSaveAction()->isEnabled());
-        QQuickItem *save = findItem(m_view->rootObject(), QStringLiteral("alertAction0"));
+        QQuickItem *save = TPFindItem(m_view->rootObject(), QStringLiteral("alertAction0"));
         QVERIFY(save && !save->isEnabled());
     }
 
@@ -305,7 +291,7 @@ private slots:
         cell.setOnChanged([&reports](qint64 value) { reports.append(value); });
         QVERIFY(showPage("SliderRow", {{QStringLiteral("cell"), QVariant::fromValue(&cell)}},
                          QSize(390, 72)));
-        QQuickItem *slider = findItem(m_view->rootObject(), QStringLiteral("slider"));
+        QQuickItem *slider = TPFindItem(m_view->rootObject(), QStringLiteral("slider"));
         QVERIFY(slider);
         QTRY_VERIFY(slider->width() > 100);
         const QPoint from =
@@ -335,7 +321,7 @@ private slots:
                          QSize(390, 72)));
         m_view->setResizeMode(QQuickView::SizeViewToRootObject);
         m_view->resize(390, 300);
-        QQuickItem *slider = findItem(m_view->rootObject(), QStringLiteral("slider"));
+        QQuickItem *slider = TPFindItem(m_view->rootObject(), QStringLiteral("slider"));
         QTRY_VERIFY(slider->width() > 100);
         const QPoint from =
             slider->mapToScene(QPointF(slider->width() * 0.5, slider->height() / 2)).toPoint();

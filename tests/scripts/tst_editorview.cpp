@@ -1,6 +1,7 @@
 #include "tpeditorvc.h"
 #include "tplinegutter.h"
 #include "tpnavigationstack.h"
+#include "tpquicktestutil.h"
 #include "tpscreenfixture.h"
 #include "tpscriptslistvc.h"
 #include "tpsettingsstore.h"
@@ -14,26 +15,6 @@
 #include <QtQml/qqmlextensionplugin.h>
 
 Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
-
-namespace {
-
-QQuickItem *findItem(QQuickItem *root, const QString &name)
-{
-    if (root->objectName() == name)
-        return root;
-    for (QQuickItem *child : root->childItems()) {
-        if (QQuickItem *found = findItem(child, name))
-            return found;
-    }
-    return nullptr;
-}
-
-QPoint centreOf(QQuickItem *item)
-{
-    return item->mapToScene(QPointF(item->width() / 2, item->height() / 2)).toPoint();
-}
-
-} // namespace
 
 // The editor as a person uses it: its real view on the offscreen platform, the file read
 // from and saved to a recording engine on loopback.
@@ -86,13 +67,13 @@ class TestEditorView : public QObject
         return !waitForText || QTest::qWaitFor([this] { return !m_editor->loading(); });
     }
 
-    QQuickItem *item(const QString &name) const { return findItem(m_view->rootObject(), name); }
+    QQuickItem *item(const QString &name) const { return TPFindItem(m_view->rootObject(), name); }
 
     void click(const QString &name)
     {
         QQuickItem *target = item(name);
         QVERIFY2(target && target->isVisible(), qPrintable(name));
-        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, centreOf(target));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(target));
     }
 
     // Puts the cursor at `position` of the text item and gives it the keyboard.
