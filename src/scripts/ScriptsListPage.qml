@@ -88,7 +88,6 @@ Item {
             required property string label
             required property bool isFolder
             required property bool canEdit
-            required property bool runEnabled
             required property bool unreachable
             required property var buttons
             objectName: "row" + index
@@ -134,7 +133,7 @@ Item {
                             objectName: "rowButton_" + modelData.action + "_" + row.index
                             anchorName: modelData.action === "more" ? "row:" + row.index : ""
                             text: modelData.title
-                            enabled: modelData.action !== "run" || row.runEnabled
+                            enabled: modelData.enabled
                             color: Theme[modelData.color]
                             Accessible.name: modelData.accessibleName !== undefined ? modelData.accessibleName : modelData.title
                             onClicked: page.controller.onRowButtonTapped(modelData.action, row.index)

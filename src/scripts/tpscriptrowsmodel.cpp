@@ -40,7 +40,7 @@ void TPScriptRowsModel::setRunsInFlight(const QSet<QString> &paths)
 {
     m_runsInFlight = paths;
     if (rowCount() > 0)
-        emit dataChanged(index(0), index(rowCount() - 1), {RunEnabledRole});
+        emit dataChanged(index(0), index(rowCount() - 1), {ButtonsRole});
 }
 
 void TPScriptRowsModel::retitleButtons()
@@ -74,12 +74,20 @@ QVariant TPScriptRowsModel::data(const QModelIndex &index, int role) const
     case CanEditRole:
         // Only files offer swipe-to-delete.
         return !TPScriptTree::isFolderEntry(entry);
-    case RunEnabledRole:
-        return !m_runsInFlight.contains(TPScriptTree::entryPath(entry));
     case UnreachableRole:
         return !TPEngineAPI::canCarryPath(TPScriptTree::entryPath(entry));
-    case ButtonsRole:
-        return m_buttonsForDir(TPScriptTree::isFolderEntry(entry));
+    case ButtonsRole: {
+        // A row's Run button is disabled while its run is in flight.
+        const bool running = m_runsInFlight.contains(TPScriptTree::entryPath(entry));
+        QVariantList buttons = m_buttonsForDir(TPScriptTree::isFolderEntry(entry));
+        for (QVariant &button : buttons) {
+            QVariantMap map = button.toMap();
+            map.insert(QStringLiteral("enabled"),
+                       !running || map.value(QStringLiteral("action")) != QLatin1String("run"));
+            button = map;
+        }
+        return buttons;
+    }
     default:
         return {};
     }
@@ -87,8 +95,6 @@ QVariant TPScriptRowsModel::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> TPScriptRowsModel::roleNames() const
 {
-    return {
-        {LabelRole, "label"},     {IsFolderRole, "isFolder"},     {PathRole, "path"},
-        {CanEditRole, "canEdit"}, {RunEnabledRole, "runEnabled"}, {UnreachableRole, "unreachable"},
-        {ButtonsRole, "buttons"}};
+    return {{LabelRole, "label"},     {IsFolderRole, "isFolder"},       {PathRole, "path"},
+            {CanEditRole, "canEdit"}, {UnreachableRole, "unreachable"}, {ButtonsRole, "buttons"}};
 }

@@ -23,8 +23,6 @@ public:
         IsFolderRole,
         PathRole,
         CanEditRole,
-        // False while the row's run is in flight.
-        RunEnabledRole,
         // The row's path cannot travel in the engine's URL.
         UnreachableRole,
         ButtonsRole,

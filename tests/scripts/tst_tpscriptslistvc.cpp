@@ -402,9 +402,24 @@ private slots:
             answer.delayMs = 300;
             return answer;
         });
+        const auto runEnabled = [&index] {
+            return index.data(TPScriptRowsModel::ButtonsRole)
+                .toList()
+                .at(0)
+                .toMap()
+                .value(QStringLiteral("enabled"))
+                .toBool();
+        };
         list->onRowButtonTapped(QStringLiteral("run"), fileRow);
-        QCOMPARE(index.data(TPScriptRowsModel::RunEnabledRole).toBool(), false);
-        QTRY_COMPARE(index.data(TPScriptRowsModel::RunEnabledRole).toBool(), true);
+        QCOMPARE(runEnabled(), false);
+        // The menu button stays enabled.
+        QCOMPARE(index.data(TPScriptRowsModel::ButtonsRole)
+                     .toList()
+                     .at(1)
+                     .toMap()
+                     .value(QStringLiteral("enabled")),
+                 QVariant(true));
+        QTRY_COMPARE(runEnabled(), true);
         QCOMPARE(m_fixture.requestsTo(QStringLiteral("/runfile")).size(), 1);
         QCOMPARE(m_fixture.alertText(), QString::fromUtf8("Lỗi|Không chạy được (engine offline?)"));
     }
