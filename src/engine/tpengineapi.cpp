@@ -305,15 +305,22 @@ void TPEngineAPI::scriptsWithCompletion(ListCompletion completion)
                           return;
                       }
                       // The status is deliberately not examined: any "entries" array is a listing.
-                      const QJsonDocument document = QJsonDocument::fromJson(*body);
-                      const QJsonValue entries =
-                          document.isObject() ? document.object().value(QLatin1String("entries"))
-                                              : QJsonValue(QJsonValue::Undefined);
-                      if (entries.isArray())
-                          completion(entries.toArray(), std::nullopt);
+                      if (const std::optional<QJsonArray> entries = listingEntries(*body))
+                          completion(*entries, std::nullopt);
                       else
                           completion({}, errorMsg(message("Dữ liệu /scripts không hợp lệ")));
                   });
+}
+
+std::optional<QJsonArray> TPEngineAPI::listingEntries(const QByteArray &body)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(body);
+    const QJsonValue entries = document.isObject()
+                                   ? document.object().value(QLatin1String("entries"))
+                                   : QJsonValue(QJsonValue::Undefined);
+    if (!entries.isArray())
+        return std::nullopt;
+    return entries.toArray();
 }
 
 void TPEngineAPI::scriptsBodyWithCompletion(BodyCompletion completion)

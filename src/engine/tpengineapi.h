@@ -48,6 +48,9 @@ public:
     // examined) for a caller that reads it itself, off the main thread; a transport failure
     // gives no body and the error.
     using BodyCompletion = std::function<void(const QByteArray &body, const Error &error)>;
+    // The "entries" of a listing body read by Qt's JSON reader, or nothing when the body is
+    // not a JSON object with an "entries" array.
+    static std::optional<QJsonArray> listingEntries(const QByteArray &body);
     static void scriptsBodyWithCompletion(BodyCompletion completion);
     static void readScript(const QString &path, TextCompletion completion);
     static void saveScript(const QString &path, const QString &content, Completion completion);

@@ -1,5 +1,6 @@
 #include "tplistingdecoder.h"
 
+#include "tpengineapi.h"
 #include "tpscripttree.h"
 
 #include <QJsonDocument>
@@ -116,13 +117,10 @@ QByteArray elementText(const char *start, const char *end)
 // lenient in places (an unknown escape in a text), and its verdict is the one that counts.
 std::optional<QJsonArray> readWithQt(const QByteArray &body, const QString &folder)
 {
-    const QJsonDocument document = QJsonDocument::fromJson(body);
-    const QJsonValue entries = document.isObject()
-                                   ? document.object().value(QLatin1String("entries"))
-                                   : QJsonValue(QJsonValue::Undefined);
-    if (!entries.isArray())
+    const std::optional<QJsonArray> entries = TPEngineAPI::listingEntries(body);
+    if (!entries)
         return std::nullopt;
-    return TPScriptTree::filterChildrenOf(folder, entries.toArray());
+    return TPScriptTree::filterChildrenOf(folder, *entries);
 }
 
 std::optional<QJsonArray> readWithSimdjson(QByteArray body, const QString &folder)
