@@ -44,7 +44,6 @@ void TPLineGutter::setTextItem(QQuickItem *item)
             updateWidth();
             updateCurrentLine();
         });
-        connect(m_textItem, SIGNAL(cursorPositionChanged()), this, SLOT(update()));
         connect(m_textItem, &QQuickItem::widthChanged, this, [this] { update(); });
         connect(m_textItem, SIGNAL(cursorPositionChanged()), this, SIGNAL(geometryInputsChanged()));
     }
@@ -78,10 +77,8 @@ void TPLineGutter::updateCurrentLine()
     const QTextDocument *doc = document();
     const int position = m_textItem ? m_textItem->property("cursorPosition").toInt() : 0;
     const int line = doc ? doc->findBlock(position).blockNumber() + 1 : 1;
-    if (line != m_currentLine && line > 0) {
+    if (line > 0)
         m_currentLine = line;
-        emit currentLineChanged();
-    }
 }
 
 QList<std::pair<int, qreal>> TPLineGutter::visibleNumbers() const

@@ -20,7 +20,6 @@ class TPLineGutter : public QQuickPaintedItem
     Q_PROPERTY(qreal contentY READ contentY WRITE setContentY NOTIFY geometryInputsChanged)
     Q_PROPERTY(qreal textTopPadding MEMBER m_textTopPadding NOTIFY geometryInputsChanged)
     Q_PROPERTY(int errorLine MEMBER m_errorLine NOTIFY geometryInputsChanged)
-    Q_PROPERTY(int currentLine READ currentLine NOTIFY currentLineChanged)
     Q_PROPERTY(QFont font MEMBER m_font NOTIFY geometryInputsChanged)
     Q_PROPERTY(QColor numberColor MEMBER m_numberColor NOTIFY geometryInputsChanged)
     Q_PROPERTY(QColor currentNumberColor MEMBER m_currentNumberColor NOTIFY geometryInputsChanged)
@@ -33,8 +32,6 @@ public:
     void setTextItem(QQuickItem *item);
     qreal contentY() const { return m_contentY; }
     void setContentY(qreal y);
-    // The 1-based line that holds the text item's cursor.
-    int currentLine() const { return m_currentLine; }
 
     // The 1-based line numbers in sight and where each is drawn, top to bottom.
     QList<std::pair<int, qreal>> visibleNumbers() const;
@@ -44,7 +41,6 @@ public:
 signals:
     void textItemChanged();
     void geometryInputsChanged();
-    void currentLineChanged();
 
 private:
     QTextDocument *document() const;
@@ -55,6 +51,7 @@ private:
     qreal m_contentY = 0;
     qreal m_textTopPadding = 0;
     int m_errorLine = 0;
+    // The 1-based line that holds the text item's cursor; its number is drawn stronger.
     int m_currentLine = 1;
     int m_digits = 0;
     QFont m_font;

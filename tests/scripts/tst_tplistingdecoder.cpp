@@ -1,23 +1,20 @@
+#include "tpengineapi.h"
 #include "tplistingdecoder.h"
 #include "tpscripttree.h"
 
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QRandomGenerator>
 #include <QTest>
 
 namespace {
 
-// What the listing gives through Qt's reader and the tree's filter: the reference.
+// What the app read before the decoder: Qt's reader and the tree's filter.
 std::optional<QJsonArray> reference(const QByteArray &body, const QString &folder)
 {
-    const QJsonDocument document = QJsonDocument::fromJson(body);
-    const QJsonValue entries = document.isObject()
-                                   ? document.object().value(QLatin1String("entries"))
-                                   : QJsonValue(QJsonValue::Undefined);
-    if (!entries.isArray())
+    const std::optional<QJsonArray> entries = TPEngineAPI::listingEntries(body);
+    if (!entries)
         return std::nullopt;
-    return TPScriptTree::filterChildrenOf(folder, entries.toArray());
+    return TPScriptTree::filterChildrenOf(folder, *entries);
 }
 
 QStringList names(const std::optional<QJsonArray> &children)
