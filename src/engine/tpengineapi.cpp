@@ -15,12 +15,15 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
 
 namespace {
 
 constexpr auto kInvalidUrlMessage = "URL không hợp lệ";
 constexpr auto kTransportDomain = "QNetworkReply";
 constexpr auto kTimedOutProperty = "tpTimedOut";
+// Bytes kept free after a received body.
+constexpr qsizetype kReadAheadRoom = 64;
 
 struct BaseAddressHolder
 {
@@ -103,22 +106,40 @@ TPError transportError(QNetworkReply *reply)
     return {message(kTransportDomain), reply->error(), reply->errorString()};
 }
 
-// Runs `work` on the main thread after the current call has returned.
+// Runs `work` on the main thread after the current call has returned. The application
+// object is looked up now, not when the session was made, so that the rule holds whichever
+// came first; without one there is no main event loop to run it.
 template <typename Work>
 void postToMain(Work &&work)
 {
-    QMetaObject::invokeMethod(TPEngineAPI::session(), std::forward<Work>(work),
-                              Qt::QueuedConnection);
+    if (QCoreApplication *app = QCoreApplication::instance())
+        QMetaObject::invokeMethod(app, std::forward<Work>(work), Qt::QueuedConnection);
 }
 
-void startRequest(const QUrl &url, const QByteArray &method, const std::optional<QByteArray> &body,
+// Moves what the reply has received to the end of `body`, growing it geometrically when
+// the answer gave no Content-Length.
+void appendAvailable(QNetworkReply *reply, QByteArray &body)
+{
+    const qint64 available = reply->bytesAvailable();
+    if (available <= 0)
+        return;
+    const qsizetype start = body.size();
+    if (body.capacity() - start < available + kReadAheadRoom)
+        body.reserve(std::max(2 * body.capacity(), start + available + kReadAheadRoom));
+    body.resize(start + available);
+    const qint64 read = reply->read(body.data() + start, available);
+    body.resize(start + std::max<qint64>(read, 0));
+}
+
+void startRequest(const QUrl &url, const QByteArray &method,
+                  const std::optional<QByteArray> &upload,
                   const TPEngineAPI::RequestCompletion &completion)
 {
     QNetworkRequest request(url);
     request.setTransferTimeout(TPEngineAPI::TimeoutMs);
     QNetworkAccessManager *session = TPEngineAPI::session();
-    QNetworkReply *reply = body ? session->sendCustomRequest(request, method, *body)
-                                : session->sendCustomRequest(request, method);
+    QNetworkReply *reply = upload ? session->sendCustomRequest(request, method, *upload)
+                                  : session->sendCustomRequest(request, method);
 
     // The transfer timeout only limits the wait between bytes; this bounds the whole request.
     auto *deadline = new QTimer(reply);
@@ -129,20 +150,33 @@ void startRequest(const QUrl &url, const QByteArray &method, const std::optional
     });
     deadline->start(TPEngineAPI::TimeoutMs);
 
-    QObject::connect(reply, &QNetworkReply::finished, reply, [reply, completion] {
+    // The body is taken as it arrives, into one block sized from Content-Length, so that it
+    // is never copied whole when the answer ends. The room left after the bytes lets a
+    // reader that looks ahead (the listing decoder) read them in place.
+    auto body = std::make_shared<QByteArray>();
+    QObject::connect(reply, &QNetworkReply::metaDataChanged, reply, [reply, body] {
+        const qint64 length = reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
+        if (length > 0 && length < std::numeric_limits<qsizetype>::max() - kReadAheadRoom)
+            body->reserve(qsizetype(length) + kReadAheadRoom);
+    });
+    QObject::connect(reply, &QNetworkReply::readyRead, reply,
+                     [reply, body] { appendAvailable(reply, *body); });
+
+    QObject::connect(reply, &QNetworkReply::finished, reply, [reply, body, completion] {
+        appendAvailable(reply, *body);
         const QVariant statusAttribute = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
         const int status = statusAttribute.isValid() ? statusAttribute.toInt() : 0;
         TPEngineAPI::Error error;
-        std::optional<QByteArray> body;
-        const bool delivered =
-            !timedOut(reply) && (reply->error() == QNetworkReply::NoError ||
-                                 (statusAttribute.isValid() && isHttpStatusError(reply->error())));
-        if (delivered)
-            body = reply->readAll();
+        std::optional<QByteArray> delivered;
+        if (!timedOut(reply) && (reply->error() == QNetworkReply::NoError ||
+                                 (statusAttribute.isValid() && isHttpStatusError(reply->error()))))
+            delivered = std::move(*body);
         else
             error = transportError(reply);
         reply->deleteLater();
-        postToMain([completion, body, status, error] { completion(body, status, error); });
+        postToMain([completion, delivered = std::move(delivered), status, error] {
+            completion(delivered, status, error);
+        });
     });
 }
 
@@ -239,14 +273,24 @@ std::optional<QJsonValue> jsonValue(const QVariant &value)
 
 QNetworkAccessManager *TPEngineAPI::session()
 {
-    // Created once, whichever thread asks first, and handed to the main thread where
-    // every request is started and every reply is handled.
+    // Created once, whichever thread asks first. It lives on a delivery thread of its own:
+    // every request is started there and every answer is received there, so that a large
+    // body never passes through the main thread. Completions are handed to the main thread.
     static QNetworkAccessManager *const shared = [] {
+        auto *delivery = new QThread;
+        delivery->setObjectName(QStringLiteral("TPEngineAPI delivery"));
         auto *manager = new QNetworkAccessManager;
         // The engine is on loopback: a proxy from the environment must never be used.
         manager->setProxy(QNetworkProxy::NoProxy);
-        if (QCoreApplication *app = QCoreApplication::instance())
-            manager->moveToThread(app->thread());
+        manager->moveToThread(delivery);
+        QObject::connect(delivery, &QThread::finished, manager, &QObject::deleteLater);
+        delivery->start();
+        // The thread ends with the application object, before Qt's own globals go away.
+        static QThread *const deliveryThread = delivery;
+        qAddPostRoutine([] {
+            deliveryThread->quit();
+            deliveryThread->wait();
+        });
         return manager;
     }();
     return shared;
@@ -285,13 +329,12 @@ void TPEngineAPI::requestMethod(const QString &method, const QString &path,
         return;
     }
     const QByteArray verb = method.toLatin1();
-    if (QThread::currentThread() == session()->thread()) {
-        startRequest(*url, verb, body, completion);
-        return;
-    }
-    postToMain([url = *url, verb, body, completion = std::move(completion)] {
-        startRequest(url, verb, body, completion);
-    });
+    QMetaObject::invokeMethod(
+        session(),
+        [url = *url, verb, body, completion = std::move(completion)] {
+            startRequest(url, verb, body, completion);
+        },
+        Qt::QueuedConnection);
 }
 
 void TPEngineAPI::scriptsWithCompletion(ListCompletion completion)

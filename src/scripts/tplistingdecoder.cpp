@@ -8,6 +8,8 @@
 
 #include <simdjson.h>
 
+#include <cstring>
+
 namespace TPListingDecoder {
 
 namespace {
@@ -123,11 +125,71 @@ std::optional<QJsonArray> readWithQt(const QByteArray &body, const QString &fold
     return TPScriptTree::filterChildrenOf(folder, *entries);
 }
 
+// TPScriptTree::isChildPath on the UTF-8 bytes: a prefix of the text is a prefix of its
+// bytes, and "/" is one byte that no other character contains.
+class ChildMatcher
+{
+public:
+    explicit ChildMatcher(const QString &folder)
+        : m_prefixBytes(TPScriptTree::childPrefix(folder).toUtf8())
+    {}
+    bool matches(std::string_view path) const
+    {
+        const std::string_view prefix(m_prefixBytes.constData(), size_t(m_prefixBytes.size()));
+        if (path.empty() || path.substr(0, prefix.size()) != prefix)
+            return false;
+        const std::string_view remainder = path.substr(prefix.size());
+        return !remainder.empty() && remainder.find('/') == std::string_view::npos;
+    }
+
+private:
+    QByteArray m_prefixBytes;
+};
+
+// Reads the array of entries in `entries`, appending the record of each child of the folder
+// to `kept` and counting the elements in `count`. `text` is the buffer the document was
+// read from, `length` its JSON's length.
+error_code keepChildren(ondemand::document &document, ondemand::array entries, const char *text,
+                        size_t length, const ChildMatcher &matcher, QList<QJsonValue> &kept,
+                        size_t &count)
+{
+    for (auto element : entries) {
+        ++count;
+        const char *start = nullptr;
+        ondemand::value value;
+        if (const error_code error = document.current_location().get(start))
+            return error;
+        if (const error_code error = element.get(value))
+            return error;
+        EntryPath path;
+        if (const error_code error = readEntry(value, path))
+            return error;
+        if (!path.isText || !matcher.matches(path.text))
+            continue;
+        const char *end = nullptr;
+        if (document.current_location().get(end))
+            end = text + length;
+        // Only a kept entry becomes a record, read by Qt as the whole listing would be.
+        kept.append(QJsonDocument::fromJson(elementText(start, end)).object());
+    }
+    return SUCCESS;
+}
+
+// Whether nothing but the end of the document is left to read.
+bool atEnd(ondemand::document &document)
+{
+    const char *trailing = nullptr;
+    return document.current_location().get(trailing) != SUCCESS;
+}
+
+// The general path: the whole body in one document.
 std::optional<QJsonArray> readWithSimdjson(QByteArray body, const QString &folder)
 {
     const qsizetype length = body.size();
-    // The parser reads a little past the end; growing a large block in place costs no copy.
-    body.reserve(length + qsizetype(SIMDJSON_PADDING));
+    // The parser reads a little past the end. The engine client leaves that room, so the
+    // body is only copied when it came from elsewhere.
+    if (body.capacity() - length < qsizetype(SIMDJSON_PADDING))
+        body.reserve(length + qsizetype(SIMDJSON_PADDING));
     ondemand::parser parser;
     ondemand::document document;
     if (parser.iterate(body.constData(), size_t(length), size_t(body.capacity())).get(document))
@@ -136,16 +198,7 @@ std::optional<QJsonArray> readWithSimdjson(QByteArray body, const QString &folde
     if (document.get_object().get(top))
         return std::nullopt;
 
-    // TPScriptTree::isChildPath on the UTF-8 bytes: a prefix of the text is a prefix of its
-    // bytes, and "/" is one byte that no other character contains.
-    const QByteArray prefixBytes = TPScriptTree::childPrefix(folder).toUtf8();
-    const std::string_view prefix(prefixBytes.constData(), size_t(prefixBytes.size()));
-    const auto isChild = [&prefix](std::string_view path) {
-        if (path.empty() || path.substr(0, prefix.size()) != prefix)
-            return false;
-        const std::string_view remainder = path.substr(prefix.size());
-        return !remainder.empty() && remainder.find('/') == std::string_view::npos;
-    };
+    const ChildMatcher matcher(folder);
     std::optional<QList<QJsonValue>> kept;
     for (auto field : top) {
         std::string_view key;
@@ -171,34 +224,140 @@ std::optional<QJsonArray> readWithSimdjson(QByteArray body, const QString &folde
         if (member.get_array().get(entries))
             return std::nullopt;
         kept.emplace();
-        for (auto element : entries) {
-            const char *start = nullptr;
-            ondemand::value value;
-            if (document.current_location().get(start) || element.get(value))
-                return std::nullopt;
-            EntryPath path;
-            if (readEntry(value, path))
-                return std::nullopt;
-            if (!path.isText || !isChild(path.text))
-                continue;
-            const char *end = nullptr;
-            if (document.current_location().get(end))
-                end = body.constData() + length;
-            // Only a kept entry becomes a record, read by Qt as the whole listing would be.
-            kept->append(QJsonDocument::fromJson(elementText(start, end)).object());
-        }
+        size_t count = 0;
+        if (keepChildren(document, entries, body.constData(), size_t(length), matcher, *kept,
+                         count))
+            return std::nullopt;
     }
-    // Anything after the object makes the body invalid; at the end there is no location.
-    const char *trailing = nullptr;
-    if (!document.current_location().get(trailing) || !kept)
+    // Anything after the object makes the body invalid.
+    if (!atEnd(document) || !kept)
         return std::nullopt;
     return TPScriptTree::sortedChildren(std::move(*kept));
+}
+
+// Moves `at` past JSON blanks.
+const char *skipBlanks(const char *at, const char *end)
+{
+    while (at < end && (*at == ' ' || *at == '\n' || *at == '\r' || *at == '\t'))
+        ++at;
+    return at;
+}
+
+// Moves `at` past the literal `word` when it is there.
+bool skipWord(const char *&at, const char *end, std::string_view word)
+{
+    at = skipBlanks(at, end);
+    if (size_t(end - at) < word.size() || std::string_view(at, word.size()) != word)
+        return false;
+    at += word.size();
+    return true;
+}
+
+// The closing quote of a string whose text starts at `at`: the first quote not escaped by
+// an odd run of backslashes. Nothing when the text ends first.
+const char *stringEnd(const char *at, const char *end)
+{
+    for (;;) {
+        const auto *quote = static_cast<const char *>(std::memchr(at, '"', size_t(end - at)));
+        if (!quote)
+            return nullptr;
+        const char *backslashes = quote;
+        while (backslashes > at && backslashes[-1] == '\\')
+            --backslashes;
+        if ((quote - backslashes) % 2 == 0)
+            return quote;
+        at = quote + 1;
+    }
+}
+
+// Where the elements of an array end that start at `at`, at least `atLeast` bytes on: the
+// comma after an element, or the array's closing bracket. Strings are stepped over whole;
+// the brackets inside elements only have to balance, since the parser checks each window.
+// Nothing when the text ends first.
+const char *nextCut(const char *at, const char *end, qsizetype atLeast)
+{
+    const char *const wanted = at + atLeast;
+    int depth = 0;
+    for (; at < end; ++at) {
+        switch (*at) {
+        case '"':
+            at = stringEnd(at + 1, end);
+            if (!at)
+                return nullptr;
+            break;
+        case '{':
+        case '[':
+            ++depth;
+            break;
+        case '}':
+        case ']':
+            if (depth == 0)
+                return *at == ']' ? at : nullptr;
+            --depth;
+            break;
+        case ',':
+            if (depth == 0 && at >= wanted)
+                return at;
+            break;
+        default:
+            break;
+        }
+    }
+    return nullptr;
+}
+
+// The fast path, for a body shaped as the engine writes it: one object whose only member
+// is "entries", an array. The elements are read in windows of about kWindowBytes, each
+// copied into one reused buffer as an array of its own, so that the parser's index and
+// text buffer never grow past a window. Nothing when the body has any other shape or the
+// parser refuses a window; the general path then decides.
+std::optional<QJsonArray> readInWindows(const QByteArray &body, const QString &folder)
+{
+    constexpr qsizetype kWindowBytes = 256 * 1024;
+    const char *at = body.constData();
+    const char *const end = at + body.size();
+    if (!skipWord(at, end, "{") || !skipWord(at, end, "\"entries\"") || !skipWord(at, end, ":") ||
+        !skipWord(at, end, "["))
+        return std::nullopt;
+
+    const ChildMatcher matcher(folder);
+    QList<QJsonValue> kept;
+    ondemand::parser parser;
+    QByteArray window;
+    for (bool first = true;; first = false) {
+        const char *const cut = nextCut(at, end, kWindowBytes);
+        if (!cut)
+            return std::nullopt;
+        window.resize(0);
+        window.reserve((cut - at) + 2 + qsizetype(SIMDJSON_PADDING));
+        window.append('[').append(at, cut - at).append(']');
+        ondemand::document document;
+        ondemand::array entries;
+        if (parser.iterate(window.constData(), size_t(window.size()), size_t(window.capacity()))
+                .get(document) ||
+            document.get_array().get(entries))
+            return std::nullopt;
+        // After a comma an element must follow: "[1,]" is not an array.
+        size_t count = 0;
+        if (keepChildren(document, entries, window.constData(), size_t(window.size()), matcher,
+                         kept, count) ||
+            (!first && count == 0) || !atEnd(document))
+            return std::nullopt;
+        at = cut + 1;
+        if (*cut == ']')
+            break;
+    }
+    if (!skipWord(at, end, "}") || skipBlanks(at, end) != end)
+        return std::nullopt;
+    return TPScriptTree::sortedChildren(std::move(kept));
 }
 
 } // namespace
 
 std::optional<QJsonArray> childrenOf(QByteArray body, const QString &folder)
 {
+    if (std::optional<QJsonArray> children = readInWindows(body, folder))
+        return children;
     if (std::optional<QJsonArray> children = readWithSimdjson(body, folder))
         return children;
     return readWithQt(body, folder);
