@@ -24,6 +24,9 @@ constexpr auto kTransportDomain = "QNetworkReply";
 constexpr auto kTimedOutProperty = "tpTimedOut";
 // Bytes kept free after a received body.
 constexpr qsizetype kReadAheadRoom = 64;
+// What the network stack may hold before the body takes it: a large answer waits in the
+// socket rather than in a second copy in memory.
+constexpr qint64 kReadBufferBytes = 1024 * 1024;
 
 struct BaseAddressHolder
 {
@@ -140,6 +143,7 @@ void startRequest(const QUrl &url, const QByteArray &method,
     QNetworkAccessManager *session = TPEngineAPI::session();
     QNetworkReply *reply = upload ? session->sendCustomRequest(request, method, *upload)
                                   : session->sendCustomRequest(request, method);
+    reply->setReadBufferSize(kReadBufferBytes);
 
     // The transfer timeout only limits the wait between bytes; this bounds the whole request.
     auto *deadline = new QTimer(reply);
