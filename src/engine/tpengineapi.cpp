@@ -71,6 +71,10 @@ bool hasOnlyUrlCharacters(const QString &text)
     return true;
 }
 
+// The URL a request goes to. The text is passed as given, with one exception that the
+// network stack imposes: QUrl, which QNetworkAccessManager requires, keeps percent
+// sequences in a normal form, so "%41" is sent as "A", "%7E" as "~" and "%2f" as "%2F".
+// No public Qt API sends a request target byte for byte.
 std::optional<QUrl> strictUrl(const QString &text)
 {
     if (!hasOnlyUrlCharacters(text))
@@ -85,20 +89,35 @@ std::optional<QUrl> strictUrl(const QString &text)
 // any answer with a status as delivered and leaves judging the status to each operation.
 bool isHttpStatusError(QNetworkReply::NetworkError error)
 {
+    // A 407 from the engine itself is a status like any other, although the stack names
+    // it after a proxy.
     return (error >= QNetworkReply::ContentAccessDenied &&
             error <= QNetworkReply::UnknownContentError) ||
+           error == QNetworkReply::ProxyAuthenticationRequiredError ||
            error == QNetworkReply::ProtocolInvalidOperationError ||
            (error >= QNetworkReply::InternalServerError &&
             error <= QNetworkReply::UnknownServerError);
 }
 
-// Both limits end in an aborted reply: the deadline below, or the stack's own transfer
-// timeout, which reports itself as a cancellation. The client never cancels a request
-// itself, so a cancellation is always a time-out.
+// Both limits end in a reply aborted by one of the client's two timers.
 bool timedOut(QNetworkReply *reply)
 {
-    return reply->property(kTimedOutProperty).toBool() ||
-           reply->error() == QNetworkReply::OperationCanceledError;
+    return reply->property(kTimedOutProperty).toBool();
+}
+
+// A timer that aborts `reply` as timed out when it fires. Precise: a coarse timer may fire
+// up to 5% early, and no limit may end a request before its full time.
+QTimer *abortTimer(QNetworkReply *reply)
+{
+    auto *timer = new QTimer(reply);
+    timer->setSingleShot(true);
+    timer->setTimerType(Qt::PreciseTimer);
+    timer->setInterval(TPEngineAPI::TimeoutMs);
+    QObject::connect(timer, &QTimer::timeout, reply, [reply] {
+        reply->setProperty(kTimedOutProperty, true);
+        reply->abort();
+    });
+    return timer;
 }
 
 TPError transportError(QNetworkReply *reply)
@@ -139,20 +158,21 @@ void startRequest(const QUrl &url, const QByteArray &method,
                   const TPEngineAPI::RequestCompletion &completion)
 {
     QNetworkRequest request(url);
-    request.setTransferTimeout(TPEngineAPI::TimeoutMs);
     QNetworkAccessManager *session = TPEngineAPI::session();
     QNetworkReply *reply = upload ? session->sendCustomRequest(request, method, *upload)
                                   : session->sendCustomRequest(request, method);
     reply->setReadBufferSize(kReadBufferBytes);
 
-    // The transfer timeout only limits the wait between bytes; this bounds the whole request.
-    auto *deadline = new QTimer(reply);
-    deadline->setSingleShot(true);
-    QObject::connect(deadline, &QTimer::timeout, reply, [reply] {
-        reply->setProperty(kTimedOutProperty, true);
-        reply->abort();
-    });
-    deadline->start(TPEngineAPI::TimeoutMs);
+    // The idle limit: restarted whenever bytes move. The stack's own transfer timeout is
+    // not used, since its timer is coarse.
+    QTimer *idle = abortTimer(reply);
+    const auto restartIdle = [idle] { idle->start(); };
+    QObject::connect(reply, &QNetworkReply::uploadProgress, idle, restartIdle);
+    QObject::connect(reply, &QNetworkReply::downloadProgress, idle, restartIdle);
+    QObject::connect(reply, &QNetworkReply::metaDataChanged, idle, restartIdle);
+    idle->start();
+    // The whole-request limit.
+    abortTimer(reply)->start();
 
     // The body is taken as it arrives, into one block sized from Content-Length, so that it
     // is never copied whole when the answer ends. The room left after the bytes lets a

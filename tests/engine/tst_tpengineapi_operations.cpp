@@ -155,7 +155,7 @@ private slots:
     void judgedOperationFailsWithItsMessageOnOtherStatus()
     {
         QFETCH(JudgedRow, row);
-        for (int status : {201, 404, 409, 500}) {
+        for (int status : {201, 401, 404, 407, 409, 500}) {
             m_engine->setDefaultAnswer(TPScriptedAnswer::withStatus(status, "engine says no"));
             const auto outcome = runJudged(row.operation, QStringLiteral("lib/a.lua"));
             QTRY_COMPARE(outcome->calls, 1);
