@@ -16,6 +16,8 @@ packages=(
     liblua5.4-dev
     # large script listings are read with simdjson's on-demand parser
     libsimdjson-dev
+    # names are sorted with ICU's full Unicode case folding (the ICU Qt itself links)
+    libicu-dev
     # running without a display, and fonts for Vietnamese text and the row icons
     xvfb xauth fonts-dejavu-core fonts-noto-color-emoji
 )

@@ -16,6 +16,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <mutex>
 
 namespace {
 
@@ -295,26 +296,50 @@ std::optional<QJsonValue> jsonValue(const QVariant &value)
 
 } // namespace
 
+namespace {
+
+// The thread the session lives on, made with it.
+QThread *deliveryThread()
+{
+    static QThread *const thread = [] {
+        auto *delivery = new QThread;
+        delivery->setObjectName(QStringLiteral("TPEngineAPI delivery"));
+        return delivery;
+    }();
+    return thread;
+}
+
+// Starts the delivery thread the first time a request is sent with an application object
+// present: a thread's event loop needs one, and there is nothing to deliver to before.
+void startDelivery()
+{
+    static std::once_flag started;
+    if (!QCoreApplication::instance())
+        return;
+    std::call_once(started, [] {
+        QThread *delivery = deliveryThread();
+        delivery->start();
+        // The thread ends with the application object, before Qt's own globals go away.
+        qAddPostRoutine([] {
+            deliveryThread()->quit();
+            deliveryThread()->wait();
+        });
+    });
+}
+
+} // namespace
+
 QNetworkAccessManager *TPEngineAPI::session()
 {
     // Created once, whichever thread asks first. It lives on a delivery thread of its own:
     // every request is started there and every answer is received there, so that a large
     // body never passes through the main thread. Completions are handed to the main thread.
     static QNetworkAccessManager *const shared = [] {
-        auto *delivery = new QThread;
-        delivery->setObjectName(QStringLiteral("TPEngineAPI delivery"));
         auto *manager = new QNetworkAccessManager;
         // The engine is on loopback: a proxy from the environment must never be used.
         manager->setProxy(QNetworkProxy::NoProxy);
-        manager->moveToThread(delivery);
-        QObject::connect(delivery, &QThread::finished, manager, &QObject::deleteLater);
-        delivery->start();
-        // The thread ends with the application object, before Qt's own globals go away.
-        static QThread *const deliveryThread = delivery;
-        qAddPostRoutine([] {
-            deliveryThread->quit();
-            deliveryThread->wait();
-        });
+        manager->moveToThread(deliveryThread());
+        QObject::connect(deliveryThread(), &QThread::finished, manager, &QObject::deleteLater);
         return manager;
     }();
     return shared;
@@ -353,6 +378,7 @@ void TPEngineAPI::requestMethod(const QString &method, const QString &path,
         return;
     }
     const QByteArray verb = method.toLatin1();
+    startDelivery();
     QMetaObject::invokeMethod(
         session(),
         [url = *url, verb, body, completion = std::move(completion)] {

@@ -6,6 +6,9 @@
 
 #include <algorithm>
 
+#include <unicode/stringoptions.h>
+#include <unicode/ustring.h>
+
 namespace TPScriptTree {
 
 namespace {
@@ -58,6 +61,20 @@ QString childPrefix(const QString &folder)
     return folder.isEmpty() ? QString() : folder + u'/';
 }
 
+namespace {
+
+// Full Unicode case folding ("ß" is "ss", "ﬀ" is "ff"), the same in every locale, then code
+// point order. ICU takes ill-formed text as it is, so there is no failure to handle.
+int compareFolded(const QString &a, const QString &b)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    return u_strCaseCompare(reinterpret_cast<const UChar *>(a.utf16()), int32_t(a.size()),
+                            reinterpret_cast<const UChar *>(b.utf16()), int32_t(b.size()),
+                            U_FOLD_CASE_DEFAULT | U_COMPARE_CODE_POINT_ORDER, &status);
+}
+
+} // namespace
+
 QJsonArray sortedChildren(QList<QJsonValue> kept)
 {
     std::sort(kept.begin(), kept.end(), [](const QJsonValue &a, const QJsonValue &b) {
@@ -65,7 +82,7 @@ QJsonArray sortedChildren(QList<QJsonValue> kept)
         const bool bIsFolder = isFolderEntry(b);
         if (aIsFolder != bIsFolder)
             return aIsFolder;
-        return QString::compare(entryName(a), entryName(b), Qt::CaseInsensitive) < 0;
+        return compareFolded(entryName(a), entryName(b)) < 0;
     });
     QJsonArray children;
     for (const QJsonValue &entry : std::as_const(kept))

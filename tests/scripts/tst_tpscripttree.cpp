@@ -127,6 +127,44 @@ private slots:
         QCOMPARE(equal.first().toLower(), QStringLiteral("alpha"));
     }
 
+    // Full case folding: a character may fold to several ("ß" to "ss"), which orders it
+    // among the names it folds to, not by its own code.
+    void namesSortByFullCaseFolding_data()
+    {
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("after");
+        QTest::newRow("sharp s before st") << QString::fromUtf8("ß.lua") << "st.lua";
+        QTest::newRow("sr before sharp s") << "sr.lua" << QString::fromUtf8("ß.lua");
+        QTest::newRow("capital sharp s") << QString::fromUtf8("ẞ.lua") << "st.lua";
+        QTest::newRow("ff ligature") << QString::fromUtf8("ﬀ.lua") << "fg.lua";
+        QTest::newRow("dotted capital I after i") << "i.lua" << QString::fromUtf8("İ.lua");
+        QTest::newRow("dotted capital I before j") << QString::fromUtf8("İ.lua") << "j.lua";
+        QTest::newRow("iota with dialytika and tonos")
+            << QString::fromUtf8("ιz.lua") << QString::fromUtf8("ΐ.lua");
+        QTest::newRow("ascii stays") << "A_b.lua"
+                                     << "a~.lua";
+        QTest::newRow("ascii digits") << "0.lua"
+                                      << "a.lua";
+    }
+    void namesSortByFullCaseFolding()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, after);
+        QCOMPARE(childrenOf(QString(), {file(after), file(before)}), QStringList({before, after}));
+        QCOMPARE(childrenOf(QString(), {file(before), file(after)}), QStringList({before, after}));
+    }
+
+    void namesThatFoldAlikeCompareEqual()
+    {
+        // Equal names keep no defined order; both are listed.
+        for (const char *other : {"ss.lua", "SS.lua", "\u1E9E.lua"}) {
+            const QStringList both = childrenOf(
+                QString(), {file(QString::fromUtf8("ß.lua")), file(QString::fromUtf8(other))});
+            QCOMPARE(both.size(), 2);
+            QVERIFY(both.contains(QString::fromUtf8("ß.lua")));
+        }
+    }
+
     void folderAndFileOfTheSameNameListFolderFirstWithoutDeduplication()
     {
         const QJsonArray listing = {file("x"), folder("x"), file("x")};
