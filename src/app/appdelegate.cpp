@@ -3,6 +3,7 @@
 #include "tpalertcontroller.h"
 #include "tpkhovc.h"
 #include "tplang.h"
+#include "tplog.h"
 #include "tpnavigationstack.h"
 #include "tpnotificationcenter.h"
 #include "tpownerfile.h"
@@ -26,6 +27,7 @@ bool AppDelegate::didFinishLaunching()
     // Kept for the life of the process, like the delegate itself.
     connect(TPNotificationCenter::defaultCenter(), &TPNotificationCenter::TPLangChanged, this,
             &AppDelegate::onLangChangedNotification);
+    qCInfo(tpAppLog) << "launched, language" << TPCurrentLang();
     if (TPReadOwnerFile().isEmpty())
         promptOwnerNameThenBuildUI();
     else
@@ -35,6 +37,7 @@ bool AppDelegate::didFinishLaunching()
 
 void AppDelegate::promptOwnerNameThenBuildUI()
 {
+    qCInfo(tpAppLog) << "no device name yet: asking for one";
     auto *alert = new TPAlertController(TPL("owner_prompt_title"), TPL("owner_prompt_msg"),
                                         TPAlertController::Style::Alert);
     alert->addTextField({QString(), TPL("owner_prompt_ph"), false, true});
@@ -65,6 +68,7 @@ void AppDelegate::buildMainUI()
 {
     if (m_tabBarController)
         return;
+    qCInfo(tpAppLog) << "building the tabs";
     auto *tabs = new TPTabBarController(this);
     const auto tab = [this](TPViewController *root, int tag, const char *icon) {
         return TPTabBarController::Tab{
@@ -79,6 +83,7 @@ void AppDelegate::buildMainUI()
 
 void AppDelegate::onLangChangedNotification()
 {
+    qCInfo(tpAppLog) << "language changed to" << TPCurrentLang();
     if (!m_tabBarController)
         return;
     for (int index = 0; index < m_tabBarController->rowCount(); ++index)

@@ -1,6 +1,9 @@
 #include "tpengineapi.h"
 
+#include "tplog.h"
+
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMutex>
@@ -158,6 +161,10 @@ void startRequest(const QUrl &url, const QByteArray &method,
                   const std::optional<QByteArray> &upload,
                   const TPEngineAPI::RequestCompletion &completion)
 {
+    QElapsedTimer clock;
+    clock.start();
+    // For the log: what the request asked for, without the engine's address.
+    const QString target = url.toString(QUrl::RemoveScheme | QUrl::RemoveAuthority);
     QNetworkRequest request(url);
     QNetworkAccessManager *session = TPEngineAPI::session();
     QNetworkReply *reply = upload ? session->sendCustomRequest(request, method, *upload)
@@ -187,22 +194,28 @@ void startRequest(const QUrl &url, const QByteArray &method,
     QObject::connect(reply, &QNetworkReply::readyRead, reply,
                      [reply, body] { appendAvailable(reply, *body); });
 
-    QObject::connect(reply, &QNetworkReply::finished, reply, [reply, body, completion] {
-        appendAvailable(reply, *body);
-        const QVariant statusAttribute = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-        const int status = statusAttribute.isValid() ? statusAttribute.toInt() : 0;
-        TPEngineAPI::Error error;
-        std::optional<QByteArray> delivered;
-        if (!timedOut(reply) && (reply->error() == QNetworkReply::NoError ||
-                                 (statusAttribute.isValid() && isHttpStatusError(reply->error()))))
-            delivered = std::move(*body);
-        else
-            error = transportError(reply);
-        reply->deleteLater();
-        postToMain([completion, delivered = std::move(delivered), status, error] {
-            completion(delivered, status, error);
-        });
-    });
+    QObject::connect(reply, &QNetworkReply::finished, reply,
+                     [reply, body, completion, clock, method, target] {
+                         appendAvailable(reply, *body);
+                         const QVariant statusAttribute =
+                             reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+                         const int status = statusAttribute.isValid() ? statusAttribute.toInt() : 0;
+                         TPEngineAPI::Error error;
+                         std::optional<QByteArray> delivered;
+                         if (!timedOut(reply) &&
+                             (reply->error() == QNetworkReply::NoError ||
+                              (statusAttribute.isValid() && isHttpStatusError(reply->error()))))
+                             delivered = std::move(*body);
+                         else
+                             error = transportError(reply);
+                         qCInfo(tpEngineLog).noquote()
+                             << method << target << "status" << status << "ms" << clock.elapsed()
+                             << "error" << (error ? error->localizedDescription : "-");
+                         reply->deleteLater();
+                         postToMain([completion, delivered = std::move(delivered), status, error] {
+                             completion(delivered, status, error);
+                         });
+                     });
 }
 
 // The completion of an operation that succeeds on status 200 alone.
@@ -372,6 +385,8 @@ void TPEngineAPI::requestMethod(const QString &method, const QString &path,
     const QString urlText = hasQuery ? baseAddress() + path + u'?' + *query : baseAddress() + path;
     const std::optional<QUrl> url = strictUrl(urlText);
     if (!url) {
+        qCInfo(tpEngineLog).noquote() << method << path << "fault: not a strictly valid URL, "
+                                      << "nothing sent";
         postToMain([completion = std::move(completion)] {
             completion(std::nullopt, 0, errorMsg(message(kInvalidUrlMessage)));
         });

@@ -6,9 +6,11 @@
 #include "tptestutil.h"
 
 #include <QElapsedTimer>
+#include <QLoggingCategory>
 #include <QNetworkAccessManager>
 #include <QNetworkProxy>
 #include <QNetworkReply>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTest>
@@ -238,6 +240,38 @@ private slots:
         socket->write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(outcome->result.status, 200);
+    }
+
+    void engineLogIsSilentByDefaultAndGivesOneLinePerRequestWhenOn()
+    {
+        static QStringList lines;
+        lines.clear();
+        const QtMessageHandler previous = qInstallMessageHandler(
+            [](QtMsgType, const QMessageLogContext &context, const QString &text) {
+                if (QByteArray(context.category) == "tp.engine")
+                    lines.append(text);
+            });
+        const auto quiet = send(QStringLiteral("GET"), QStringLiteral("/scripts"), std::nullopt);
+        QTRY_COMPARE(quiet->calls, 1);
+        QVERIFY2(lines.isEmpty(), qPrintable(lines.join(u'|')));
+
+        QLoggingCategory::setFilterRules(QStringLiteral("tp.engine.info=true"));
+        m_engine->setDefaultAnswer(TPScriptedAnswer::withStatus(404));
+        const auto logged =
+            send(QStringLiteral("GET"), QStringLiteral("/script"), QStringLiteral("name=a.lua"));
+        QTRY_COMPARE(logged->calls, 1);
+        const auto invalid =
+            send(QStringLiteral("GET"), QStringLiteral("/script"), QStringLiteral("name=a b.lua"));
+        QTRY_COMPARE(invalid->calls, 1);
+        QLoggingCategory::setFilterRules(QString());
+        qInstallMessageHandler(previous);
+
+        QCOMPARE(lines.size(), 2);
+        static const QRegularExpression request(
+            QStringLiteral("^GET /script\\?name=a\\.lua status 404 ms \\d+ error -$"));
+        QVERIFY2(request.match(lines.at(0)).hasMatch(), qPrintable(lines.at(0)));
+        QVERIFY2(lines.at(1).startsWith(QStringLiteral("GET /script fault")),
+                 qPrintable(lines.at(1)));
     }
 
     void stoppedEngineGivesStatusZeroAndConnectionError()
