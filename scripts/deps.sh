@@ -18,6 +18,8 @@ packages=(
     libsimdjson-dev
     # names are sorted with ICU's full Unicode case folding (the ICU Qt itself links)
     libicu-dev
+    # the fuzz targets: clang with libFuzzer and the sanitizer runtimes
+    clang libclang-rt-14-dev
     # running without a display, and fonts for Vietnamese text and the row icons
     xvfb xauth fonts-dejavu-core fonts-noto-color-emoji
 )

@@ -1,0 +1,54 @@
+// Raw engine listing bodies through the listing decoder, the children filter and the row
+// labels. The first byte picks the folder. Checks: the decoder agrees with Qt's reader and
+// the filter on whether the body is a listing and on the children; every child's remainder
+// is non-empty and holds no "/"; folders come before files.
+#include "tpengineapi.h"
+#include "tplistingdecoder.h"
+#include "tpscripttree.h"
+
+#include <QJsonObject>
+
+#include <cstdlib>
+
+namespace {
+
+void require(bool holds)
+{
+    if (!holds)
+        std::abort();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    if (size == 0)
+        return 0;
+    static const QString folders[] = {QString(), QStringLiteral("a"), QStringLiteral("a/b"),
+                                      QString::fromUtf8("é")};
+    const QString folder = folders[data[0] % 4];
+    const QByteArray body(reinterpret_cast<const char *>(data + 1), qsizetype(size - 1));
+
+    const std::optional<QJsonArray> children = TPListingDecoder::childrenOf(body, folder);
+    const std::optional<QJsonArray> entries = TPEngineAPI::listingEntries(body);
+    require(children.has_value() == entries.has_value());
+    if (!children)
+        return 0;
+    const QJsonArray expected = TPScriptTree::filterChildrenOf(folder, *entries);
+    require(children->size() == expected.size());
+
+    const QString prefix = TPScriptTree::childPrefix(folder);
+    bool filesStarted = false;
+    for (const QJsonValue &child : *children) {
+        const QString path = TPScriptTree::entryPath(child);
+        require(path.startsWith(prefix));
+        const QString remainder = path.mid(prefix.size());
+        require(!remainder.isEmpty() && !remainder.contains(u'/'));
+        const bool isFolder = TPScriptTree::isFolderEntry(child);
+        require(!(isFolder && filesStarted));
+        filesStarted = filesStarted || !isFolder;
+        require(TPScriptTree::rowLabel(child).endsWith(remainder));
+        require(expected.contains(child));
+    }
+    return 0;
+}
