@@ -1,0 +1,83 @@
+// Every item model of the app under QAbstractItemModelTester, which checks the model's
+// contract (row counts, indexes, signals in step with changes) after every change made
+// while it watches: the scripts rows through reloads and search, the settings rows through
+// a language change, and the tab bar through its tabs and titles.
+#include "tpengineapi.h"
+#include "tpnavigationstack.h"
+#include "tppresenter.h"
+#include "tprecordingengine.h"
+#include "tpscriptrowsmodel.h"
+#include "tpscriptslistvc.h"
+#include "tpsettingsrowsmodel.h"
+#include "tpsettingsvc.h"
+#include "tptabbarcontroller.h"
+#include "tptestutil.h"
+
+#include <QAbstractItemModelTester>
+#include <QStandardPaths>
+#include <QTest>
+
+class TestModels : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
+
+    void scriptRowsKeepTheModelContractThroughReloadsAndSearch()
+    {
+        TPRecordingEngine engine;
+        QVERIFY(engine.startAsTheEngine());
+        engine.setDefaultAnswer(TPScriptedAnswer::ok(
+            "{\"entries\":[{\"path\":\"lib\",\"dir\":true},{\"path\":\"a.lua\",\"dir\":false},"
+            "{\"path\":\"b.lua\",\"dir\":false}]}"));
+        TPPresenter presenter;
+        TPScriptsListVC list{QString()};
+        list.setPresenter(&presenter);
+        QAbstractItemModelTester tester(list.rowsModel(),
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
+        list.reloadData();
+        QTRY_COMPARE(list.rowsModel()->rowCount(), 3);
+        list.setSearchText(QStringLiteral("B.L"));
+        QCOMPARE(list.rowsModel()->rowCount(), 1);
+        list.setSearchText(QString());
+        QCOMPARE(list.rowsModel()->rowCount(), 3);
+        engine.setDefaultAnswer(TPScriptedAnswer::ok("{\"entries\":[]}"));
+        list.reloadData();
+        QTRY_COMPARE(list.rowsModel()->rowCount(), 0);
+    }
+
+    void settingsRowsKeepTheModelContractThroughALanguageChange()
+    {
+        TPPointEngineAPIAtNothing();
+        TPSettingsVC settings;
+        QAbstractItemModelTester tester(settings.rowsModel(),
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
+        settings.loadViewIfNeeded();
+        const int rows = settings.rowsModel()->rowCount();
+        QVERIFY(rows > 0);
+        settings.onLangSegmentChanged(1);
+        settings.onLangSegmentChanged(0);
+        QCOMPARE(settings.rowsModel()->rowCount(), rows);
+        settings.onSwitchChanged(0, true);
+        settings.onSwitchChanged(0, false);
+        QCOMPARE(settings.rowsModel()->rowCount(), rows);
+    }
+
+    void tabBarKeepsTheModelContractThroughTabsAndTitles()
+    {
+        TPPresenter presenter;
+        TPTabBarController tabs;
+        QAbstractItemModelTester tester(&tabs,
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
+        tabs.setTabs({{new TPNavigationStack(new TPSettingsVC, &presenter), QStringLiteral("A"),
+                       QUrl(), 0}});
+        QCOMPARE(tabs.rowCount(), 1);
+        tabs.setTitle(0, QStringLiteral("B"));
+        QCOMPARE(tabs.data(tabs.index(0), TPTabBarController::TitleRole).toString(),
+                 QStringLiteral("B"));
+    }
+};
+
+QTEST_MAIN(TestModels)
+#include "tst_models.moc"
