@@ -6,17 +6,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <cstdlib>
-
-namespace {
-
-void require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
-
-} // namespace
+#include "tpfuzzrequire.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {

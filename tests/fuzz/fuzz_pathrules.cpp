@@ -3,15 +3,9 @@
 // rename lands in its folder as one non-empty segment; a new file ends in ".lua".
 #include "tppathrules.h"
 
-#include <cstdlib>
+#include "tpfuzzrequire.h"
 
 namespace {
-
-void require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 bool isAllowed(QChar ch)
 {

@@ -3,15 +3,9 @@
 // text (line starts ascending, every offset in exactly one line).
 #include "tpscripttext.h"
 
-#include <cstdlib>
+#include "tpfuzzrequire.h"
 
 namespace {
-
-void require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 void requireLinesCover(const TPScriptText &text)
 {
