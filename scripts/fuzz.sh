@@ -15,12 +15,15 @@ mkdir -p build-fuzz/findings
 for target in listing pathrules ownerfile scripttext; do
     echo "== fuzz_$target for ${seconds}s"
     scratch=$(mktemp -d)
+    log=build-fuzz/fuzz_$target.log
+    status=0
     ./build-fuzz/fuzz_$target -max_total_time="$seconds" -max_len=4096 -print_final_stats=1 \
-        -artifact_prefix=build-fuzz/findings/ "$scratch" "tests/fuzz/corpus/$target" 2>&1 |
-        grep -E '^(stat::number_of_executed_units|stat::peak_rss_mb|==|SUMMARY|Done)' || true
+        -artifact_prefix=build-fuzz/findings/ "$scratch" "tests/fuzz/corpus/$target" \
+        >"$log" 2>&1 || status=$?
     rm -rf "$scratch"
-    if [ -n "$(ls -A build-fuzz/findings)" ]; then
-        echo "fuzz_$target found a failing input: $(ls build-fuzz/findings)" >&2
+    grep -E '^(stat::number_of_executed_units|stat::peak_rss_mb|SUMMARY|Done)' "$log" || true
+    if [ "$status" -ne 0 ]; then
+        echo "fuzz_$target failed (exit $status); see $log and build-fuzz/findings" >&2
         exit 1
     fi
 done

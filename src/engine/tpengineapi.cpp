@@ -157,18 +157,42 @@ void appendAvailable(QNetworkReply *reply, QByteArray &body)
     body.resize(start + std::max<qint64>(read, 0));
 }
 
+// Hands the finished reply's outcome to the main thread: the body and status when the
+// engine answered, a transport error otherwise. `request` names it in the log.
+void finishRequest(QNetworkReply *reply, QByteArray &body, const QString &request,
+                   const QElapsedTimer &clock, const TPEngineAPI::RequestCompletion &completion)
+{
+    appendAvailable(reply, body);
+    const QVariant statusAttribute = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    const int status = statusAttribute.isValid() ? statusAttribute.toInt() : 0;
+    TPEngineAPI::Error error;
+    std::optional<QByteArray> delivered;
+    if (!timedOut(reply) && (reply->error() == QNetworkReply::NoError ||
+                             (statusAttribute.isValid() && isHttpStatusError(reply->error()))))
+        delivered = std::move(body);
+    else
+        error = transportError(reply);
+    qCInfo(tpEngineLog).noquote() << request << "status" << status << "ms" << clock.elapsed()
+                                  << "error" << (error ? error->localizedDescription : "-");
+    reply->deleteLater();
+    postToMain([completion, delivered = std::move(delivered), status, error] {
+        completion(delivered, status, error);
+    });
+}
+
 void startRequest(const QUrl &url, const QByteArray &method,
                   const std::optional<QByteArray> &upload,
                   const TPEngineAPI::RequestCompletion &completion)
 {
     QElapsedTimer clock;
     clock.start();
-    // For the log: what the request asked for, without the engine's address.
-    const QString target = url.toString(QUrl::RemoveScheme | QUrl::RemoveAuthority);
-    QNetworkRequest request(url);
+    // For the log: the method and what was asked for, without the engine's address.
+    const QString request = QString::fromLatin1(method) + u' ' +
+                            url.toString(QUrl::RemoveScheme | QUrl::RemoveAuthority);
+    QNetworkRequest networkRequest(url);
     QNetworkAccessManager *session = TPEngineAPI::session();
-    QNetworkReply *reply = upload ? session->sendCustomRequest(request, method, *upload)
-                                  : session->sendCustomRequest(request, method);
+    QNetworkReply *reply = upload ? session->sendCustomRequest(networkRequest, method, *upload)
+                                  : session->sendCustomRequest(networkRequest, method);
     reply->setReadBufferSize(kReadBufferBytes);
 
     // The idle limit: restarted whenever bytes move. The stack's own transfer timeout is
@@ -195,26 +219,8 @@ void startRequest(const QUrl &url, const QByteArray &method,
                      [reply, body] { appendAvailable(reply, *body); });
 
     QObject::connect(reply, &QNetworkReply::finished, reply,
-                     [reply, body, completion, clock, method, target] {
-                         appendAvailable(reply, *body);
-                         const QVariant statusAttribute =
-                             reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-                         const int status = statusAttribute.isValid() ? statusAttribute.toInt() : 0;
-                         TPEngineAPI::Error error;
-                         std::optional<QByteArray> delivered;
-                         if (!timedOut(reply) &&
-                             (reply->error() == QNetworkReply::NoError ||
-                              (statusAttribute.isValid() && isHttpStatusError(reply->error()))))
-                             delivered = std::move(*body);
-                         else
-                             error = transportError(reply);
-                         qCInfo(tpEngineLog).noquote()
-                             << method << target << "status" << status << "ms" << clock.elapsed()
-                             << "error" << (error ? error->localizedDescription : "-");
-                         reply->deleteLater();
-                         postToMain([completion, delivered = std::move(delivered), status, error] {
-                             completion(delivered, status, error);
-                         });
+                     [reply, body, completion, clock, request] {
+                         finishRequest(reply, *body, request, clock, completion);
                      });
 }
 
