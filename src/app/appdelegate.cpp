@@ -73,7 +73,7 @@ void AppDelegate::buildMainUI()
     const auto tab = [this](TPViewController *root, int tag, const char *icon) {
         return TPTabBarController::Tab{
             new TPNavigationStack(root, m_presenter), TPL(kTabTitleKeys[tag]),
-            QUrl(QStringLiteral("qrc:/TPCompanion/icons/%1.svg").arg(QLatin1String(icon))), tag};
+            QUrl(QStringLiteral("qrc:/TPCompanion/icons/%1.svg").arg(QLatin1String(icon)))};
     };
     tabs->setTabs({tab(new TPScriptsListVC(QString()), 0, "doc.text"),
                    tab(new TPKhoVC(), 1, "cart"), tab(new TPSettingsVC(), 2, "gearshape")});

@@ -35,20 +35,12 @@ QVariant TPNavigationStack::data(const QModelIndex &index, int role) const
 {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
-    TPViewController *controller = m_controllers.at(index.row());
-    switch (role) {
-    case ControllerRole:
-        return QVariant::fromValue(controller);
-    case ViewUrlRole:
-        return controller->viewUrl();
-    default:
-        return {};
-    }
+    return role == ControllerRole ? QVariant::fromValue(m_controllers.at(index.row())) : QVariant();
 }
 
 QHash<int, QByteArray> TPNavigationStack::roleNames() const
 {
-    return {{ControllerRole, "controller"}, {ViewUrlRole, "viewUrl"}};
+    return {{ControllerRole, "controller"}};
 }
 
 TPViewController *TPNavigationStack::topViewController() const

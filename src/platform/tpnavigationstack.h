@@ -23,7 +23,8 @@ class TPNavigationStack : public QAbstractListModel
     Q_PROPERTY(QString backTitle READ backTitle NOTIFY backTitleChanged)
 
 public:
-    enum Role { ControllerRole = Qt::UserRole + 1, ViewUrlRole };
+    // Each row is one screen; its view's page is the screen's viewUrl.
+    enum Role { ControllerRole = Qt::UserRole + 1 };
 
     TPNavigationStack(TPViewController *root, TPPresenter *presenter, QObject *parent = nullptr);
 

@@ -20,12 +20,12 @@ class TPTabBarController : public QAbstractListModel
 public:
     enum Role { TitleRole = Qt::UserRole + 1, IconRole, StackRole };
 
+    // A tab's index is its tag: Scripts 0, Store 1, Settings 2.
     struct Tab
     {
         TPNavigationStack *stack = nullptr;
         QString title;
         QUrl icon;
-        int tag = 0;
     };
 
     explicit TPTabBarController(QObject *parent = nullptr);

@@ -101,7 +101,7 @@ Item {
                 else
                     swipe.close()
             }
-            onPressAndHold: page.controller.onRowLongPressed(index)
+            onPressAndHold: page.controller.onMoreButtonTapped(index)
 
             contentItem: Item {
                 Column {

@@ -36,22 +36,41 @@ void TPScriptRowsModel::refilter()
     }
 }
 
-void TPScriptRowsModel::setRunsInFlight(const QSet<QString> &paths)
+void TPScriptRowsModel::setRunInFlight(const QString &path, bool inFlight)
 {
-    m_runsInFlight = paths;
-    if (rowCount() > 0)
-        emit dataChanged(index(0), index(rowCount() - 1), {ButtonsRole});
+    if (inFlight)
+        m_runsInFlight.insert(path);
+    else
+        m_runsInFlight.remove(path);
+    buttonsChanged();
 }
 
 void TPScriptRowsModel::retitleButtons()
 {
+    buttonsChanged();
+}
+
+void TPScriptRowsModel::buttonsChanged()
+{
     if (rowCount() > 0)
         emit dataChanged(index(0), index(rowCount() - 1), {ButtonsRole});
 }
 
-qsizetype TPScriptRowsModel::sourceRow(int row) const
+QJsonValue TPScriptRowsModel::entryAt(int row) const
 {
-    return row >= 0 && row < m_shown.size() ? m_shown.at(row) : -1;
+    return row >= 0 && row < m_shown.size() ? m_rows.at(m_shown.at(row))
+                                            : QJsonValue(QJsonValue::Undefined);
+}
+
+bool TPScriptRowsModel::canEditRow(int row) const
+{
+    const QJsonValue entry = entryAt(row);
+    return !entry.isUndefined() && !TPScriptTree::isFolderEntry(entry);
+}
+
+bool TPScriptRowsModel::isRunEnabled(int row) const
+{
+    return canEditRow(row) && !m_runsInFlight.contains(TPScriptTree::entryPath(entryAt(row)));
 }
 
 int TPScriptRowsModel::rowCount(const QModelIndex &parent) const
@@ -63,7 +82,7 @@ QVariant TPScriptRowsModel::data(const QModelIndex &index, int role) const
 {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
-    const QJsonValue entry = m_rows.at(m_shown.at(index.row()));
+    const QJsonValue entry = entryAt(index.row());
     switch (role) {
     case LabelRole:
         return TPScriptTree::rowLabel(entry);
@@ -72,18 +91,16 @@ QVariant TPScriptRowsModel::data(const QModelIndex &index, int role) const
     case PathRole:
         return TPScriptTree::entryPath(entry);
     case CanEditRole:
-        // Only files offer swipe-to-delete.
-        return !TPScriptTree::isFolderEntry(entry);
+        return canEditRow(index.row());
     case UnreachableRole:
         return !TPEngineAPI::canCarryPath(TPScriptTree::entryPath(entry));
     case ButtonsRole: {
-        // A row's Run button is disabled while its run is in flight.
-        const bool running = m_runsInFlight.contains(TPScriptTree::entryPath(entry));
+        const bool runEnabled = isRunEnabled(index.row());
         QVariantList buttons = m_buttonsForDir(TPScriptTree::isFolderEntry(entry));
         for (QVariant &button : buttons) {
             QVariantMap map = button.toMap();
             map.insert(QStringLiteral("enabled"),
-                       !running || map.value(QStringLiteral("action")) != QLatin1String("run"));
+                       runEnabled || map.value(QStringLiteral("action")) != QLatin1String("run"));
             button = map;
         }
         return buttons;

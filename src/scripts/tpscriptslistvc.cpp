@@ -17,8 +17,7 @@
 
 TPScriptsListVC::TPScriptsListVC(const QString &folder, QObject *parent)
     : TPViewController(parent), _folder(folder),
-      _rowsModel(
-          new TPScriptRowsModel([this](bool isDir) { return rowButtonsForDir(isDir); }, this))
+      _rows(new TPScriptRowsModel([this](bool isDir) { return rowButtonsForDir(isDir); }, this))
 {
     setTitle(_folder.isEmpty() ? TPL("tab_scripts") : TPLastPathSegment(_folder));
     readTexts();
@@ -62,24 +61,13 @@ void TPScriptsListVC::onRowButtonTapped(const QString &action, int row)
         onMoreButtonTapped(row);
 }
 
-void TPScriptsListVC::onRowLongPressed(int row)
-{
-    onMoreButtonTapped(row);
-}
-
 void TPScriptsListVC::setSearchText(const QString &text)
 {
     if (m_searchText == text)
         return;
     m_searchText = text;
-    _rowsModel->setSearch(text);
+    _rows->setSearch(text);
     emit searchTextChanged();
-}
-
-QJsonValue TPScriptsListVC::entryAt(int row) const
-{
-    const qsizetype index = _rowsModel->sourceRow(row);
-    return index >= 0 && index < _rows.size() ? _rows.at(index) : QJsonValue();
 }
 
 QUrl TPScriptsListVC::viewUrl() const
@@ -99,7 +87,7 @@ void TPScriptsListVC::onLangChangedNotification()
     if (_folder.isEmpty())
         setTitle(TPL("tab_scripts"));
     readTexts();
-    _rowsModel->retitleButtons();
+    _rows->retitleButtons();
 }
 
 void TPScriptsListVC::viewWillAppear()
@@ -132,11 +120,6 @@ void TPScriptsListVC::setRefreshing(bool refreshing)
         return;
     _refreshing = refreshing;
     emit refreshingChanged();
-}
-
-QJsonArray TPScriptsListVC::filterChildrenOf(const QString &folder, const QJsonArray &listing)
-{
-    return TPScriptTree::filterChildrenOf(folder, listing);
 }
 
 void TPScriptsListVC::reloadData()
@@ -175,8 +158,7 @@ void TPScriptsListVC::onListingDecoded(const std::optional<QJsonArray> &children
         showOfflineAlert();
         return;
     }
-    _rows = *children;
-    _rowsModel->setRows(_rows);
+    _rows->setRows(*children);
 }
 
 void TPScriptsListVC::showOfflineAlert()
@@ -186,9 +168,9 @@ void TPScriptsListVC::showOfflineAlert()
 
 void TPScriptsListVC::didSelectRow(int row)
 {
-    if (!isValidRow(row))
+    const QJsonValue entry = _rows->entryAt(row);
+    if (entry.isUndefined())
         return;
-    const QJsonValue entry = entryAt(row);
     const QString path = TPScriptTree::entryPath(entry);
     TPNavigationStack *stack = navigationController();
     if (!stack)
@@ -201,7 +183,7 @@ void TPScriptsListVC::didSelectRow(int row)
 
 bool TPScriptsListVC::canEditRow(int row) const
 {
-    return isValidRow(row) && !TPScriptTree::isFolderEntry(entryAt(row));
+    return _rows->canEditRow(row);
 }
 
 void TPScriptsListVC::commitDeleteRow(int row)
@@ -209,7 +191,7 @@ void TPScriptsListVC::commitDeleteRow(int row)
     if (!canEditRow(row))
         return;
     // No confirmation, and the row stays until the list is reloaded.
-    deleteEntry(TPScriptTree::entryPath(entryAt(row)));
+    deleteEntry(TPScriptTree::entryPath(_rows->entryAt(row)));
 }
 
 void TPScriptsListVC::deleteEntry(const QString &path)
@@ -292,24 +274,17 @@ void TPScriptsListVC::createEntryNamed(const QString &name, bool isFolder)
         TPEngineAPI::createScript(path, done);
 }
 
-bool TPScriptsListVC::isRunButtonEnabled(int row) const
-{
-    return isValidRow(row) && !_runsInFlight.contains(TPScriptTree::entryPath(entryAt(row)));
-}
-
 void TPScriptsListVC::onRunButtonTapped(int row)
 {
-    if (!isValidRow(row) || TPScriptTree::isFolderEntry(entryAt(row)))
+    if (!_rows->isRunEnabled(row))
         return;
-    const QString path = TPScriptTree::entryPath(entryAt(row));
-    _runsInFlight.insert(path);
-    _rowsModel->setRunsInFlight(_runsInFlight);
+    const QString path = TPScriptTree::entryPath(_rows->entryAt(row));
+    _rows->setRunInFlight(path, true);
     QPointer<TPScriptsListVC> self(this);
     TPEngineAPI::runFile(path, [self, path](const TPEngineAPI::Error &error) {
         if (!self)
             return;
-        self->_runsInFlight.remove(path);
-        self->_rowsModel->setRunsInFlight(self->_runsInFlight);
+        self->_rows->setRunInFlight(path, false);
         if (error)
             self->showAlert(TPL("alert_error"), TPL("err_run_fail"));
     });
@@ -317,9 +292,10 @@ void TPScriptsListVC::onRunButtonTapped(int row)
 
 void TPScriptsListVC::onMoreButtonTapped(int row)
 {
-    if (!isValidRow(row))
+    const QJsonValue entry = _rows->entryAt(row);
+    if (entry.isUndefined())
         return;
-    const QString path = TPScriptTree::entryPath(entryAt(row));
+    const QString path = TPScriptTree::entryPath(entry);
     auto *sheet =
         new TPAlertController(QString(), QString(), TPAlertController::Style::ActionSheet);
     sheet->setAnchor(QStringLiteral("row:%1").arg(row));

@@ -5,7 +5,6 @@
 #include "tpviewcontroller.h"
 
 #include <QJsonArray>
-#include <QSet>
 
 #include <QtQml/qqmlregistration.h>
 #include <optional>
@@ -18,7 +17,7 @@ class TPScriptsListVC : public TPViewController
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made by the app and by other lists")
-    Q_PROPERTY(TPScriptRowsModel *rows READ rowsModel CONSTANT)
+    Q_PROPERTY(TPScriptRowsModel *rows READ rows CONSTANT)
     Q_PROPERTY(bool refreshing READ isRefreshing NOTIFY refreshingChanged)
     // A reload is in flight, from whatever started it.
     Q_PROPERTY(bool reloading READ isReloading NOTIFY reloadingChanged)
@@ -32,11 +31,8 @@ public:
     QUrl viewUrl() const override;
     void viewWillAppear() override;
 
-    static QJsonArray filterChildrenOf(const QString &folder, const QJsonArray &listing);
-
     QString folder() const { return _folder; }
-    QJsonArray rows() const { return _rows; }
-    TPScriptRowsModel *rowsModel() const { return _rowsModel; }
+    TPScriptRowsModel *rows() const { return _rows; }
     bool isRefreshing() const { return _refreshing; }
     bool isReloading() const { return m_reloadsInFlight > 0; }
     QString searchText() const { return m_searchText; }
@@ -55,8 +51,6 @@ public:
     void promptNameWithTitle(const QString &title, const QString &placeholder, bool isFolder);
     void createEntryNamed(const QString &name, bool isFolder);
     void promptRenameForPath(const QString &path);
-    // The row's run button: disabled while its run is in flight.
-    bool isRunButtonEnabled(int row) const;
 
 public slots:
     void onLangChangedNotification();
@@ -74,8 +68,6 @@ public slots:
     void onRunButtonTapped(int row);
     void onMoreButtonTapped(int row);
     void onRowButtonTapped(const QString &action, int row);
-    // A long press on a row opens its menu.
-    void onRowLongPressed(int row);
 
 signals:
     void refreshingChanged();
@@ -92,18 +84,15 @@ private:
     // A completion that reloads the list on success and shows the offline alert on failure;
     // it does nothing once the screen is gone.
     TPEngineAPI::Completion reloadOnSuccess();
-    bool isValidRow(int row) const { return _rowsModel->sourceRow(row) >= 0; }
-    QJsonValue entryAt(int row) const;
     void setReloadsInFlight(int count);
     // A reload's end: the folder's children, or nothing when the listing failed.
     void onListingDecoded(const std::optional<QJsonArray> &children);
     void readTexts();
 
     QString _folder;
-    QJsonArray _rows;
-    TPScriptRowsModel *_rowsModel;
+    // The folder's current children, in display order.
+    TPScriptRowsModel *_rows;
     bool _refreshing = false;
-    QSet<QString> _runsInFlight;
     int m_reloadsInFlight = 0;
     QString m_searchText;
     QVariantMap m_texts;

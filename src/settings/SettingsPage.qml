@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Controls
 import TPCompanion
 
-// The grouped settings table. Each row is drawn by the kind its identifier names; taps and
-// control changes go straight to the controller.
+// The grouped settings table. Each row is drawn by its kind; taps and control changes go
+// straight to the controller.
 Item {
     id: page
     required property TPSettingsVC controller
@@ -42,6 +42,7 @@ Item {
         delegate: Item {
             id: cellItem
             required property string identifier
+            required property int kind
             required property int section
             required property int row
             required property string title
@@ -75,13 +76,11 @@ Item {
             Loader {
                 anchors { fill: parent; leftMargin: 16; rightMargin: 16 }
                 sourceComponent: {
-                    switch (cellItem.identifier) {
-                    case "swatchCell": return swatchComponent
-                    case "sizeCell":
-                    case "opacityCell": return sliderComponent
-                    case "switchCell": return switchComponent
-                    case "langCell":
-                    case "segCell": return segmentsComponent
+                    switch (cellItem.kind) {
+                    case TPSettingsRowKind.Swatch: return swatchComponent
+                    case TPSettingsRowKind.Slider: return sliderComponent
+                    case TPSettingsRowKind.Switch: return switchComponent
+                    case TPSettingsRowKind.Segments: return segmentsComponent
                     default: return valueComponent
                     }
                 }
@@ -149,9 +148,7 @@ Item {
                         anchors { right: parent.right; rightMargin: 12; verticalCenter: parent.verticalCenter }
                         segments: cellItem.segments
                         currentIndex: cellItem.selectedSegment
-                        onActivated: index => cellItem.identifier === "langCell"
-                                     ? page.controller.onLangSegmentChanged(index)
-                                     : page.controller.onToastPosChanged(index)
+                        onActivated: index => page.controller.onSegmentChanged(cellItem.section, index)
                     }
                 }
             }

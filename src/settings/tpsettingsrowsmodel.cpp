@@ -43,6 +43,8 @@ QVariant TPSettingsRowsModel::data(const QModelIndex &index, int role) const
     switch (role) {
     case IdentifierRole:
         return row.identifier;
+    case KindRole:
+        return row.kind;
     case SectionRole:
         return row.section;
     case RowRole:
@@ -77,6 +79,7 @@ QVariant TPSettingsRowsModel::data(const QModelIndex &index, int role) const
 QHash<int, QByteArray> TPSettingsRowsModel::roleNames() const
 {
     return {{IdentifierRole, "identifier"},
+            {KindRole, "kind"},
             {SectionRole, "section"},
             {RowRole, "row"},
             {SectionTitleRole, "sectionTitle"},

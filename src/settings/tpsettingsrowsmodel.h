@@ -7,11 +7,25 @@
 #include <QStringList>
 #include <QtQml/qqmlregistration.h>
 
+// How a settings row is drawn and which control it holds.
+namespace TPSettingsRowKind {
+Q_NAMESPACE
+QML_ELEMENT
+enum Kind {
+    Value,    // a title and a value, maybe with a disclosure chevron
+    Switch,   // a title and an on/off switch
+    Segments, // a title and a segmented control
+    Swatch,   // the colour swatches (the row's own controller)
+    Slider,   // a titled slider (the row's own controller)
+};
+Q_ENUM_NS(Kind)
+} // namespace TPSettingsRowKind
+
 // One row of the settings table as the view draws it.
 struct TPSettingsRow
 {
-    QString identifier; // the row's reuse identifier ("ipCell", "switchCell", ...); views pick
-                        // their delegate by it
+    QString identifier; // the row's reuse identifier ("ipCell", "switchCell", ...)
+    TPSettingsRowKind::Kind kind = TPSettingsRowKind::Value;
     int section = 0;
     int row = 0;
     QString sectionTitle;
@@ -37,6 +51,7 @@ class TPSettingsRowsModel : public QAbstractListModel
 public:
     enum Role {
         IdentifierRole = Qt::UserRole + 1,
+        KindRole,
         SectionRole,
         RowRole,
         SectionTitleRole,

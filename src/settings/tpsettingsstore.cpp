@@ -7,27 +7,18 @@
 
 namespace {
 
-constexpr auto kAlertError = "tp_alert_error";
-constexpr auto kVibrateError = "tp_vibrate_error";
-constexpr auto kToastStartStop = "tp_toast_startstop";
-constexpr auto kVibrateStartStop = "tp_vibrate_startstop";
-constexpr auto kDebugTouch = "tp_debug_touch";
-constexpr auto kToastPos = "tp_toast_pos";
-constexpr auto kTouchColor = "tp_touch_color";
-constexpr auto kTouchSize = "tp_touch_size";
-constexpr auto kTouchOpacity = "tp_touch_opacity";
-
-QString key(const char *name)
-{
-    return QString::fromLatin1(name);
-}
-
 // An integer setting tested for presence: the stored value as it stands, even 0 or out of
 // range, or the fallback when it was never written.
-qint64 presentIntegerOr(const char *name, qint64 fallback)
+qint64 presentIntegerOr(const QString &name, qint64 fallback)
 {
     const QSettings settings;
-    return settings.contains(key(name)) ? settings.value(key(name)).toLongLong() : fallback;
+    return settings.contains(name) ? settings.value(name).toLongLong() : fallback;
+}
+
+qint64 currentInteger(TPOptionKind kind)
+{
+    const TPEngineOption &option = TPSettingsStore::optionOfKind(kind);
+    return presentIntegerOr(QString::fromLatin1(option.storeKey), option.fallback);
 }
 
 void store(const QString &name, const QVariant &value)
@@ -35,12 +26,40 @@ void store(const QString &name, const QVariant &value)
     QSettings().setValue(name, value);
 }
 
+QStringList switchField(const char *TPEngineOption::*field)
+{
+    QStringList values;
+    for (const TPEngineOption &option : TPEngineOptions) {
+        if (option.kind == TPOptionKind::Switch)
+            values.append(QString::fromLatin1(option.*field));
+    }
+    return values;
+}
+
 } // namespace
+
+const TPEngineOption &TPSettingsStore::optionOfKind(TPOptionKind kind)
+{
+    for (const TPEngineOption &option : TPEngineOptions) {
+        if (option.kind == kind)
+            return option;
+    }
+    Q_UNREACHABLE();
+}
+
+QString TPSettingsStore::keyOf(TPOptionKind kind)
+{
+    return QString::fromLatin1(optionOfKind(kind).storeKey);
+}
 
 QStringList TPSettingsStore::switchKeys()
 {
-    return {key(kAlertError), key(kVibrateError), key(kToastStartStop), key(kVibrateStartStop),
-            key(kDebugTouch)};
+    return switchField(&TPEngineOption::storeKey);
+}
+
+QStringList TPSettingsStore::switchTitleKeys()
+{
+    return switchField(&TPEngineOption::titleKey);
 }
 
 bool TPSettingsStore::boolForKey(const QString &name)
@@ -50,39 +69,49 @@ bool TPSettingsStore::boolForKey(const QString &name)
 
 bool TPSettingsStore::isDebugTouchOn()
 {
-    return boolForKey(key(kDebugTouch));
+    return boolForKey(QString::fromLatin1(TPDebugTouchKey));
 }
 
 quint32 TPSettingsStore::currentTouchColorRGB()
 {
     // Stored zero-extended; read back as its low 32 bits.
-    return quint32(presentIntegerOr(kTouchColor, DefaultTouchColorRGB));
+    return quint32(currentInteger(TPOptionKind::TouchColor));
 }
 
 qint64 TPSettingsStore::currentTouchSize()
 {
-    return presentIntegerOr(kTouchSize, DefaultTouchSize);
+    return currentInteger(TPOptionKind::TouchSize);
 }
 
 qint64 TPSettingsStore::currentTouchOpacity()
 {
-    return presentIntegerOr(kTouchOpacity, DefaultTouchOpacity);
+    return currentInteger(TPOptionKind::TouchOpacity);
 }
 
 qint64 TPSettingsStore::currentToastPosition()
 {
-    return QSettings().value(key(kToastPos)).toLongLong();
+    return currentInteger(TPOptionKind::ToastPosition);
 }
 
 QVariantMap TPSettingsStore::settingsDocument()
 {
     QVariantMap document;
-    for (const QString &switchKey : switchKeys())
-        document.insert(switchKey, boolForKey(switchKey));
-    document.insert(key(kToastPos), currentToastPosition());
-    document.insert(key(kTouchColor), currentTouchColorRGB());
-    document.insert(key(kTouchSize), currentTouchSize());
-    document.insert(key(kTouchOpacity), currentTouchOpacity());
+    for (const TPEngineOption &option : TPEngineOptions) {
+        const QString name = QString::fromLatin1(option.storeKey);
+        switch (option.kind) {
+        case TPOptionKind::Switch:
+            document.insert(name, boolForKey(name));
+            break;
+        case TPOptionKind::TouchColor:
+            document.insert(name, currentTouchColorRGB());
+            break;
+        case TPOptionKind::ToastPosition:
+        case TPOptionKind::TouchSize:
+        case TPOptionKind::TouchOpacity:
+            document.insert(name, currentInteger(option.kind));
+            break;
+        }
+    }
     return document;
 }
 
@@ -98,23 +127,23 @@ void TPSettingsStore::storeSwitch(const QString &switchKey, bool on)
 
 void TPSettingsStore::storeToastPosition(qint64 segment)
 {
-    store(key(kToastPos), segment);
+    store(keyOf(TPOptionKind::ToastPosition), segment);
 }
 
 void TPSettingsStore::storeTouchColorRGB(quint32 rgb)
 {
     // Zero-extended, so a colour is never stored as a negative number.
-    store(key(kTouchColor), qint64(rgb));
+    store(keyOf(TPOptionKind::TouchColor), qint64(rgb));
 }
 
 void TPSettingsStore::storeTouchSize(qint64 size)
 {
-    store(key(kTouchSize), size);
+    store(keyOf(TPOptionKind::TouchSize), size);
 }
 
 void TPSettingsStore::storeTouchOpacity(qint64 opacity)
 {
-    store(key(kTouchOpacity), opacity);
+    store(keyOf(TPOptionKind::TouchOpacity), opacity);
 }
 
 QString TPSettingsStore::storeLanguageSegment(int segment)

@@ -38,43 +38,11 @@ QUrl TPSettingsVC::viewUrl() const
 void TPSettingsVC::viewDidLoad()
 {
     setTitle(TPL("tab_settings"));
-    _switchTitleKeys = {QStringLiteral("set_alert_error"), QStringLiteral("set_vibrate_error"),
-                        QStringLiteral("set_toast_startstop"),
-                        QStringLiteral("set_vibrate_startstop"), QStringLiteral("set_debug_touch")};
+    _switchTitleKeys = TPSettingsStore::switchTitleKeys();
     _switchKeys = TPSettingsStore::switchKeys();
     connect(TPNotificationCenter::defaultCenter(), &TPNotificationCenter::TPLangChanged, this,
             &TPSettingsVC::onLangChangedNotification);
     reloadData();
-}
-
-bool TPSettingsVC::isDebugTouchOn() const
-{
-    return TPSettingsStore::isDebugTouchOn();
-}
-
-quint32 TPSettingsVC::currentTouchColorRGB() const
-{
-    return TPSettingsStore::currentTouchColorRGB();
-}
-
-qint64 TPSettingsVC::currentTouchSize() const
-{
-    return TPSettingsStore::currentTouchSize();
-}
-
-qint64 TPSettingsVC::currentTouchOpacity() const
-{
-    return TPSettingsStore::currentTouchOpacity();
-}
-
-void TPSettingsVC::postAllSettings() const
-{
-    TPSettingsStore::postAllSettings();
-}
-
-QString TPSettingsVC::deviceIPPortString() const
-{
-    return TPDeviceIPPortString();
 }
 
 QString TPSettingsVC::titleForHeaderInSection(int section) const
@@ -93,13 +61,13 @@ int TPSettingsVC::numberOfRowsInSection(int section) const
     if (section == kLanguageSection)
         return 1;
     const int switches = int(_switchKeys.size());
-    return isDebugTouchOn() ? switches + 4 : switches + 1;
+    return TPSettingsStore::isDebugTouchOn() ? switches + 4 : switches + 1;
 }
 
 int TPSettingsVC::heightForRow(int section, int row) const
 {
     const int switches = int(_switchKeys.size());
-    if (section == kOptionsSection && isDebugTouchOn()) {
+    if (section == kOptionsSection && TPSettingsStore::isDebugTouchOn()) {
         if (row == switches)
             return kSwatchRowHeight;
         if (row == switches + 1 || row == switches + 2)
@@ -108,10 +76,12 @@ int TPSettingsVC::heightForRow(int section, int row) const
     return kRowHeight;
 }
 
-TPSettingsRow TPSettingsVC::baseRow(int section, int row, const char *identifier) const
+TPSettingsRow TPSettingsVC::baseRow(int section, int row, const char *identifier,
+                                    TPSettingsRowKind::Kind kind) const
 {
     TPSettingsRow result;
     result.identifier = QString::fromLatin1(identifier);
+    result.kind = kind;
     result.section = section;
     result.row = row;
     result.sectionTitle = titleForHeaderInSection(section);
@@ -131,20 +101,21 @@ TPSettingsRow TPSettingsVC::cellForRow(int section, int row)
 TPSettingsRow TPSettingsVC::connectionCellForRow(int row)
 {
     if (row == 0) {
-        TPSettingsRow cell = baseRow(kConnectionSection, row, "ipCell");
+        TPSettingsRow cell = baseRow(kConnectionSection, row, "ipCell", TPSettingsRowKind::Value);
         cell.title = TPL("row_device_ip");
-        cell.detail = deviceIPPortString();
+        cell.detail = TPDeviceIPPortString();
         return cell;
     }
     if (row == 1) {
-        TPSettingsRow cell = baseRow(kConnectionSection, row, "ownerCell");
+        TPSettingsRow cell =
+            baseRow(kConnectionSection, row, "ownerCell", TPSettingsRowKind::Value);
         cell.title = TPL("row_owner_name");
         const QString owner = TPReadOwnerFile();
         cell.detail = owner.isEmpty() ? TPL("na") : owner;
         cell.disclosure = true;
         return cell;
     }
-    TPSettingsRow cell = baseRow(kConnectionSection, row, "ideCell");
+    TPSettingsRow cell = baseRow(kConnectionSection, row, "ideCell", TPSettingsRowKind::Value);
     cell.title = TPL("row_open_ide");
     cell.disclosure = true;
     return cell;
@@ -152,7 +123,7 @@ TPSettingsRow TPSettingsVC::connectionCellForRow(int row)
 
 TPSettingsRow TPSettingsVC::languageCellForRow(int row)
 {
-    TPSettingsRow cell = baseRow(kLanguageSection, row, "langCell");
+    TPSettingsRow cell = baseRow(kLanguageSection, row, "langCell", TPSettingsRowKind::Segments);
     cell.highlightsOnTap = false;
     cell.title = TPL("row_language");
     cell.segments = {TPL("lang_vi"), TPL("lang_en")};
@@ -163,11 +134,11 @@ TPSettingsRow TPSettingsVC::languageCellForRow(int row)
 TPSettingsRow TPSettingsVC::optionsCellForRow(int row)
 {
     const int switches = int(_switchKeys.size());
-    const bool debugTouch = isDebugTouchOn();
+    const bool debugTouch = TPSettingsStore::isDebugTouchOn();
     QPointer<TPSettingsVC> self(this);
 
     if (row < switches) {
-        TPSettingsRow cell = baseRow(kOptionsSection, row, "switchCell");
+        TPSettingsRow cell = baseRow(kOptionsSection, row, "switchCell", TPSettingsRowKind::Switch);
         cell.highlightsOnTap = false;
         cell.title = TPL(_switchTitleKeys.at(row));
         cell.switchOn = TPSettingsStore::boolForKey(_switchKeys.at(row));
@@ -175,43 +146,46 @@ TPSettingsRow TPSettingsVC::optionsCellForRow(int row)
         return cell;
     }
     if (debugTouch && row == switches) {
-        TPSettingsRow cell = baseRow(kOptionsSection, row, "swatchCell");
+        TPSettingsRow cell = baseRow(kOptionsSection, row, "swatchCell", TPSettingsRowKind::Swatch);
         cell.highlightsOnTap = false;
-        _swatchCell->selectRGB(currentTouchColorRGB());
+        _swatchCell->selectRGB(TPSettingsStore::currentTouchColorRGB());
         _swatchCell->setOnPick([self](quint32 rgb) {
             // The value is kept even when the screen is gone; only the push needs it.
             TPSettingsStore::storeTouchColorRGB(rgb);
             if (self)
-                self->postAllSettings();
+                TPSettingsStore::postAllSettings();
         });
         cell.cell = _swatchCell;
         return cell;
     }
     if (debugTouch && (row == switches + 1 || row == switches + 2)) {
         const bool size = row == switches + 1;
-        TPSettingsRow cell = baseRow(kOptionsSection, row, size ? "sizeCell" : "opacityCell");
+        TPSettingsRow cell = baseRow(kOptionsSection, row, size ? "sizeCell" : "opacityCell",
+                                     TPSettingsRowKind::Slider);
         cell.highlightsOnTap = false;
         TPSliderCell *slider = size ? _sizeCell : _opacityCell;
+        const TPEngineOption &option = TPSettingsStore::optionOfKind(
+            size ? TPOptionKind::TouchSize : TPOptionKind::TouchOpacity);
         if (size)
-            slider->configureWithTitle(TPL("set_touch_size"), 8, 120, currentTouchSize(),
-                                       QString());
+            slider->configureWithTitle(TPL(option.titleKey), 8, 120,
+                                       TPSettingsStore::currentTouchSize(), QString());
         else
-            slider->configureWithTitle(TPL("set_touch_opacity"), 5, 100, currentTouchOpacity(),
-                                       QStringLiteral("%"));
+            slider->configureWithTitle(TPL(option.titleKey), 5, 100,
+                                       TPSettingsStore::currentTouchOpacity(), QStringLiteral("%"));
         slider->setOnChanged([self, size](qint64 value) {
             if (size)
                 TPSettingsStore::storeTouchSize(value);
             else
                 TPSettingsStore::storeTouchOpacity(value);
             if (self)
-                self->postAllSettings();
+                TPSettingsStore::postAllSettings();
         });
         cell.cell = slider;
         return cell;
     }
-    TPSettingsRow cell = baseRow(kOptionsSection, row, "segCell");
+    TPSettingsRow cell = baseRow(kOptionsSection, row, "segCell", TPSettingsRowKind::Segments);
     cell.highlightsOnTap = false;
-    cell.title = TPL("set_toast_pos");
+    cell.title = TPL(TPSettingsStore::optionOfKind(TPOptionKind::ToastPosition).titleKey);
     cell.segments = {TPL("pos_top"), TPL("pos_center"), TPL("pos_bottom")};
     cell.selectedSegment = int(TPSettingsStore::currentToastPosition());
     return cell;
@@ -254,7 +228,7 @@ void TPSettingsVC::didSelectRow(int section, int row)
 void TPSettingsVC::onDeviceIPRowTapped()
 {
     // Whatever the row shows is copied, "N/A" included.
-    QGuiApplication::clipboard()->setText(deviceIPPortString());
+    QGuiApplication::clipboard()->setText(TPDeviceIPPortString());
     showAlert(TPL("alert_ok"), TPL("copied"));
 }
 
@@ -293,15 +267,23 @@ void TPSettingsVC::onSwitchChanged(int tag, bool on)
         return;
     const QString key = _switchKeys.at(tag);
     TPSettingsStore::storeSwitch(key, on);
-    postAllSettings();
-    if (key == QLatin1String("tp_debug_touch"))
+    TPSettingsStore::postAllSettings();
+    if (key == QLatin1String(TPDebugTouchKey))
         reloadSection(kOptionsSection);
+}
+
+void TPSettingsVC::onSegmentChanged(int section, int selectedSegment)
+{
+    if (section == kLanguageSection)
+        onLangSegmentChanged(selectedSegment);
+    else if (section == kOptionsSection)
+        onToastPosChanged(selectedSegment);
 }
 
 void TPSettingsVC::onToastPosChanged(int selectedSegment)
 {
     TPSettingsStore::storeToastPosition(selectedSegment);
-    postAllSettings();
+    TPSettingsStore::postAllSettings();
 }
 
 void TPSettingsVC::onLangSegmentChanged(int selectedSegment)

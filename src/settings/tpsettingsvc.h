@@ -39,16 +39,6 @@ public:
     TPSliderCell *sizeCell() const { return _sizeCell; }
     TPSliderCell *opacityCell() const { return _opacityCell; }
 
-    // The settings store and its push to the engine.
-    bool isDebugTouchOn() const;
-    quint32 currentTouchColorRGB() const;
-    qint64 currentTouchSize() const;
-    qint64 currentTouchOpacity() const;
-    void postAllSettings() const;
-
-    // "<address>:8090", or "N/A" without a Wi-Fi address.
-    QString deviceIPPortString() const;
-
     void reloadData();
     void reloadSection(int section);
 
@@ -58,6 +48,8 @@ public slots:
     void onOpenWebIDETapped();
     void promptRenameOwner();
     void onSwitchChanged(int tag, bool on);
+    // A segmented control of the language or the options section changed.
+    void onSegmentChanged(int section, int selectedSegment);
     void onToastPosChanged(int selectedSegment);
     void onLangSegmentChanged(int selectedSegment);
     void onLangChangedNotification();
@@ -67,7 +59,8 @@ protected:
 
 private:
     QList<TPSettingsRow> rowsOfSection(int section);
-    TPSettingsRow baseRow(int section, int row, const char *identifier) const;
+    TPSettingsRow baseRow(int section, int row, const char *identifier,
+                          TPSettingsRowKind::Kind kind) const;
 
     QStringList _switchKeys;
     QStringList _switchTitleKeys;

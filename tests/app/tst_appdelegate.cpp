@@ -76,8 +76,6 @@ private slots:
         QCOMPARE(tabs.at(0).icon.fileName(), QStringLiteral("doc.text.svg"));
         QCOMPARE(tabs.at(1).icon.fileName(), QStringLiteral("cart.svg"));
         QCOMPARE(tabs.at(2).icon.fileName(), QStringLiteral("gearshape.svg"));
-        for (int tag = 0; tag < 3; ++tag)
-            QCOMPARE(tabs.at(tag).tag, tag);
     }
 
     void launchSendsNothingButTheShownListsListing()
@@ -169,7 +167,6 @@ private slots:
         for (int i = 0; i < 3; ++i) {
             QCOMPARE(after.at(i).icon, before.at(i).icon);
             QCOMPARE(after.at(i).stack, before.at(i).stack);
-            QCOMPARE(after.at(i).tag, i);
         }
         QCOMPARE(tabs->data(tabs->index(1), TPTabBarController::TitleRole).toString(),
                  QStringLiteral("Store"));

@@ -111,7 +111,7 @@ private slots:
     void rowButtonsRunAFileAndOpenTheMenu()
     {
         TPScriptsListVC *list = showList();
-        QTRY_COMPARE(list->rows().size(), 2);
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
         QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("rowButton_run_1")));
         QVERIFY(!TPFindItem(m_view->rootObject(), QStringLiteral("rowButton_run_0")));
         QQuickItem *run = TPFindItem(m_view->rootObject(), QStringLiteral("rowButton_run_1"));
@@ -177,14 +177,14 @@ private slots:
     void searchingNarrowsTheRowsAndClearingRestoresThem()
     {
         TPScriptsListVC *list = showList();
-        QTRY_COMPARE(list->rows().size(), 2);
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
         QQuickItem *field = TPFindItem(m_view->rootObject(), QStringLiteral("searchField"));
         QVERIFY(field);
         QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(field));
         QTest::keyClick(m_view.get(), 'M');
-        QTRY_COMPARE(list->rowsModel()->rowCount(), 1);
+        QTRY_COMPARE(list->rows()->rowCount(), 1);
         QTest::keyClick(m_view.get(), Qt::Key_Backspace);
-        QTRY_COMPARE(list->rowsModel()->rowCount(), 2);
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
     }
 
     void anUnreachableNameShowsItsNote()
@@ -239,7 +239,7 @@ private slots:
     {
         TPScriptsListVC *list = showList();
         QVERIFY(list);
-        QTRY_COMPARE(list->rows().size(), 2);
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
         const int before = int(m_fixture.requestsTo(QStringLiteral("/scripts")).size());
         QQuickItem *listView = TPFindItem(m_view->rootObject(), QStringLiteral("scriptsList"));
         QVERIFY(listView);
@@ -252,7 +252,7 @@ private slots:
     void shortPullDoesNotRefresh()
     {
         TPScriptsListVC *list = showList();
-        QTRY_COMPARE(list->rows().size(), 2);
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
         QQuickItem *listView = TPFindItem(m_view->rootObject(), QStringLiteral("scriptsList"));
         const QPoint top = listView->mapToScene(QPointF(195, 30)).toPoint();
         drag(m_view.get(), top, top + QPoint(0, 40));

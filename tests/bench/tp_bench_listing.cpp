@@ -77,11 +77,11 @@ int measureClient(quint16 port)
     sinceTick.start();
     ticker.start();
     list.reloadData();
-    while (list.rows().isEmpty() && !presenter.current() && fetch.elapsed() < 120000)
+    while (list.rows()->rowCount() == 0 && !presenter.current() && fetch.elapsed() < 120000)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 1);
     const double fetchMs = fetch.nsecsElapsed() / 1e6;
     ticker.stop();
-    if (list.rows().isEmpty()) {
+    if (list.rows()->rowCount() == 0) {
         qWarning("the list shows no rows");
         return 1;
     }

@@ -34,17 +34,17 @@ private slots:
         TPPresenter presenter;
         TPScriptsListVC list{QString()};
         list.setPresenter(&presenter);
-        QAbstractItemModelTester tester(list.rowsModel(),
+        QAbstractItemModelTester tester(list.rows(),
                                         QAbstractItemModelTester::FailureReportingMode::QtTest);
         list.reloadData();
-        QTRY_COMPARE(list.rowsModel()->rowCount(), 3);
+        QTRY_COMPARE(list.rows()->rowCount(), 3);
         list.setSearchText(QStringLiteral("B.L"));
-        QCOMPARE(list.rowsModel()->rowCount(), 1);
+        QCOMPARE(list.rows()->rowCount(), 1);
         list.setSearchText(QString());
-        QCOMPARE(list.rowsModel()->rowCount(), 3);
+        QCOMPARE(list.rows()->rowCount(), 3);
         engine.setDefaultAnswer(TPScriptedAnswer::ok("{\"entries\":[]}"));
         list.reloadData();
-        QTRY_COMPARE(list.rowsModel()->rowCount(), 0);
+        QTRY_COMPARE(list.rows()->rowCount(), 0);
     }
 
     void settingsRowsKeepTheModelContractThroughALanguageChange()
@@ -70,8 +70,8 @@ private slots:
         TPTabBarController tabs;
         QAbstractItemModelTester tester(&tabs,
                                         QAbstractItemModelTester::FailureReportingMode::QtTest);
-        tabs.setTabs({{new TPNavigationStack(new TPSettingsVC, &presenter), QStringLiteral("A"),
-                       QUrl(), 0}});
+        tabs.setTabs(
+            {{new TPNavigationStack(new TPSettingsVC, &presenter), QStringLiteral("A"), QUrl()}});
         QCOMPARE(tabs.rowCount(), 1);
         tabs.setTitle(0, QStringLiteral("B"));
         QCOMPARE(tabs.data(tabs.index(0), TPTabBarController::TitleRole).toString(),

@@ -2,6 +2,7 @@
 #include "tplang.h"
 #include "tpnotificationcenter.h"
 #include "tpscreenfixture.h"
+#include "tpsettingsstore.h"
 #include "tpsettingsvc.h"
 
 #include "tptestutil.h"
@@ -174,9 +175,9 @@ private slots:
         settings->sizeCell()->onSliderReleased(57.5f);
         settings->opacityCell()->onSliderReleased(33.2f);
         QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/settings")).size(), 3);
-        QCOMPARE(settings->currentTouchColorRGB(), 0x007AFFu);
-        QCOMPARE(settings->currentTouchSize(), 58);
-        QCOMPARE(settings->currentTouchOpacity(), 33);
+        QCOMPARE(TPSettingsStore::currentTouchColorRGB(), 0x007AFFu);
+        QCOMPARE(TPSettingsStore::currentTouchSize(), 58);
+        QCOMPARE(TPSettingsStore::currentTouchOpacity(), 33);
         QCOMPARE(lastDocument().value(QStringLiteral("tp_touch_color")), QJsonValue(0x007AFF));
         QCOMPARE(lastDocument().value(QStringLiteral("tp_touch_size")), QJsonValue(58));
         QCOMPARE(lastDocument().value(QStringLiteral("tp_touch_opacity")), QJsonValue(33));
@@ -294,8 +295,8 @@ private slots:
 
     void wifiAddressRowShowsAddressAndPort()
     {
-        TPSettingsVC *settings = show();
-        QCOMPARE(settings->deviceIPPortString(), QStringLiteral("192.168.1.23:8090"));
+        show();
+        QCOMPARE(TPDeviceIPPortString(), QStringLiteral("192.168.1.23:8090"));
         QCOMPARE(section(0).first().detail, QStringLiteral("192.168.1.23:8090"));
         QCOMPARE(section(0).first().title, QStringLiteral("Device IP"));
     }
@@ -304,8 +305,8 @@ private slots:
     {
         useInterfaces(
             {TPIPv4Interface("lo0", "127.0.0.1"), TPIPv4Interface("pdp_ip0", "10.0.0.5")});
-        TPSettingsVC *settings = show();
-        QCOMPARE(settings->deviceIPPortString(), QStringLiteral("N/A"));
+        show();
+        QCOMPARE(TPDeviceIPPortString(), QStringLiteral("N/A"));
         QCOMPARE(section(0).first().detail, QStringLiteral("N/A"));
     }
 

@@ -65,8 +65,8 @@ void settle()
 
 int rowOfPath(const TPScriptsListVC *list, const QString &path)
 {
-    for (int row = 0; row < list->rows().size(); ++row) {
-        if (list->rows().at(row).toObject().value(QStringLiteral("path")).toString() == path)
+    for (int row = 0; row < list->rows()->rowCount(); ++row) {
+        if (list->rows()->entryAt(row).toObject().value(QStringLiteral("path")).toString() == path)
             return row;
     }
     return -1;
@@ -163,14 +163,14 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
     TPTabBarController *tabs = m_delegate->tabBarController();
     TPNavigationStack *scriptsStack = tabs->tabs().at(0).stack;
     auto *scripts = qobject_cast<TPScriptsListVC *>(scriptsStack->topViewController());
-    if (!waitFor([&] { return scripts->rows().size() > 0; }))
+    if (!waitFor([&] { return scripts->rows()->rowCount() > 0; }))
         return fail("the root list stayed empty");
     if (!stop("scripts"))
         return false;
 
     scripts->didSelectRow(rowOfPath(scripts, QStringLiteral("games")));
     auto *games = qobject_cast<TPScriptsListVC *>(scriptsStack->topViewController());
-    if (!games || !waitFor([&] { return games->rows().size() > 0; }))
+    if (!games || !waitFor([&] { return games->rows()->rowCount() > 0; }))
         return fail("the games folder did not open");
     if (!stop("folder"))
         return false;

@@ -126,8 +126,9 @@ void TPRecordingEngine::answer(const QHttpServerRequest &request, QTcpSocket *so
         responder->write(scripted.body, {{"Content-Type", "application/octet-stream"}},
                          QHttpServerResponder::StatusCode(scripted.status));
     };
+    // Precise: a coarse timer may answer up to 5% late, past a limit the test stays under.
     if (scripted.delayMs > 0)
-        QTimer::singleShot(scripted.delayMs, socket, respond);
+        QTimer::singleShot(scripted.delayMs, Qt::PreciseTimer, socket, respond);
     else
         respond();
 }
