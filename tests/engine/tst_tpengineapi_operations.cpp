@@ -348,9 +348,8 @@ private slots:
             path);
         QTRY_COMPARE(renamed->calls, 1);
         QCOMPARE(renamed->result.error, std::optional<TPError>(invalid));
-        QVERIFY(TPFlushEngineRequests());
-        QCOMPARE(m_engine->requests().size(), 1);
-        QCOMPARE(m_engine->requests().first().path, QStringLiteral("/scripts"));
+        QVERIFY(m_engine->flush());
+        QCOMPARE(m_engine->requests().size(), 0);
     }
 
     void ampersandInPathReachesTheEngineAsTwoParameters()
@@ -388,9 +387,8 @@ private slots:
         QFETCH(QVariant, value);
         TPEngineAPI::postSettings(
             {{QStringLiteral("tp_debug_touch"), true}, {QStringLiteral("bad"), value}});
-        QVERIFY(TPFlushEngineRequests());
-        QCOMPARE(m_engine->requests().size(), 1);
-        QCOMPARE(m_engine->requests().first().path, QStringLiteral("/scripts"));
+        QVERIFY(m_engine->flush());
+        QCOMPARE(m_engine->requests().size(), 0);
     }
 
     void settingsWithEngineDownReportNothing()

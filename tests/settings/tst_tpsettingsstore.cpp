@@ -155,8 +155,8 @@ private slots:
         QCOMPARE(TPSettingsStore::storeLanguageSegment(0), QStringLiteral("vi"));
         QCOMPARE(TPSettingsStore::storeLanguageSegment(7), QStringLiteral("vi"));
         QCOMPARE(QSettings().value(TPLangKey).toString(), QStringLiteral("vi"));
-        QVERIFY(TPFlushEngineRequests());
-        QCOMPARE(postedDocuments().size(), 0);
+        QVERIFY(m_engine->flush());
+        QCOMPARE(m_engine->requests().size(), 0);
     }
 
     void changeWithEngineUnreachableIsStillStored()
@@ -165,7 +165,8 @@ private slots:
         TPSettingsStore::storeTouchOpacity(33);
         TPSettingsStore::postAllSettings();
         QCOMPARE(TPSettingsStore::currentTouchOpacity(), 33);
-        QVERIFY(TPFlushEngineRequests());
+        TPPointEngineAPIAt(m_engine->port());
+        QVERIFY(m_engine->flush());
         QCOMPARE(TPSettingsStore::currentTouchOpacity(), 33);
         QCOMPARE(m_engine->requests().size(), 0);
     }

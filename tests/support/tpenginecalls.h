@@ -42,14 +42,6 @@ inline std::shared_ptr<TPOutcome<TPTextResult>> TPStartRead(const QString &path)
     return outcome;
 }
 
-// Sends a listing and waits for its completion: every request sent before has reached
-// the engine by then. False when the completion never came.
-[[nodiscard]] inline bool TPFlushEngineRequests()
-{
-    const auto sentinel = TPStartListing();
-    return QTest::qWaitFor([&] { return sentinel->calls == 1; }, 10000);
-}
-
 // `operation` is called with the completion of an operation judged by status alone.
 template <typename Operation>
 std::shared_ptr<TPOutcome<TPJudgedResult>> TPStartJudged(Operation operation)

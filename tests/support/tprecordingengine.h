@@ -1,10 +1,11 @@
 #pragma once
 
-#include <QAbstractHttpServer>
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QPair>
 #include <QString>
+#include <QTcpServer>
 
 #include <functional>
 
@@ -48,8 +49,10 @@ struct TPScriptedAnswer
 };
 
 // A real HTTP server on 127.0.0.1 that records every request and answers as the test
-// scripts it: a queue of answers first, then the default answer.
-class TPRecordingEngine : public QAbstractHttpServer
+// scripts it: a queue of answers first, then the default answer. It reads HTTP/1.1 itself
+// from a plain TCP server, so that it records the request exactly as it came (the path and
+// query as sent, the headers in order) and can misbehave at the socket level.
+class TPRecordingEngine : public QObject
 {
     Q_OBJECT
 public:
@@ -73,19 +76,24 @@ public:
     const QList<TPRecordedRequest> &requests() const { return m_requests; }
     void clearRequests() { m_requests.clear(); }
 
+    // Waits until every request the client started before has been answered or has failed:
+    // a marker request is sent after them and waited for. The marker is answered here
+    // without taking a scripted answer and is not recorded. False when it never completed.
+    [[nodiscard]] bool flush();
+
 signals:
     void requestRecorded();
 
-protected:
-    bool handleRequest(const QHttpServerRequest &request, QTcpSocket *socket) override;
-    void missingHandler(const QHttpServerRequest &request, QTcpSocket *socket) override;
-
 private:
+    void onNewConnection();
+    void readRequests(QTcpSocket *socket);
+    void handle(QTcpSocket *socket, const TPRecordedRequest &request);
     TPScriptedAnswer nextAnswer(const TPRecordedRequest &request);
-    void answer(const QHttpServerRequest &request, QTcpSocket *socket,
-                const TPScriptedAnswer &scripted);
+    void answer(QTcpSocket *socket, const TPScriptedAnswer &scripted);
 
+    QTcpServer m_server;
     quint16 m_port = 0;
+    QHash<QTcpSocket *, QByteArray> m_received;
     TPScriptedAnswer m_defaultAnswer;
     QList<TPScriptedAnswer> m_queue;
     std::function<TPScriptedAnswer(const TPRecordedRequest &)> m_responder;
