@@ -20,6 +20,7 @@ Rectangle {
             delegate: Rectangle {
                 required property int index
                 required property string modelData
+                objectName: "segment" + index
                 width: Math.max(56, segmentLabel.implicitWidth + 20)
                 height: 28
                 radius: 7

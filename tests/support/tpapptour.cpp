@@ -13,6 +13,7 @@
 #include "tpsettingsvc.h"
 #include "tptabbarcontroller.h"
 
+#include "tpquicktestutil.h"
 #include "tptestutil.h"
 
 #include <QDir>
@@ -61,6 +62,20 @@ bool waitFor(Condition condition)
 void settle()
 {
     QTest::qWait(500);
+}
+
+// The item named `name` that is on screen (it and every ancestor visible), or null.
+QQuickItem *visibleItem(QQuickItem *root, const QString &name)
+{
+    if (!root->isVisible())
+        return nullptr;
+    if (root->objectName() == name)
+        return root;
+    for (QQuickItem *child : root->childItems()) {
+        if (QQuickItem *found = visibleItem(child, name))
+            return found;
+    }
+    return nullptr;
 }
 
 int rowOfPath(const TPScriptsListVC *list, const QString &path)
@@ -139,6 +154,27 @@ bool TPAppTour::run(const QString &language, const Stop &atScreen, QString *erro
     return walked;
 }
 
+bool TPAppTour::tap(const QString &name)
+{
+    QQuickItem *item = nullptr;
+    if (!waitFor([&] {
+            item = visibleItem(m_window->contentItem(), name);
+            return item && item->isEnabled();
+        }))
+        return false;
+    QTest::mouseClick(m_window, Qt::LeftButton, {}, TPCentreOf(item));
+    return true;
+}
+
+bool TPAppTour::type(const QString &fieldName, const QString &text)
+{
+    if (!tap(fieldName))
+        return false;
+    for (const QChar character : text)
+        QTest::keyClick(m_window, character.toLatin1());
+    return true;
+}
+
 bool TPAppTour::walk(const Stop &atScreen, QString *error)
 {
     TPPresenter *presenter = m_delegate->presenter();
@@ -146,95 +182,112 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
         settle();
         return atScreen(QString::fromLatin1(name));
     };
-    const auto fail = [error](const char *what) {
-        *error = QString::fromLatin1(what);
+    const auto fail = [error](const QString &what) {
+        *error = what;
         return false;
+    };
+    // Every step is a touch on what the screen shows, as a person would make it.
+    const auto touch = [&](const QString &name) {
+        return tap(name) || fail(QStringLiteral("nothing named %1 to touch").arg(name));
+    };
+    const auto touchRow = [&](const TPScriptsListVC *list, const char *path) {
+        const int row = rowOfPath(list, QString::fromUtf8(path));
+        return (row >= 0 && tap(QStringLiteral("row%1").arg(row))) ||
+               fail(QStringLiteral("no row for %1").arg(QString::fromUtf8(path)));
+    };
+    const auto answerAlert = [&](const char *action) {
+        const bool shown = waitFor([&] { return presenter->current() != nullptr; });
+        return (shown && touch(QString::fromLatin1(action)) &&
+                waitFor([&] { return presenter->current() == nullptr; })) ||
+               fail(QStringLiteral("no alert to answer with %1").arg(QLatin1String(action)));
+    };
+    const auto goBack = [&] {
+        settle();
+        return touch(QStringLiteral("backButton"));
     };
 
     if (!waitFor([&] { return presenter->current() != nullptr; }))
-        return fail("no first-run prompt");
-    presenter->current()->setText(QStringLiteral("Tavo"));
-    if (!stop("first-run-prompt"))
+        return fail(QStringLiteral("no first-run prompt"));
+    if (!type(QStringLiteral("alertTextField"), QStringLiteral("Tavo")))
+        return fail(QStringLiteral("no field in the first-run prompt"));
+    if (!stop("first-run-prompt") || !answerAlert("alertAction0"))
         return false;
-    presenter->current()->triggerAction(0);
-    if (!m_delegate->tabBarController())
-        return fail("no tabs after saving the name");
+    if (!waitFor([&] { return m_delegate->tabBarController() != nullptr; }))
+        return fail(QStringLiteral("no tabs after saving the name"));
 
     TPTabBarController *tabs = m_delegate->tabBarController();
     TPNavigationStack *scriptsStack = tabs->tabs().at(0).stack;
     auto *scripts = qobject_cast<TPScriptsListVC *>(scriptsStack->topViewController());
     if (!waitFor([&] { return scripts->rows()->rowCount() > 0; }))
-        return fail("the root list stayed empty");
-    if (!stop("scripts"))
+        return fail(QStringLiteral("the root list stayed empty"));
+    if (!stop("scripts") || !touchRow(scripts, "games"))
         return false;
 
-    scripts->didSelectRow(rowOfPath(scripts, QStringLiteral("games")));
     auto *games = qobject_cast<TPScriptsListVC *>(scriptsStack->topViewController());
     if (!games || !waitFor([&] { return games->rows()->rowCount() > 0; }))
-        return fail("the games folder did not open");
-    if (!stop("folder"))
+        return fail(QStringLiteral("the games folder did not open"));
+    if (!stop("folder") || !goBack())
         return false;
-    scriptsStack->popViewController();
 
-    scripts->onAddTapped();
-    if (!stop("add-sheet"))
+    if (!touch(QStringLiteral("addButton")) || !stop("add-sheet") ||
+        !touch(QStringLiteral("sheetAction1")))
         return false;
-    presenter->current()->triggerAction(1);
-    if (!stop("new-folder-prompt"))
+    if (!waitFor([&] { return presenter->current() != nullptr; }) || !stop("new-folder-prompt"))
+        return fail(QStringLiteral("no new-folder prompt"));
+    if (!type(QStringLiteral("alertTextField"), QStringLiteral("new tools")) ||
+        !answerAlert("alertAction1"))
         return false;
-    presenter->current()->setText(QStringLiteral("new tools"));
-    presenter->current()->triggerAction(1);
-    if (!waitFor([&] { return rowOfPath(scripts, QStringLiteral("new_tools")) >= 0; }) ||
-        presenter->current())
-        return fail("the new folder did not appear");
+    if (!waitFor([&] { return rowOfPath(scripts, QStringLiteral("new_tools")) >= 0; }))
+        return fail(QStringLiteral("the new folder did not appear"));
 
-    scripts->didSelectRow(rowOfPath(scripts, QStringLiteral("main.lua")));
+    settle();
+    if (!touchRow(scripts, "main.lua"))
+        return false;
     auto *editor = qobject_cast<TPEditorVC *>(scriptsStack->topViewController());
     if (!editor || !waitFor([&] { return !editor->text().isEmpty(); }))
-        return fail("the editor did not show main.lua");
-    if (!stop("editor"))
+        return fail(QStringLiteral("the editor did not show main.lua"));
+    if (!stop("editor") || !touch(QStringLiteral("saveButton")))
         return false;
-    editor->onSaveTapped();
     if (!waitFor([&] { return presenter->current() != nullptr; }))
-        return fail("saving showed no alert");
-    if (!stop("alert"))
+        return fail(QStringLiteral("saving showed no alert"));
+    if (!stop("alert") || !answerAlert("alertAction0"))
         return false;
-    presenter->current()->triggerAction(0);
-    editor->onRunTapped();
-    if (!waitFor([&] { return presenter->current() != nullptr; }))
-        return fail("running showed no alert");
-    presenter->current()->triggerAction(0);
-    scriptsStack->popViewController();
+    if (!touch(QStringLiteral("runButton")) || !answerAlert("alertAction0") || !goBack())
+        return false;
 
-    scripts->didSelectRow(rowOfPath(scripts, QStringLiteral("tools")));
+    settle();
+    if (!touchRow(scripts, "tools"))
+        return false;
     auto *tools = qobject_cast<TPScriptsListVC *>(scriptsStack->topViewController());
     if (!tools ||
         !waitFor([&] { return rowOfPath(tools, QStringLiteral("tools/broken.lua")) >= 0; }))
-        return fail("the tools folder did not open");
-    tools->didSelectRow(rowOfPath(tools, QStringLiteral("tools/broken.lua")));
+        return fail(QStringLiteral("the tools folder did not open"));
+    settle();
+    if (!touchRow(tools, "tools/broken.lua"))
+        return false;
     auto *broken = qobject_cast<TPEditorVC *>(scriptsStack->topViewController());
     if (!broken || !waitFor([&] { return broken->code()->syntaxErrorLine() > 0; }))
-        return fail("the editor marked no syntax error in tools/broken.lua");
-    if (!stop("editor-syntax-error"))
-        return false;
-    scriptsStack->popViewController();
-    scriptsStack->popViewController();
-
-    tabs->setSelectedIndex(1);
-    if (!stop("store"))
+        return fail(QStringLiteral("the editor marked no syntax error in tools/broken.lua"));
+    if (!stop("editor-syntax-error") || !goBack() || !goBack())
         return false;
 
-    tabs->setSelectedIndex(2);
-    auto *settings = qobject_cast<TPSettingsVC *>(tabs->tabs().at(2).stack->topViewController());
-    if (!stop("settings"))
+    if (!touch(QStringLiteral("tab1")) || !stop("store"))
         return false;
-    settings->onSwitchChanged(4, true);
-    if (!stop("settings-touch-debug"))
+    if (!touch(QStringLiteral("tab2")) || !stop("settings"))
         return false;
-    settings->onLangSegmentChanged(TPCurrentLang() == QLatin1String("en") ? 0 : 1);
-    settings->onSwitchChanged(4, false);
-    if (!stop("settings-other-language"))
+    if (!touch(QStringLiteral("switch4")) || !stop("settings-touch-debug"))
         return false;
-    tabs->setSelectedIndex(0);
+    const QString language = TPCurrentLang();
+    const QString otherLanguage =
+        language == QLatin1String("en") ? QStringLiteral("segment0") : QStringLiteral("segment1");
+    if (!touch(otherLanguage))
+        return false;
+    if (!waitFor([&] { return TPCurrentLang() != language; }))
+        return fail(QStringLiteral("the language did not change"));
+    settle();
+    if (!touch(QStringLiteral("switch4")) || !stop("settings-other-language"))
+        return false;
+    if (!touch(QStringLiteral("tab0")))
+        return false;
     return stop("scripts-again");
 }

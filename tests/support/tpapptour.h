@@ -13,7 +13,8 @@ class QQuickWindow;
 class TPDevEngine;
 
 // Runs the real app, Main.qml and all, against a development engine serving a copy of the
-// sample scripts, and walks it through every screen as a person would. At each stop it
+// sample scripts, and walks it through every screen as a person would, by touching what
+// the screens show and typing into their fields. At each stop it
 // calls `atScreen` with the stop's name; a false answer ends the tour.
 class TPAppTour
 {
@@ -36,6 +37,11 @@ public:
 private:
     bool startEngine(const QString &language, QString *error);
     bool walk(const Stop &atScreen, QString *error);
+    // A tap on the centre of the visible item named `name`, once it is there and enabled;
+    // false when it never is.
+    bool tap(const QString &name);
+    // A tap on the field named `fieldName`, then `text` (Latin-1) typed key by key.
+    bool type(const QString &fieldName, const QString &text);
 
     QString m_samplesFolder;
     QTemporaryDir m_work;
