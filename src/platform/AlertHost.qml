@@ -33,7 +33,7 @@ Item {
 
     Rectangle {
         anchors.fill: parent
-        color: "#66000000"
+        color: Theme.scrim
         MouseArea {
             anchors.fill: parent
             onClicked: if (host.isSheet) host.alert.dismissByCancel()
@@ -48,7 +48,7 @@ Item {
         width: 270
         height: alertColumn.height
         radius: 14
-        color: "#F2F2F2"
+        color: Theme.alertBackground
 
         Column {
             id: alertColumn
@@ -82,7 +82,7 @@ Item {
                 width: parent.width
                 height: host.alert && host.alert.hasTextField ? 48 : 0
                 visible: height > 0
-                TextField {
+                ThemedTextField {
                     id: field
                     objectName: "alertTextField"
                     anchors { left: parent.left; right: parent.right; margins: 16; bottom: parent.bottom }
@@ -90,7 +90,6 @@ Item {
                     font.pixelSize: 14
                     placeholderText: host.alert ? host.alert.placeholder : ""
                     inputMethodHints: host.alert ? host.hintsFor(host.alert) : Qt.ImhNone
-                    background: Rectangle { color: "white"; border.color: "#C7C7CC"; border.width: 0.5; radius: 6 }
                     onTextEdited: if (host.alert) host.alert.text = text
                     Connections {
                         target: host
@@ -173,7 +172,7 @@ Item {
             width: parent.width
             height: sheetActions.height
             radius: 14
-            color: "#F7F7F7"
+            color: Theme.barBackground
             clip: true
             Column {
                 id: sheetActions

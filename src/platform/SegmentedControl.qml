@@ -1,4 +1,5 @@
 import QtQuick
+import TPCompanion
 
 // A row of mutually exclusive segments; `activated` reports a segment the user chose.
 Rectangle {
@@ -10,7 +11,7 @@ Rectangle {
     implicitWidth: row.implicitWidth + 4
     implicitHeight: 32
     radius: 8
-    color: "#EEEEEF"
+    color: Theme.segmentsBackground
 
     Row {
         id: row
@@ -24,9 +25,9 @@ Rectangle {
                 width: Math.max(56, segmentLabel.implicitWidth + 20)
                 height: 28
                 radius: 7
-                color: index === control.currentIndex ? "#FFFFFF" : "transparent"
+                color: index === control.currentIndex ? Theme.selectedSegment : "transparent"
                 border.width: index === control.currentIndex ? 0.5 : 0
-                border.color: "#1F000000"
+                border.color: Theme.segmentBorder
                 Text {
                     id: segmentLabel
                     anchors.centerIn: parent

@@ -57,7 +57,7 @@ Item {
                             anchors.horizontalCenter: parent.horizontalCenter
                             text: tabButton.title
                             font.pixelSize: 10
-                            color: tabButton.selected ? Theme.tint : "#8E8E93"
+                            color: tabButton.selected ? Theme.tint : Theme.inactive
                         }
                     }
                 }

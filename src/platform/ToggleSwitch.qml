@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Controls
+import TPCompanion
 
 // An on/off switch drawn like the phone's: green when on.
 Switch {
@@ -11,7 +12,7 @@ Switch {
         width: 51
         height: 31
         radius: 15.5
-        color: control.checked ? "#34C759" : "#E9E9EA"
+        color: control.checked ? Theme.switchOn : Theme.switchOff
         Behavior on color { ColorAnimation { duration: 150 } }
         Rectangle {
             width: 27
@@ -19,9 +20,9 @@ Switch {
             radius: 13.5
             y: 2
             x: control.checked ? parent.width - width - 2 : 2
-            color: "white"
+            color: Theme.switchKnob
             border.width: 0.5
-            border.color: "#26000000"
+            border.color: Theme.switchKnobBorder
             Behavior on x { NumberAnimation { duration: 150 } }
         }
     }

@@ -21,7 +21,7 @@ Rectangle {
         Row {
             width: parent.width
             spacing: 6
-            TextField {
+            ThemedTextField {
                 id: findField
                 objectName: "findField"
                 width: parent.width - count.width - previous.width - next.width - 3 * parent.spacing
@@ -57,7 +57,7 @@ Rectangle {
         Row {
             width: parent.width
             spacing: 6
-            TextField {
+            ThemedTextField {
                 objectName: "replaceField"
                 width: parent.width - replaceOne.width - replaceAll.width - 2 * parent.spacing
                 placeholderText: bar.texts.replace_placeholder
@@ -97,7 +97,7 @@ Rectangle {
                 Accessible.name: bar.texts.find_case
                 onClicked: bar.find.caseSensitive = checked
             }
-            TextField {
+            ThemedTextField {
                 id: lineField
                 objectName: "goToLineField"
                 width: 90

@@ -58,7 +58,7 @@ Item {
         header: Item {
             width: ListView.view.width
             height: 52
-            TextField {
+            ThemedTextField {
                 objectName: "searchField"
                 anchors { fill: parent; margins: 8 }
                 placeholderText: page.controller ? page.controller.texts.search : ""
@@ -145,7 +145,7 @@ Item {
                     anchors { right: parent.right; verticalCenter: parent.verticalCenter }
                     text: row.isFolder ? "›" : ""
                     font.pixelSize: 24
-                    color: "#C4C4C7"
+                    color: Theme.chevron
                 }
             }
             background: Rectangle {
@@ -170,7 +170,7 @@ Item {
                 contentItem: Text {
                     objectName: "deleteButtonText"
                     text: page.controller.texts.delete
-                    color: "white"
+                    color: Theme.onTint
                     font.pixelSize: Theme.bodySize
                     horizontalAlignment: Text.AlignHCenter
                     verticalAlignment: Text.AlignVCenter

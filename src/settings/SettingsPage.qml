@@ -32,7 +32,7 @@ Item {
             verticalAlignment: Text.AlignBottom
             text: section.toUpperCase()
             font.pixelSize: 13
-            color: "#6D6D72"
+            color: Theme.sectionHeader
         }
 
         add: Transition { NumberAnimation { property: "opacity"; from: 0; to: 1; duration: 200 } }
@@ -61,7 +61,7 @@ Item {
 
             Rectangle {
                 anchors { fill: parent; leftMargin: 16; rightMargin: 16 }
-                color: tapArea.pressed && cellItem.highlightsOnTap ? Theme.highlight : Theme.background
+                color: tapArea.pressed && cellItem.highlightsOnTap ? Theme.highlight : Theme.groupedCell
                 Rectangle {
                     anchors { left: parent.left; leftMargin: 16; right: parent.right; bottom: parent.bottom }
                     height: 0.5
@@ -107,7 +107,7 @@ Item {
                         anchors { right: parent.right; rightMargin: cellItem.disclosure ? 14 : 10; verticalCenter: parent.verticalCenter }
                         text: cellItem.disclosure ? "›" : ""
                         font.pixelSize: 24
-                        color: "#C4C4C7"
+                        color: Theme.chevron
                     }
                 }
             }

@@ -1,5 +1,7 @@
 #include "tpswatchcell.h"
 
+#include "tptheme.h"
+
 #include <QVariantMap>
 
 QColor TPColorFromRGB(quint32 rgb)
@@ -10,12 +12,12 @@ QColor TPColorFromRGB(quint32 rgb)
 
 QColor TPSwatchCell::labelColor()
 {
-    return QColor(0, 0, 0);
+    return TPTheme::shared()->label();
 }
 
 QColor TPSwatchCell::separatorColor()
 {
-    return QColor(60, 60, 67, 74); // a translucent grey, 29% opaque
+    return TPTheme::shared()->separator();
 }
 
 TPSwatchCell::TPSwatchCell(QObject *parent)
@@ -24,6 +26,12 @@ TPSwatchCell::TPSwatchCell(QObject *parent)
 {
     for (const quint32 rgb : std::as_const(_presetRGBs))
         _buttons.append({TPColorFromRGB(rgb), 1, separatorColor()});
+    // The borders follow the light or dark appearance.
+    connect(TPTheme::shared(), &TPTheme::paletteChanged, this, [this] {
+        for (Button &button : _buttons)
+            button.borderColor = button.borderWidth == 3 ? labelColor() : separatorColor();
+        emit buttonsChanged();
+    });
 }
 
 QVariantList TPSwatchCell::buttons() const

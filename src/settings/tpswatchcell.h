@@ -31,6 +31,7 @@ public:
     };
 
     static constexpr int SwatchSize = 32;
+    // The theme's label and separator colours, in the current appearance.
     static QColor labelColor();
     static QColor separatorColor();
 

@@ -1,16 +1,36 @@
-// Renders every screen of the app, in Vietnamese and in English, to the PNG files the
-// README shows: tp-screenshots SAMPLES_DIR OUTPUT_DIR. Runs on the offscreen platform
-// against a development engine serving a temporary copy of the sample scripts.
+// Renders every screen of the app, in Vietnamese and in English in the light appearance and
+// in Vietnamese in the dark one, to the PNG files the README shows:
+// tp-screenshots SAMPLES_DIR OUTPUT_DIR. Runs on the offscreen platform against a
+// development engine serving a temporary copy of the sample scripts.
 #include "tpapptour.h"
 
 #include <QDir>
 #include <QGuiApplication>
+#include <QPalette>
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QStandardPaths>
 #include <QtQml/qqmlextensionplugin.h>
 
 Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
+
+namespace {
+
+// A platform palette as a phone in dark appearance gives it.
+QPalette darkPlatformPalette()
+{
+    QPalette palette;
+    palette.setColor(QPalette::Window, QColor(0x1C, 0x1C, 0x1E));
+    palette.setColor(QPalette::WindowText, Qt::white);
+    palette.setColor(QPalette::Base, QColor(0x1C, 0x1C, 0x1E));
+    palette.setColor(QPalette::Text, Qt::white);
+    palette.setColor(QPalette::Button, QColor(0x2C, 0x2C, 0x2E));
+    palette.setColor(QPalette::ButtonText, Qt::white);
+    palette.setColor(QPalette::Highlight, QColor(0x0A, 0x84, 0xFF));
+    return palette;
+}
+
+} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -38,11 +58,17 @@ int main(int argc, char *argv[])
         qWarning("%s", qPrintable(error));
         return 1;
     }
-    for (const QString &language : {QStringLiteral("vi"), QStringLiteral("en")}) {
+    const QPalette lightPalette = QGuiApplication::palette();
+    const QStringList runs = {QStringLiteral("vi"), QStringLiteral("en"),
+                              QStringLiteral("vi-dark")};
+    for (const QString &run : runs) {
+        const bool dark = run.endsWith(QLatin1String("-dark"));
+        const QString language = run.left(2);
+        QGuiApplication::setPalette(dark ? darkPlatformPalette() : lightPalette);
         const auto shoot = [&](const QString &name) {
             if (!wanted.contains(name))
                 return true;
-            const QString path = QStringLiteral("%1/%2-%3.png").arg(output, language, name);
+            const QString path = QStringLiteral("%1/%2-%3.png").arg(output, run, name);
             if (!tour.window()->grabWindow().save(path)) {
                 qWarning("cannot write %s", qPrintable(path));
                 return false;

@@ -112,8 +112,9 @@ bool TPAppTour::prepare(const QString &samplesFolder, QString *error)
 
 bool TPAppTour::startEngine(const QString &language, QString *error)
 {
-    // Every tour starts from the same scripts.
-    const QString root = m_work.filePath(QStringLiteral("scripts-") + language);
+    // Every tour starts from the same scripts, in a folder of its own.
+    ++m_runs;
+    const QString root = m_work.filePath(QStringLiteral("scripts-%1-%2").arg(language).arg(m_runs));
     if (!QDir().mkpath(root) || !copyFolder(m_samplesFolder, root)) {
         *error = QStringLiteral("cannot copy the sample scripts from %1").arg(m_samplesFolder);
         return false;
@@ -134,7 +135,8 @@ bool TPAppTour::run(const QString &language, const Stop &atScreen, QString *erro
         return false;
     QSettings().clear();
     QSettings().setValue(QLatin1String(TPLangKey), language);
-    const QString ownerRoot = m_work.filePath(QStringLiteral("owner-") + language);
+    const QString ownerRoot =
+        m_work.filePath(QStringLiteral("owner-%1-%2").arg(language).arg(m_runs));
     TPSetOwnerFileLocations({ownerRoot, ownerRoot + QStringLiteral("/AppGroup")});
 
     m_qml.reset();

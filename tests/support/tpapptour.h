@@ -45,6 +45,7 @@ private:
 
     QString m_samplesFolder;
     QTemporaryDir m_work;
+    int m_runs = 0;
     std::unique_ptr<TPDevEngine> m_engine;
     std::unique_ptr<AppDelegate> m_delegate;
     std::unique_ptr<QQmlApplicationEngine> m_qml;

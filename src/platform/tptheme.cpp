@@ -1,0 +1,133 @@
+#include "tptheme.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QPalette>
+#include <QQmlEngine>
+
+const TPTheme::Palette &TPTheme::lightPalette()
+{
+    static const Palette palette{
+        QColor(QStringLiteral("#FFFFFF")),
+        QColor(QStringLiteral("#F2F2F7")),
+        QColor(QStringLiteral("#FFFFFF")),
+        QColor(QStringLiteral("#000000")),
+        QColor(QStringLiteral("#993C3C43")),
+        QColor(QStringLiteral("#6D6D72")),
+        QColor(QStringLiteral("#C4C4C7")),
+        QColor(QStringLiteral("#FFFFFF")),
+        QColor(QStringLiteral("#4A3C3C43")),
+        QColor(QStringLiteral("#007AFF")),
+        QColor(QStringLiteral("#FF3B30")),
+        QColor(QStringLiteral("#8E8E93")),
+        QColor(QStringLiteral("#F7F7F7")),
+        QColor(QStringLiteral("#D1D1D6")),
+        QColor(QStringLiteral("#66000000")),
+        QColor(QStringLiteral("#F2F2F2")),
+        QColor(QStringLiteral("#FFFFFF")),
+        QColor(QStringLiteral("#C7C7CC")),
+        QColor(QStringLiteral("#EEEEEF")),
+        QColor(QStringLiteral("#FFFFFF")),
+        QColor(QStringLiteral("#1F000000")),
+        QColor(QStringLiteral("#34C759")),
+        QColor(QStringLiteral("#E9E9EA")),
+        QColor(QStringLiteral("#FFFFFF")),
+        QColor(QStringLiteral("#26000000")),
+        QColor(QStringLiteral("#F2F6FC")),
+        QColor(QStringLiteral("#F7F7F7")),
+        QColor(QStringLiteral("#8E8E93")),
+        QColor(QStringLiteral("#FFECEB")),
+        QColor(QStringLiteral("#B3D7FF")),
+        {{QStringLiteral("keyword"), QColor(QStringLiteral("#AD3DA4"))},
+         {QStringLiteral("string"), QColor(QStringLiteral("#D12F1B"))},
+         {QStringLiteral("comment"), QColor(QStringLiteral("#707F8C"))},
+         {QStringLiteral("number"), QColor(QStringLiteral("#272AD8"))},
+         {QStringLiteral("function"), QColor(QStringLiteral("#3E8087"))}},
+    };
+    return palette;
+}
+
+const TPTheme::Palette &TPTheme::darkPalette()
+{
+    static const Palette palette{
+        QColor(QStringLiteral("#000000")),
+        QColor(QStringLiteral("#000000")),
+        QColor(QStringLiteral("#1C1C1E")),
+        QColor(QStringLiteral("#FFFFFF")),
+        QColor(QStringLiteral("#99EBEBF5")),
+        QColor(QStringLiteral("#8D8D93")),
+        QColor(QStringLiteral("#5A5A5F")),
+        QColor(QStringLiteral("#FFFFFF")),
+        QColor(QStringLiteral("#A6545458")),
+        QColor(QStringLiteral("#0A84FF")),
+        QColor(QStringLiteral("#FF453A")),
+        QColor(QStringLiteral("#8E8E93")),
+        QColor(QStringLiteral("#1C1C1E")),
+        QColor(QStringLiteral("#3A3A3C")),
+        QColor(QStringLiteral("#99000000")),
+        QColor(QStringLiteral("#2C2C2E")),
+        QColor(QStringLiteral("#1C1C1E")),
+        QColor(QStringLiteral("#48484A")),
+        QColor(QStringLiteral("#2C2C2E")),
+        QColor(QStringLiteral("#636366")),
+        QColor(QStringLiteral("#1FFFFFFF")),
+        QColor(QStringLiteral("#30D158")),
+        QColor(QStringLiteral("#39393D")),
+        QColor(QStringLiteral("#FFFFFF")),
+        QColor(QStringLiteral("#26000000")),
+        QColor(QStringLiteral("#1A2130")),
+        QColor(QStringLiteral("#141414")),
+        QColor(QStringLiteral("#8E8E93")),
+        QColor(QStringLiteral("#3A1C1A")),
+        QColor(QStringLiteral("#3F638B")),
+        {{QStringLiteral("keyword"), QColor(QStringLiteral("#FC5FA3"))},
+         {QStringLiteral("string"), QColor(QStringLiteral("#FC6A5D"))},
+         {QStringLiteral("comment"), QColor(QStringLiteral("#7F8C98"))},
+         {QStringLiteral("number"), QColor(QStringLiteral("#D0BF69"))},
+         {QStringLiteral("function"), QColor(QStringLiteral("#67B7A4"))}},
+    };
+    return palette;
+}
+
+TPTheme::TPTheme()
+{
+    followPlatformPalette();
+    QCoreApplication::instance()->installEventFilter(this);
+}
+
+TPTheme *TPTheme::shared()
+{
+    // Lives as long as the application object, which is its parent.
+    static TPTheme *theme = [] {
+        auto *created = new TPTheme;
+        created->setParent(QCoreApplication::instance());
+        return created;
+    }();
+    return theme;
+}
+
+TPTheme *TPTheme::create(QQmlEngine *, QJSEngine *)
+{
+    TPTheme *theme = shared();
+    // The engine must not delete the shared theme.
+    QQmlEngine::setObjectOwnership(theme, QQmlEngine::CppOwnership);
+    return theme;
+}
+
+bool TPTheme::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == QCoreApplication::instance() &&
+        event->type() == QEvent::ApplicationPaletteChange)
+        followPlatformPalette();
+    return QObject::eventFilter(watched, event);
+}
+
+void TPTheme::followPlatformPalette()
+{
+    const bool dark = QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
+    if (dark == m_dark)
+        return;
+    m_dark = dark;
+    emit paletteChanged();
+}

@@ -1,0 +1,153 @@
+#pragma once
+
+#include <QColor>
+#include <QObject>
+#include <QVariantMap>
+#include <QtQml/qqmlregistration.h>
+
+class QJSEngine;
+class QQmlEngine;
+
+// The app's colours and metrics, close to the phone platform's own, in a light and a dark
+// palette. The dark one is used while the platform's palette is dark (its window colour is
+// darker than mid-grey), so the app follows the system's appearance, and switches when the
+// platform announces a palette change. Views read it as the singleton `Theme`.
+class TPTheme : public QObject
+{
+    Q_OBJECT
+    QML_NAMED_ELEMENT(Theme)
+    QML_SINGLETON
+    Q_PROPERTY(bool dark READ isDark NOTIFY paletteChanged)
+    Q_PROPERTY(QColor background READ background NOTIFY paletteChanged)
+    Q_PROPERTY(QColor groupedBackground READ groupedBackground NOTIFY paletteChanged)
+    Q_PROPERTY(QColor groupedCell READ groupedCell NOTIFY paletteChanged)
+    Q_PROPERTY(QColor label READ label NOTIFY paletteChanged)
+    Q_PROPERTY(QColor secondaryLabel READ secondaryLabel NOTIFY paletteChanged)
+    Q_PROPERTY(QColor sectionHeader READ sectionHeader NOTIFY paletteChanged)
+    Q_PROPERTY(QColor chevron READ chevron NOTIFY paletteChanged)
+    Q_PROPERTY(QColor onTint READ onTint NOTIFY paletteChanged)
+    Q_PROPERTY(QColor separator READ separator NOTIFY paletteChanged)
+    Q_PROPERTY(QColor tint READ tint NOTIFY paletteChanged)
+    Q_PROPERTY(QColor destructive READ destructive NOTIFY paletteChanged)
+    Q_PROPERTY(QColor inactive READ inactive NOTIFY paletteChanged)
+    Q_PROPERTY(QColor barBackground READ barBackground NOTIFY paletteChanged)
+    Q_PROPERTY(QColor highlight READ highlight NOTIFY paletteChanged)
+    Q_PROPERTY(QColor scrim READ scrim NOTIFY paletteChanged)
+    Q_PROPERTY(QColor alertBackground READ alertBackground NOTIFY paletteChanged)
+    Q_PROPERTY(QColor fieldBackground READ fieldBackground NOTIFY paletteChanged)
+    Q_PROPERTY(QColor fieldBorder READ fieldBorder NOTIFY paletteChanged)
+    Q_PROPERTY(QColor segmentsBackground READ segmentsBackground NOTIFY paletteChanged)
+    Q_PROPERTY(QColor selectedSegment READ selectedSegment NOTIFY paletteChanged)
+    Q_PROPERTY(QColor segmentBorder READ segmentBorder NOTIFY paletteChanged)
+    Q_PROPERTY(QColor switchOn READ switchOn NOTIFY paletteChanged)
+    Q_PROPERTY(QColor switchOff READ switchOff NOTIFY paletteChanged)
+    Q_PROPERTY(QColor switchKnob READ switchKnob NOTIFY paletteChanged)
+    Q_PROPERTY(QColor switchKnobBorder READ switchKnobBorder NOTIFY paletteChanged)
+    Q_PROPERTY(QColor currentLine READ currentLine NOTIFY paletteChanged)
+    Q_PROPERTY(QColor gutterBackground READ gutterBackground NOTIFY paletteChanged)
+    Q_PROPERTY(QColor gutterNumber READ gutterNumber NOTIFY paletteChanged)
+    Q_PROPERTY(QColor errorBackground READ errorBackground NOTIFY paletteChanged)
+    Q_PROPERTY(QColor selection READ selection NOTIFY paletteChanged)
+    // The editor's token colours by token name ("keyword", "string", "comment", "number",
+    // "function").
+    Q_PROPERTY(QVariantMap syntaxColors READ syntaxColors NOTIFY paletteChanged)
+    Q_PROPERTY(int barHeight READ barHeight CONSTANT)
+    Q_PROPERTY(int tabBarHeight READ tabBarHeight CONSTANT)
+    Q_PROPERTY(int bodySize READ bodySize CONSTANT)
+
+public:
+    struct Palette
+    {
+        // screens
+        QColor background;
+        QColor groupedBackground;
+        QColor groupedCell;
+        // text
+        QColor label;
+        QColor secondaryLabel;
+        QColor sectionHeader;
+        QColor chevron;
+        QColor onTint;
+        // lines and controls
+        QColor separator;
+        QColor tint;
+        QColor destructive;
+        QColor inactive;
+        QColor barBackground;
+        QColor highlight;
+        QColor scrim;
+        QColor alertBackground;
+        QColor fieldBackground;
+        QColor fieldBorder;
+        QColor segmentsBackground;
+        QColor selectedSegment;
+        QColor segmentBorder;
+        QColor switchOn;
+        QColor switchOff;
+        QColor switchKnob;
+        QColor switchKnobBorder;
+        // the code editor
+        QColor currentLine;
+        QColor gutterBackground;
+        QColor gutterNumber;
+        QColor errorBackground;
+        QColor selection;
+        QVariantMap syntaxColors;
+    };
+
+    static const Palette &lightPalette();
+    static const Palette &darkPalette();
+
+    // The one theme of the process, shared by the views and the controllers.
+    static TPTheme *shared();
+    static TPTheme *create(QQmlEngine *, QJSEngine *);
+
+    bool isDark() const { return m_dark; }
+    const Palette &palette() const { return m_dark ? darkPalette() : lightPalette(); }
+    QColor background() const { return palette().background; }
+    QColor groupedBackground() const { return palette().groupedBackground; }
+    QColor groupedCell() const { return palette().groupedCell; }
+    QColor label() const { return palette().label; }
+    QColor secondaryLabel() const { return palette().secondaryLabel; }
+    QColor sectionHeader() const { return palette().sectionHeader; }
+    QColor chevron() const { return palette().chevron; }
+    QColor onTint() const { return palette().onTint; }
+    QColor separator() const { return palette().separator; }
+    QColor tint() const { return palette().tint; }
+    QColor destructive() const { return palette().destructive; }
+    QColor inactive() const { return palette().inactive; }
+    QColor barBackground() const { return palette().barBackground; }
+    QColor highlight() const { return palette().highlight; }
+    QColor scrim() const { return palette().scrim; }
+    QColor alertBackground() const { return palette().alertBackground; }
+    QColor fieldBackground() const { return palette().fieldBackground; }
+    QColor fieldBorder() const { return palette().fieldBorder; }
+    QColor segmentsBackground() const { return palette().segmentsBackground; }
+    QColor selectedSegment() const { return palette().selectedSegment; }
+    QColor segmentBorder() const { return palette().segmentBorder; }
+    QColor switchOn() const { return palette().switchOn; }
+    QColor switchOff() const { return palette().switchOff; }
+    QColor switchKnob() const { return palette().switchKnob; }
+    QColor switchKnobBorder() const { return palette().switchKnobBorder; }
+    QColor currentLine() const { return palette().currentLine; }
+    QColor gutterBackground() const { return palette().gutterBackground; }
+    QColor gutterNumber() const { return palette().gutterNumber; }
+    QColor errorBackground() const { return palette().errorBackground; }
+    QColor selection() const { return palette().selection; }
+    QVariantMap syntaxColors() const { return palette().syntaxColors; }
+    int barHeight() const { return 44; }
+    int tabBarHeight() const { return 56; }
+    int bodySize() const { return 17; }
+
+signals:
+    void paletteChanged();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    TPTheme();
+    void followPlatformPalette();
+
+    bool m_dark = false;
+};

@@ -1,0 +1,103 @@
+#include "tpswatchcell.h"
+#include "tptheme.h"
+
+#include <QDirIterator>
+#include <QFile>
+#include <QGuiApplication>
+#include <QMetaProperty>
+#include <QPalette>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+
+QPalette paletteWithWindow(const QColor &window)
+{
+    QPalette palette = QGuiApplication::palette();
+    palette.setColor(QPalette::Window, window);
+    return palette;
+}
+
+} // namespace
+
+class TestTPTheme : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup() { QGuiApplication::setPalette(paletteWithWindow(QColor(0xEF, 0xEF, 0xEF))); }
+
+    void followsTheSystemsLightOrDarkPalette()
+    {
+        TPTheme *theme = TPTheme::shared();
+        QGuiApplication::setPalette(paletteWithWindow(QColor(0xEF, 0xEF, 0xEF)));
+        QVERIFY(!theme->isDark());
+        QCOMPARE(theme->label(), QColor(QStringLiteral("#000000")));
+        QSignalSpy changed(theme, &TPTheme::paletteChanged);
+
+        QGuiApplication::setPalette(paletteWithWindow(QColor(0x1C, 0x1C, 0x1E)));
+        QTRY_VERIFY(theme->isDark());
+        QCOMPARE(changed.size(), 1);
+        QCOMPARE(theme->label(), QColor(QStringLiteral("#FFFFFF")));
+        QCOMPARE(theme->background(), QColor(QStringLiteral("#000000")));
+
+        QGuiApplication::setPalette(paletteWithWindow(QColor(0xFF, 0xFF, 0xFF)));
+        QTRY_VERIFY(!theme->isDark());
+        QCOMPARE(changed.size(), 2);
+        QCOMPARE(theme->background(), QColor(QStringLiteral("#FFFFFF")));
+    }
+
+    void everyColourIsValidInBothPalettes()
+    {
+        for (const QColor &window : {QColor(0xEF, 0xEF, 0xEF), QColor(0x1C, 0x1C, 0x1E)}) {
+            QGuiApplication::setPalette(paletteWithWindow(window));
+            TPTheme *theme = TPTheme::shared();
+            QTRY_COMPARE(theme->isDark(), window.lightness() < 128);
+            const QMetaObject &meta = TPTheme::staticMetaObject;
+            for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
+                const QMetaProperty property = meta.property(i);
+                if (property.metaType() == QMetaType::fromType<QColor>())
+                    QVERIFY2(property.read(theme).value<QColor>().isValid(), property.name());
+            }
+            QCOMPARE(theme->syntaxColors().size(), 5);
+            for (const QVariant &colour : theme->syntaxColors())
+                QVERIFY(colour.value<QColor>().isValid());
+        }
+        QVERIFY(TPTheme::lightPalette().label != TPTheme::darkPalette().label);
+    }
+
+    void swatchBordersFollowTheAppearance()
+    {
+        TPSwatchCell cell;
+        cell.selectRGB(0x007AFF);
+        QSignalSpy changed(&cell, &TPSwatchCell::buttonsChanged);
+        QGuiApplication::setPalette(paletteWithWindow(QColor(0x1C, 0x1C, 0x1E)));
+        QTRY_COMPARE(changed.size(), 1);
+        QCOMPARE(cell.buttonStates().at(4).borderColor, TPTheme::darkPalette().label);
+        QCOMPARE(cell.buttonStates().at(0).borderColor, TPTheme::darkPalette().separator);
+    }
+
+    // Every colour a view shows comes from the theme, so that both appearances cover it.
+    void noViewNamesAColourOfItsOwn()
+    {
+        static const QRegularExpression literal(
+            QStringLiteral(R"re("#[0-9A-Fa-f]{3,8}"|"(white|black|red|gray|grey)"|Qt\.rgba)re"));
+        int files = 0;
+        QDirIterator it(QStringLiteral(":/TPCompanion"), {QStringLiteral("*.qml")}, QDir::Files,
+                        QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            QFile file(it.next());
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            ++files;
+            const QString text = QString::fromUtf8(file.readAll());
+            const QRegularExpressionMatch match = literal.match(text);
+            QVERIFY2(!match.hasMatch(),
+                     qPrintable(file.fileName() + QStringLiteral(": ") + match.captured()));
+        }
+        QVERIFY(files > 10);
+    }
+};
+
+QTEST_MAIN(TestTPTheme)
+#include "tst_tptheme.moc"
