@@ -519,12 +519,19 @@ void TPEngineAPI::renameScript(const QString &from, const QString &to, Completio
                   judgedByStatus("Đổi tên thất bại", std::move(completion)));
 }
 
-void TPEngineAPI::postSettings(const QVariantMap &settings)
+std::optional<QByteArray> TPEngineAPI::settingsBody(const QVariantMap &settings)
 {
     const auto document = jsonObject(settings);
     if (!document)
+        return std::nullopt;
+    return QJsonDocument(*document).toJson(QJsonDocument::Compact);
+}
+
+void TPEngineAPI::postSettings(const QVariantMap &settings)
+{
+    const auto body = settingsBody(settings);
+    if (!body)
         return;
-    requestMethod(QStringLiteral("POST"), QStringLiteral("/settings"), std::nullopt,
-                  QJsonDocument(*document).toJson(QJsonDocument::Compact),
+    requestMethod(QStringLiteral("POST"), QStringLiteral("/settings"), std::nullopt, *body,
                   [](const std::optional<QByteArray> &, int, const Error &) {});
 }

@@ -62,6 +62,9 @@ public:
     // Whether a relative path can travel in the engine's URL as it is. A path that cannot
     // (a space, a non-ASCII letter) fails every operation before anything is sent.
     static bool canCarryPath(const QString &path);
+    // The settings document as the compact JSON object the engine is sent, or nothing when
+    // a value has no JSON form (a non-finite number, a date, bytes, ...).
+    static std::optional<QByteArray> settingsBody(const QVariantMap &settings);
     // Fire and forget: nothing is sent when the dictionary cannot be written as JSON.
     static void postSettings(const QVariantMap &settings);
 

@@ -1,10 +1,14 @@
 #pragma once
 
+#include <cstdio>
 #include <cstdlib>
 
-// Stops the fuzzer with the current input saved when a promised property does not hold.
-inline void require(bool holds)
+// Stops the fuzzer with the current input saved when a promised property does not hold,
+// naming the line of the property.
+inline void require(bool holds, const char *file = __builtin_FILE(), int line = __builtin_LINE())
 {
-    if (!holds)
-        std::abort();
+    if (holds)
+        return;
+    std::fprintf(stderr, "property broken at %s:%d\n", file, line);
+    std::abort();
 }
