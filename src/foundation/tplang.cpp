@@ -79,6 +79,7 @@ constexpr TPLangRow kExtraRows[] = {
     {"replace_placeholder", "Thay bằng", "Replace with"},
     {"find_regex", "Biểu thức chính quy", "Regular expression"},
     {"find_case", "Phân biệt hoa thường", "Match case"},
+    {"find_case_glyph", "Aa", "Aa"},
     {"find_next", "Tiếp", "Next"},
     {"find_previous", "Trước", "Previous"},
     {"find_replace", "Thay", "Replace"},

@@ -91,7 +91,7 @@ Rectangle {
             }
             ToolTextButton {
                 objectName: "caseToggle"
-                text: "Aa"
+                text: bar.texts.find_case_glyph
                 checkable: true
                 checked: bar.find.caseSensitive
                 Accessible.name: bar.texts.find_case

@@ -1,0 +1,110 @@
+#include "tplang.h"
+#include "tpscriptslistvc.h"
+#include "tpsettingsstore.h"
+
+#include <QDirIterator>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTest>
+
+namespace {
+
+QString keyTable(const QString &key)
+{
+    if (TPLangTable().contains(key))
+        return QStringLiteral("table");
+    if (TPLangExtraTable().contains(key))
+        return QStringLiteral("extra");
+    return QString();
+}
+
+bool hasKeyStartingWith(const QString &prefix)
+{
+    for (const TPLangTableMap *table : {&TPLangTable(), &TPLangExtraTable()}) {
+        for (auto it = table->keyBegin(); it != table->keyEnd(); ++it) {
+            if (it->startsWith(prefix))
+                return true;
+        }
+    }
+    return false;
+}
+
+// Every file under the app's sources with one of the given suffixes, with its text.
+QList<QPair<QString, QString>> sources(const QStringList &patterns)
+{
+    QList<QPair<QString, QString>> files;
+    QDirIterator it(QStringLiteral(TP_SOURCE_DIR), patterns, QDir::Files,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        QFile file(it.next());
+        if (file.open(QIODevice::ReadOnly))
+            files.append({file.fileName(), QString::fromUtf8(file.readAll())});
+    }
+    return files;
+}
+
+} // namespace
+
+// Every text key the code looks up is in one of the two tables: a missing key would show
+// the key itself to the user.
+class TestTPLKeys : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void everyKeyLookedUpInCodeIsInATable()
+    {
+        static const QRegularExpression lookup(
+            QStringLiteral("\\bTPL\\(\\s*(?:QStringLiteral\\(\\s*)?\"([^\"]*)\"(\\)?\\s*\\+)?"));
+        int keys = 0;
+        QStringList missing;
+        const auto files = sources({QStringLiteral("*.cpp"), QStringLiteral("*.h")});
+        QVERIFY(files.size() > 20);
+        for (const auto &[name, text] : files) {
+            for (auto it = lookup.globalMatch(text); it.hasNext();) {
+                const QRegularExpressionMatch match = it.next();
+                const QString key = match.captured(1);
+                ++keys;
+                // A literal with more added to it is the start of a family of keys.
+                const bool known =
+                    match.hasCaptured(2) ? hasKeyStartingWith(key) : !keyTable(key).isEmpty();
+                if (!known)
+                    missing.append(name + QStringLiteral(": ") + key);
+            }
+        }
+        QVERIFY2(missing.isEmpty(), qPrintable(missing.join(u'\n')));
+        QVERIFY2(keys > 40, qPrintable(QString::number(keys)));
+    }
+
+    void everyOptionTitleIsInTheTable()
+    {
+        for (const TPEngineOption &option : TPEngineOptions)
+            QVERIFY2(!keyTable(QString::fromLatin1(option.titleKey)).isEmpty(), option.titleKey);
+    }
+
+    // The editor's views read the extra table by key; the list's view reads its screen's
+    // own named texts.
+    void everyTextAViewReadsExists()
+    {
+        static const QRegularExpression read(QStringLiteral("\\btexts\\.([A-Za-z_]+)"));
+        const QStringList listTexts = TPScriptsListVC(QString()).texts().keys();
+        QStringList missing;
+        int reads = 0;
+        for (const auto &[name, text] : sources({QStringLiteral("*.qml")})) {
+            const bool listView = name.endsWith(QLatin1String("ScriptsListPage.qml"));
+            for (auto it = read.globalMatch(text); it.hasNext();) {
+                const QString key = it.next().captured(1);
+                ++reads;
+                const bool known =
+                    listView ? listTexts.contains(key) : TPLangExtraTable().contains(key);
+                if (!known)
+                    missing.append(name + QStringLiteral(": ") + key);
+            }
+        }
+        QVERIFY2(missing.isEmpty(), qPrintable(missing.join(u'\n')));
+        QVERIFY(reads > 20);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTPLKeys)
+#include "tst_tplkeys.moc"
