@@ -34,6 +34,9 @@ Item {
     Rectangle {
         anchors.fill: parent
         color: Theme.scrim
+        // The alert or sheet as one modal element; a tap beside a sheet cancels it.
+        Accessible.role: Accessible.Dialog
+        Accessible.name: host.alert ? host.alert.accessibleName : ""
         MouseArea {
             anchors.fill: parent
             onClicked: if (host.isSheet) host.alert.dismissByCancel()
@@ -126,6 +129,8 @@ Item {
                         height: 44
                         enabled: modelData.enabled
                         onClicked: host.alert.triggerAction(index)
+                        Accessible.role: Accessible.Button
+                        Accessible.name: modelData.title
                         background: Rectangle {
                             color: actionButton.pressed ? Theme.highlight : "transparent"
                             Rectangle {
@@ -189,6 +194,8 @@ Item {
                         height: visible ? 56 : 0
                         enabled: modelData.enabled
                         onClicked: host.alert.triggerAction(index)
+                        Accessible.role: Accessible.Button
+                        Accessible.name: modelData.title
                         background: Rectangle {
                             color: sheetButton.pressed ? Theme.highlight : "transparent"
                             Rectangle {

@@ -22,6 +22,10 @@ Rectangle {
                 required property int index
                 required property string modelData
                 objectName: "segment" + index
+                Accessible.role: Accessible.RadioButton
+                Accessible.name: modelData
+                Accessible.checkable: true
+                Accessible.checked: index === control.currentIndex
                 width: Math.max(56, segmentLabel.implicitWidth + 20)
                 height: 28
                 radius: 7

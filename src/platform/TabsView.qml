@@ -41,6 +41,9 @@ Item {
                     height: tabBar.height
                     readonly property bool selected: tabsView.tabs.selectedIndex === index
                     onClicked: tabsView.tabs.selectedIndex = index
+                    Accessible.role: Accessible.PageTab
+                    Accessible.name: title
+                    Accessible.selected: selected
                     background: Item {}
                     contentItem: Column {
                         spacing: 2

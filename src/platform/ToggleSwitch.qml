@@ -8,6 +8,9 @@ Switch {
     implicitWidth: 51
     implicitHeight: 31
     padding: 0
+    Accessible.role: Accessible.CheckBox
+    Accessible.checkable: true
+    Accessible.checked: checked
     indicator: Rectangle {
         width: 51
         height: 31

@@ -70,3 +70,15 @@ void TPAlertController::dismissByCancel()
         }
     }
 }
+
+QString TPAlertController::accessibleName() const
+{
+    if (!m_title.isEmpty())
+        return m_title;
+    if (!m_message.isEmpty())
+        return m_message;
+    QStringList titles;
+    for (const TPAlertAction *action : m_actions)
+        titles.append(action->title());
+    return titles.join(QStringLiteral(", "));
+}

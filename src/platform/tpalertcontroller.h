@@ -59,6 +59,9 @@ class TPAlertController : public QObject
     Q_PROPERTY(bool autocapitalization READ autocapitalization CONSTANT)
     Q_PROPERTY(QList<TPAlertAction *> actions READ actions CONSTANT)
     Q_PROPERTY(QString anchor READ anchor CONSTANT)
+    // What a screen reader announces for the alert or sheet: its title, else its message,
+    // else its actions' titles (a sheet may have neither title nor message).
+    Q_PROPERTY(QString accessibleName READ accessibleName CONSTANT)
 
 public:
     enum class Style { Alert, ActionSheet };
@@ -96,6 +99,7 @@ public:
     bool autocapitalization() const { return m_field.autocapitalization; }
     QList<TPAlertAction *> actions() const { return m_actions; }
     QString anchor() const { return m_anchor; }
+    QString accessibleName() const;
 
     // The action's handler runs after the alert has been dismissed, as on the platform.
     // A disabled action does nothing.

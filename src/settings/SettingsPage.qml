@@ -58,6 +58,10 @@ Item {
             objectName: "setting_" + identifier + "_" + cellItem.row
             width: ListView.view.width
             height: rowHeight
+            // A row that answers a tap is a button named by its title and value; the other
+            // rows hold their own controls.
+            Accessible.role: highlightsOnTap ? Accessible.Button : Accessible.NoRole
+            Accessible.name: detail !== "" ? title + ", " + detail : title
 
             Rectangle {
                 anchors { fill: parent; leftMargin: 16; rightMargin: 16 }
@@ -71,6 +75,7 @@ Item {
             MouseArea {
                 id: tapArea
                 anchors.fill: parent
+                enabled: cellItem.highlightsOnTap
                 onClicked: page.controller.didSelectRow(cellItem.section, cellItem.row)
             }
             Loader {
@@ -127,6 +132,7 @@ Item {
                         objectName: "switch" + cellItem.tag
                         anchors { right: parent.right; rightMargin: 8; verticalCenter: parent.verticalCenter }
                         checked: cellItem.switchOn
+                        Accessible.name: cellItem.title
                         onToggled: page.controller.onSwitchChanged(cellItem.tag, checked)
                     }
                 }

@@ -25,6 +25,8 @@ Item {
     Slider {
         id: slider
         objectName: "slider"
+        Accessible.role: Accessible.Slider
+        Accessible.name: sliderRow.cell ? sliderRow.cell.title : ""
         anchors { left: parent.left; right: parent.right; leftMargin: 16; rightMargin: 16
                   top: title.bottom; topMargin: 4; bottom: parent.bottom; bottomMargin: 8 }
         from: sliderRow.cell ? sliderRow.cell.minimum : 0

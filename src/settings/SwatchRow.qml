@@ -23,6 +23,10 @@ Item {
                 color: modelData.color
                 border.width: modelData.borderWidth
                 border.color: modelData.borderColor
+                Accessible.role: Accessible.RadioButton
+                Accessible.name: modelData.accessibleName
+                Accessible.checkable: true
+                Accessible.checked: modelData.selected
                 MouseArea {
                     anchors.fill: parent
                     onClicked: swatchRow.cell.onSwatchTapped(parent.index)

@@ -1,5 +1,6 @@
 #include "tpswatchcell.h"
 
+#include "tplang.h"
 #include "tptheme.h"
 
 #include <QVariantMap>
@@ -36,11 +37,21 @@ TPSwatchCell::TPSwatchCell(QObject *parent)
 
 QVariantList TPSwatchCell::buttons() const
 {
+    // The presets' names, in their order, for a screen reader.
+    static const char *const nameKeys[] = {"swatch_red",   "swatch_orange", "swatch_yellow",
+                                           "swatch_green", "swatch_blue",   "swatch_purple",
+                                           "swatch_white", "swatch_black"};
     QVariantList result;
-    for (const Button &button : _buttons) {
-        result.append(QVariantMap{{QStringLiteral("color"), button.color},
-                                  {QStringLiteral("borderWidth"), button.borderWidth},
-                                  {QStringLiteral("borderColor"), button.borderColor}});
+    for (qsizetype i = 0; i < _buttons.size(); ++i) {
+        const Button &button = _buttons.at(i);
+        const bool selected = button.borderWidth == 3;
+        result.append(
+            QVariantMap{{QStringLiteral("color"), button.color},
+                        {QStringLiteral("borderWidth"), button.borderWidth},
+                        {QStringLiteral("borderColor"), button.borderColor},
+                        {QStringLiteral("selected"), selected},
+                        {QStringLiteral("accessibleName"),
+                         i < qsizetype(std::size(nameKeys)) ? TPL(nameKeys[i]) : QString()}});
     }
     return result;
 }

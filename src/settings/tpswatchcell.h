@@ -39,7 +39,8 @@ public:
 
     QList<quint32> presetRGBs() const { return _presetRGBs; }
     QList<Button> buttonStates() const { return _buttons; }
-    // For the view: one map per swatch with "color", "borderWidth" and "borderColor".
+    // For the view: one map per swatch with "color", "borderWidth", "borderColor",
+    // "selected" and "accessibleName" (the colour's name in the current language).
     QVariantList buttons() const;
 
     // Marks every swatch whose colour equals `rgb` exactly; reports nothing.

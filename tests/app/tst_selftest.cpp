@@ -1,6 +1,8 @@
 #include "appdelegate.h"
 #include "tpapptour.h"
+#include "tplang.h"
 
+#include <QAccessible>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
@@ -38,6 +40,8 @@ const QHash<QString, QStringList> kExpectedItems = {
     {"editor",
      {"editor", "saveButton", "runButton", "backButton", "gutter", "undoButton", "redoButton",
       "findButton", "wrapButton"}},
+    {"editor-find",
+     {"findBar", "findField", "findNext", "findPrevious", "regexToggle", "caseToggle"}},
     {"editor-syntax-error", {"editor", "gutter", "syntaxMessage", "syntaxMessageBar"}},
     {"alert", {"alertBox", "alertAction0"}},
     {"store", {"storeLabel"}},
@@ -69,6 +73,140 @@ QQuickItem *findShownItem(QQuickItem *root, const QString &name)
     return nullptr;
 }
 
+bool isTextEntry(const QQuickItem *item)
+{
+    return item->inherits("QQuickTextInput") || item->inherits("QQuickTextEdit");
+}
+
+// Every item on screen, depth first.
+void forEachShownItem(QQuickItem *root, const std::function<void(QQuickItem *)> &visit)
+{
+    if (!root->isVisible() || root->opacity() == 0)
+        return;
+    visit(root);
+    for (QQuickItem *child : root->childItems())
+        forEachShownItem(child, visit);
+}
+
+QString describe(const QQuickItem *item)
+{
+    QString name = QString::fromLatin1(item->metaObject()->className()) + u' ' + item->objectName();
+    if (item->parentItem())
+        name += QStringLiteral(" in ") +
+                QString::fromLatin1(item->parentItem()->metaObject()->className()) + u' ' +
+                item->parentItem()->objectName();
+    return name;
+}
+
+// The names of everything the sample scripts hold, the device name the tour types, the
+// folder it creates and the device's address: the data a screen may show as it is.
+QStringList dataShownAsItIs()
+{
+    QStringList data = {QStringLiteral("Tavo"), QStringLiteral("new_tools"),
+                        QStringLiteral("192.168.1.23")};
+    QDirIterator it(QStringLiteral(TP_SAMPLES_DIR), QDir::AllEntries | QDir::NoDotAndDotDot,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext())
+        data.append(QFileInfo(it.next()).fileName());
+    return data;
+}
+
+// A text the app shows is its own when it is one of the two tables' texts in the current
+// language, data shown as it is, or has no letters (numbers, glyphs).
+QStringList foreignTexts(QQuickItem *root)
+{
+    QStringList own;
+    for (const TPLangTableMap *table : {&TPLangTable(), &TPLangExtraTable()}) {
+        for (const TPLangEntry &entry : *table)
+            own.append(entry.value(TPCurrentLang()));
+    }
+    static const QStringList data = dataShownAsItIs();
+    const auto isOwn = [&](const QString &text) {
+        const QString trimmed = text.trimmed();
+        if (std::none_of(trimmed.begin(), trimmed.end(), [](QChar c) { return c.isLetter(); }))
+            return true;
+        if (own.contains(trimmed, Qt::CaseInsensitive))
+            return true;
+        return std::any_of(data.begin(), data.end(),
+                           [&](const QString &datum) { return trimmed.contains(datum); });
+    };
+    QStringList foreign;
+    forEachShownItem(root, [&](QQuickItem *item) {
+        QStringList shown;
+        // What a person typed, and the script in the editor, are data.
+        if (!isTextEntry(item))
+            shown.append(item->property("text").toString());
+        shown.append(item->property("placeholderText").toString());
+        if (item->objectName() == QLatin1String("syntaxMessage"))
+            return; // the Lua compiler's own message, beside the table's "syntax error"
+        for (const QString &text : std::as_const(shown)) {
+            if (!isOwn(text))
+                foreign.append(describe(item) + QStringLiteral(": ") + text);
+        }
+    });
+    return foreign;
+}
+
+// A control a screen reader can reach: the item a person touches or types into is, or is
+// inside, an accessible element with an interactive role and a name.
+QStringList controlsWithoutName(QQuickItem *root)
+{
+    static const QList<QAccessible::Role> interactive = {
+        QAccessible::Button,   QAccessible::CheckBox,     QAccessible::RadioButton,
+        QAccessible::PageTab,  QAccessible::ListItem,     QAccessible::EditableText,
+        QAccessible::Slider,   QAccessible::MenuItem,     QAccessible::Link,
+        QAccessible::ComboBox, QAccessible::ButtonMenu,   QAccessible::Cell,
+        QAccessible::Dialog,   QAccessible::AlertMessage, QAccessible::StaticText};
+    QStringList problems;
+    forEachShownItem(root, [&](QQuickItem *item) {
+        // A list or a scroll area is scrolled by the screen reader's own gestures, and a
+        // text without links takes no touch of its own.
+        // A mouse area's own "enabled" says whether it takes touches at all.
+        if (!item->isEnabled() || !item->property("enabled").toBool() ||
+            item->inherits("QQuickFlickable") || item->inherits("QQuickScrollBar") ||
+            item->inherits("QQuickText") ||
+            (item->acceptedMouseButtons() == Qt::NoButton && !isTextEntry(item)))
+            return;
+        for (QQuickItem *it = item; it; it = it->parentItem()) {
+            QAccessibleInterface *element = QAccessible::queryAccessibleInterface(it);
+            if (!element || element->role() == QAccessible::NoRole ||
+                element->role() == QAccessible::Client)
+                continue;
+            if (!interactive.contains(element->role()))
+                problems.append(describe(item) + QStringLiteral(" is only inside a role ") +
+                                QString::number(element->role()));
+            else if (element->text(QAccessible::Name).trimmed().isEmpty())
+                problems.append(describe(item) + QStringLiteral(" has no accessible name"));
+            return;
+        }
+        problems.append(describe(item) + QStringLiteral(" is in no accessible element"));
+    });
+    return problems;
+}
+
+// Runs the whole tour in `language`, applying `check` at every stop; the problems it
+// reports, each with its stop.
+QStringList problemsAlongTheTour(const QString &language,
+                                 const std::function<QStringList(QQuickItem *)> &check)
+{
+    TPAppTour tour;
+    QString error;
+    if (!tour.prepare(QStringLiteral(TP_SAMPLES_DIR), &error))
+        return {error};
+    QStringList problems;
+    const bool walked = tour.run(
+        language,
+        [&](const QString &stop) {
+            for (const QString &problem : check(tour.window()->contentItem()))
+                problems.append(stop + QStringLiteral(": ") + problem);
+            return true;
+        },
+        &error);
+    if (!walked)
+        problems.append(error);
+    return problems;
+}
+
 } // namespace
 
 // The real app on the offscreen platform: every QML file compiles, every screen shows, and
@@ -81,6 +219,8 @@ private slots:
     void initTestCase()
     {
         QQuickStyle::setStyle(QStringLiteral("Basic"));
+        // As a screen reader would: controls make their accessible elements.
+        QAccessible::setActive(true);
         g_previousHandler = qInstallMessageHandler(recordWarnings);
     }
     void init() { g_messages.clear(); }
@@ -131,8 +271,17 @@ private slots:
         QVERIFY2(tour.prepare(QStringLiteral(TP_SAMPLES_DIR), &error), qPrintable(error));
         QStringList visited;
         QStringList problems;
+        // The other screen-wide rules are checked on the same walk, and their findings kept
+        // for the tests named after them.
+        QStringList foreign;
+        QStringList unnamed;
         const auto check = [&](const QString &stop) {
             visited.append(stop);
+            QQuickItem *root = tour.window()->contentItem();
+            for (const QString &problem : foreignTexts(root))
+                foreign.append(stop + QStringLiteral(": ") + problem);
+            for (const QString &problem : controlsWithoutName(root))
+                unnamed.append(stop + QStringLiteral(": ") + problem);
             for (const QString &name : kExpectedItems.value(stop)) {
                 QQuickItem *item = findShownItem(tour.window()->contentItem(), name);
                 if (!item)
@@ -145,10 +294,46 @@ private slots:
             return problems.isEmpty();
         };
         const bool walked = tour.run(language, check, &error);
+        if (walked) {
+            m_foreignTexts.insert(language, foreign);
+            m_controlsWithoutName.insert(language, unnamed);
+        }
         QVERIFY2(problems.isEmpty(), qPrintable(problems.join(u'\n')));
         QVERIFY2(walked, qPrintable(error));
         QCOMPARE(visited.size(), kExpectedItems.size());
         QVERIFY2(g_messages.isEmpty(), qPrintable(g_messages.join(u'\n')));
+    }
+
+    void everyVisibleTextComesFromTheTablesOrIsData_data() { languages(); }
+    void everyVisibleTextComesFromTheTablesOrIsData()
+    {
+        QFETCH(QString, language);
+        const QStringList problems = m_foreignTexts.contains(language)
+                                         ? m_foreignTexts.value(language)
+                                         : problemsAlongTheTour(language, foreignTexts);
+        QVERIFY2(problems.isEmpty(), qPrintable(problems.join(u'\n')));
+    }
+
+    void everyControlHasAnAccessibleNameAndRole_data() { languages(); }
+    void everyControlHasAnAccessibleNameAndRole()
+    {
+        QFETCH(QString, language);
+        const QStringList problems = m_controlsWithoutName.contains(language)
+                                         ? m_controlsWithoutName.value(language)
+                                         : problemsAlongTheTour(language, controlsWithoutName);
+        QVERIFY2(problems.isEmpty(), qPrintable(problems.join(u'\n')));
+    }
+
+private:
+    // What the walks of everyScreenShowsWithoutWarnings found, by language.
+    QHash<QString, QStringList> m_foreignTexts;
+    QHash<QString, QStringList> m_controlsWithoutName;
+
+    static void languages()
+    {
+        QTest::addColumn<QString>("language");
+        QTest::newRow("vi") << "vi";
+        QTest::newRow("en") << "en";
     }
 };
 

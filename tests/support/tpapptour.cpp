@@ -248,7 +248,8 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
     auto *editor = qobject_cast<TPEditorVC *>(scriptsStack->topViewController());
     if (!editor || !waitFor([&] { return !editor->text().isEmpty(); }))
         return fail(QStringLiteral("the editor did not show main.lua"));
-    if (!stop("editor") || !touch(QStringLiteral("saveButton")))
+    if (!stop("editor") || !touch(QStringLiteral("findButton")) || !stop("editor-find") ||
+        !touch(QStringLiteral("findButton")) || !touch(QStringLiteral("saveButton")))
         return false;
     if (!waitFor([&] { return presenter->current() != nullptr; }))
         return fail(QStringLiteral("saving showed no alert"));
