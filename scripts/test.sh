@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what is needed, checks the formatting, builds with warnings as errors and runs
-# every test; then builds again with AddressSanitizer and UndefinedBehaviorSanitizer
+# Installs what is needed, checks the formatting, builds with warnings as errors, lints the
+# views with qmllint and runs every test; then builds again with AddressSanitizer and UndefinedBehaviorSanitizer
 # (leaks reported) and runs every test once more.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -17,6 +17,8 @@ export QT_QPA_PLATFORM=offscreen
 echo "== build and test"
 cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTP_WERROR=ON
 cmake --build build --parallel "$jobs"
+echo "== qmllint"
+cmake --build build --target tpcore_qmllint
 ctest --test-dir build --output-on-failure --parallel "$jobs"
 
 echo "== build and test with AddressSanitizer and UndefinedBehaviorSanitizer"

@@ -3,10 +3,9 @@ import QtQuick.Controls
 import TPCompanion
 
 // The store placeholder: one centred line in the secondary colour.
-Item {
+ScreenPage {
     id: page
     required property TPKhoVC controller
-    property Component barItems: null
 
     Rectangle {
         anchors.fill: parent

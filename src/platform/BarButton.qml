@@ -12,12 +12,17 @@ AbstractButton {
     property string label: ""
     property color color: Theme.tint
     // The width the button takes with its label shown.
-    readonly property real implicitWidthWithLabel: glyphText.implicitWidth + labelMetrics.advanceWidth + 20
+    readonly property real implicitWidthWithLabel: glyphMetrics.advanceWidth + labelMetrics.advanceWidth + 20
 
-    implicitWidth: Math.max(44, content.implicitWidth + 16)
+    implicitWidth: Math.max(44, contentItem.implicitWidth + 16)
     implicitHeight: 44
     Accessible.name: text
 
+    TextMetrics {
+        id: glyphMetrics
+        font.pixelSize: button.glyph !== "" ? 26 : 17
+        text: button.glyph !== "" ? button.glyph : button.text
+    }
     TextMetrics {
         id: labelMetrics
         font.pixelSize: 17
@@ -25,11 +30,9 @@ AbstractButton {
     }
 
     contentItem: Row {
-        id: content
         spacing: 2
         opacity: button.pressed ? 0.4 : 1
         Text {
-            id: glyphText
             anchors.verticalCenter: parent.verticalCenter
             text: button.glyph !== "" ? button.glyph : button.text
             font.pixelSize: button.glyph !== "" ? 26 : 17

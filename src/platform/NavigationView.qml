@@ -54,7 +54,8 @@ Item {
         Loader {
             id: trailing
             anchors { right: parent.right; rightMargin: 4; verticalCenter: parent.verticalCenter }
-            sourceComponent: pages.currentItem ? pages.currentItem.barItems : null
+            // Every page is a ScreenPage; StackView knows its pages only as items.
+            sourceComponent: pages.currentPage ? pages.currentPage.barItems : null
         }
         Rectangle {
             anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
@@ -66,6 +67,7 @@ Item {
     StackView {
         id: pages
         objectName: "pages"
+        readonly property ScreenPage currentPage: currentItem as ScreenPage
         anchors { left: parent.left; right: parent.right; top: bar.bottom; bottom: parent.bottom }
 
         function pushController(index, animated) {

@@ -51,7 +51,8 @@ Item {
                         Image {
                             anchors.horizontalCenter: parent.horizontalCenter
                             source: tabButton.iconSource
-                            sourceSize: Qt.size(26, 26)
+                            sourceSize.width: 26
+                            sourceSize.height: 26
                             width: 26
                             height: 26
                             opacity: tabButton.selected ? 1 : 0.45

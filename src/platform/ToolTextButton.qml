@@ -7,13 +7,12 @@ import TPCompanion
 AbstractButton {
     id: button
     focusPolicy: Qt.NoFocus
-    implicitWidth: Math.max(40, label.implicitWidth + 20)
+    implicitWidth: Math.max(40, contentItem.implicitWidth + 20)
     implicitHeight: 34
     Accessible.name: text
     Accessible.role: checkable || checked ? Accessible.CheckBox : Accessible.Button
 
     contentItem: Text {
-        id: label
         text: button.text
         font.pixelSize: 15
         color: !button.enabled ? Theme.secondaryLabel : button.checked ? Theme.background : Theme.tint

@@ -82,3 +82,8 @@ QString TPAlertController::accessibleName() const
         titles.append(action->title());
     return titles.join(QStringLiteral(", "));
 }
+
+QQmlListProperty<TPAlertAction> TPAlertController::actionList()
+{
+    return QQmlListProperty<TPAlertAction>(this, &m_actions);
+}

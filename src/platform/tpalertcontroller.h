@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QQmlListProperty>
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
@@ -57,7 +58,7 @@ class TPAlertController : public QObject
     Q_PROPERTY(QString placeholder READ placeholder CONSTANT)
     Q_PROPERTY(bool autocorrection READ autocorrection CONSTANT)
     Q_PROPERTY(bool autocapitalization READ autocapitalization CONSTANT)
-    Q_PROPERTY(QList<TPAlertAction *> actions READ actions CONSTANT)
+    Q_PROPERTY(QQmlListProperty<TPAlertAction> actions READ actionList CONSTANT)
     Q_PROPERTY(QString anchor READ anchor CONSTANT)
     // What a screen reader announces for the alert or sheet: its title, else its message,
     // else its actions' titles (a sheet may have neither title nor message).
@@ -98,6 +99,8 @@ public:
     bool autocorrection() const { return m_field.autocorrection; }
     bool autocapitalization() const { return m_field.autocapitalization; }
     QList<TPAlertAction *> actions() const { return m_actions; }
+    // The same actions as a list the views can read.
+    QQmlListProperty<TPAlertAction> actionList();
     QString anchor() const { return m_anchor; }
     QString accessibleName() const;
 

@@ -6,7 +6,7 @@ import TPCompanion
 // shows the controller's text: it is attached to the code editor, which keeps the exact
 // text and handles the editing keys. The keyboard's frame is handed to the controller,
 // which decides the bottom inset.
-Item {
+ScreenPage {
     id: page
     required property TPEditorVC controller
     readonly property TPCodeEditor code: controller.code
@@ -15,7 +15,7 @@ Item {
     readonly property var syntaxColors: Theme.syntaxColors
     onSyntaxColorsChanged: code.setSyntaxColors(syntaxColors)
 
-    property Component barItems: Row {
+    barItems: Row {
         BarButton {
             objectName: "saveButton"
             text: page.controller ? page.controller.saveTitle : ""
@@ -219,15 +219,8 @@ Item {
     Connections {
         target: Qt.inputMethod
         function onKeyboardRectangleChanged() {
-            if (!page.controller)
-                return
-            if (!Qt.inputMethod.visible) {
-                page.controller.keyboardWillHide()
-                return
-            }
-            const frame = Qt.inputMethod.keyboardRectangle
-            const topLeft = page.mapFromItem(null, frame.x, frame.y)
-            page.controller.keyboardWillChangeFrame(Qt.rect(topLeft.x, topLeft.y, frame.width, frame.height), page.height)
+            if (page.controller)
+                page.controller.followKeyboard(page)
         }
     }
 }

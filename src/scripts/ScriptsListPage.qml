@@ -1,15 +1,16 @@
 import QtQuick
 import QtQuick.Controls
+import QtQuick.Layouts
 import TPCompanion
 
 // One folder's rows, under a search field. Each row has its buttons (run, menu); folders
 // carry a chevron; only file rows swipe to reveal Delete; a long press opens the row's menu.
 // Pulling the list down refreshes it.
-Item {
+ScreenPage {
     id: page
     required property TPScriptsListVC controller
 
-    property Component barItems: Row {
+    barItems: Row {
         BarButton {
             objectName: "refreshButton"
             // Stays tappable while a reload is in flight: nothing is cancelled.
@@ -103,9 +104,11 @@ Item {
             }
             onPressAndHold: page.controller.onMoreButtonTapped(index)
 
-            contentItem: Item {
+            contentItem: RowLayout {
+                spacing: 0
                 Column {
-                    anchors { left: parent.left; right: rowButtons.left; rightMargin: 4; verticalCenter: parent.verticalCenter }
+                    Layout.fillWidth: true
+                    Layout.rightMargin: 4
                     Text {
                         width: parent.width
                         text: row.unreachable ? row.label + "  ⚠" : row.label
@@ -124,8 +127,6 @@ Item {
                     }
                 }
                 Row {
-                    id: rowButtons
-                    anchors { right: chevron.left; verticalCenter: parent.verticalCenter }
                     Repeater {
                         model: row.buttons
                         delegate: BarButton {
@@ -141,8 +142,6 @@ Item {
                     }
                 }
                 Text {
-                    id: chevron
-                    anchors { right: parent.right; verticalCenter: parent.verticalCenter }
                     text: row.isFolder ? "›" : ""
                     font.pixelSize: 24
                     color: Theme.chevron

@@ -25,17 +25,17 @@ Rectangle {
         spacing: 4
         model: row.keys
         delegate: AbstractButton {
+            id: key
             required property var modelData
             objectName: "symbolKey_" + modelData.key
             focusPolicy: Qt.NoFocus
-            width: Math.max(36, keyLabel.implicitWidth + 16)
+            width: Math.max(36, contentItem.implicitWidth + 16)
             height: 36
             text: modelData.label
             Accessible.name: modelData.label
             onClicked: row.keyPressed(modelData.key)
             contentItem: Text {
-                id: keyLabel
-                text: parent.text
+                text: key.text
                 font.pixelSize: 17
                 color: Theme.label
                 horizontalAlignment: Text.AlignHCenter
@@ -43,7 +43,7 @@ Rectangle {
             }
             background: Rectangle {
                 radius: 6
-                color: parent.pressed ? Theme.highlight : Theme.background
+                color: key.pressed ? Theme.highlight : Theme.background
                 border.color: Theme.separator
                 border.width: 0.5
             }

@@ -6,7 +6,10 @@
 #include "tppathrules.h"
 
 #include <QFontDatabase>
+#include <QGuiApplication>
+#include <QInputMethod>
 #include <QPointer>
+#include <QQuickItem>
 #include <QSettings>
 
 TPEditorVC::TPEditorVC(const QString &relPath, QObject *parent)
@@ -205,6 +208,18 @@ void TPEditorVC::keyboardWillChangeFrame(const QVariant &endFrame, qreal viewHei
     insets.setBottom(overlap);
     setContentInsets(insets);
     setKeyboardShown(overlap > 0);
+}
+
+void TPEditorVC::followKeyboard(QQuickItem *view)
+{
+    const QInputMethod *keyboard = QGuiApplication::inputMethod();
+    if (!view || !keyboard->isVisible()) {
+        keyboardWillHide();
+        return;
+    }
+    const QRectF frame = keyboard->keyboardRectangle();
+    keyboardWillChangeFrame(QRectF(view->mapFromScene(frame.topLeft()), frame.size()),
+                            view->height());
 }
 
 void TPEditorVC::keyboardWillHide()

@@ -80,6 +80,9 @@ public slots:
     // notification carries none) and the height of the screen's view.
     void keyboardWillChangeFrame(const QVariant &endFrame, qreal viewHeight);
     void keyboardWillHide();
+    // The platform's keyboard moved, appeared or went: its frame, read from the platform's
+    // input method and mapped into `view`, or its hiding, is passed on to the two above.
+    void followKeyboard(QQuickItem *view);
 
 signals:
     void barTitlesChanged();

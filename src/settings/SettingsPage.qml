@@ -4,10 +4,9 @@ import TPCompanion
 
 // The grouped settings table. Each row is drawn by its kind; taps and control changes go
 // straight to the controller.
-Item {
+ScreenPage {
     id: page
     required property TPSettingsVC controller
-    property Component barItems: null
 
     Rectangle {
         anchors.fill: parent

@@ -1,0 +1,7 @@
+import QtQuick
+
+// The root of a screen's view: the page a navigation stack shows, with the buttons it puts
+// on the right of the navigation bar (none by default).
+Item {
+    property Component barItems: null
+}
