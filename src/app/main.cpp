@@ -1,4 +1,5 @@
 #include "appdelegate.h"
+#include "tpappidentity.h"
 #include "tpownerfile.h"
 
 #include <QCommandLineParser>
@@ -13,10 +14,11 @@ Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
 int main(int argc, char *argv[])
 {
     QGuiApplication app(argc, argv);
-    QGuiApplication::setOrganizationName(QStringLiteral("TPCompanion"));
-    QGuiApplication::setApplicationName(QStringLiteral("TPCompanion"));
+    TPApplyAppIdentity();
     QQuickStyle::setStyle(QStringLiteral("Basic"));
 
+#ifndef Q_OS_IOS
+    // On a desktop the device-name file can live elsewhere; the phone always uses its own.
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("The touch front end of the script engine."));
     parser.addHelpOption();
@@ -31,6 +33,7 @@ int main(int argc, char *argv[])
         const QString root = QDir(parser.value(ownerRoot)).absolutePath();
         TPSetOwnerFileLocations({root, root + QStringLiteral("/AppGroup")});
     }
+#endif
 
     AppDelegate delegate;
     QQmlApplicationEngine engine;

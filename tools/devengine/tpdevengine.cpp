@@ -2,6 +2,8 @@
 
 #include "tpatomicfile.h"
 
+#include <QTcpServer>
+
 #include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
@@ -83,11 +85,16 @@ TPDevEngine::TPDevEngine(const QString &root, QObject *parent) : QObject(parent)
     addRoute("/rename", Method::Post, [this](Request r) { return renameEntry(r); });
     addPathRoute("/runfile", Method::Get, &TPDevEngine::runFile);
     addRoute("/settings", Method::Post, [this](Request r) { return storeSettings(r); });
-    m_server.setMissingHandler([this](Request request, QHttpServerResponder &&responder) {
-        log(requestLine(request) + QStringLiteral(" -> 404"));
-        responder.write(QByteArrayLiteral("no such operation\n"), QByteArrayLiteral("text/plain"),
-                        QHttpServerResponder::StatusCode::NotFound);
+    // The missing handler's form changed when QHttpServer left technology preview (6.8).
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
+    m_server.setMissingHandler(this, [this](Request request, QHttpServerResponder &responder) {
+        answerMissing(request, responder);
     });
+#else
+    m_server.setMissingHandler([this](Request request, QHttpServerResponder &&responder) {
+        answerMissing(request, responder);
+    });
+#endif
 
     const auto logRun = [this](const QString &name, const QString &line) {
         log(QStringLiteral("[%1] %2").arg(name, line));
@@ -104,7 +111,21 @@ TPDevEngine::~TPDevEngine()
 
 quint16 TPDevEngine::listen(quint16 port)
 {
-    return m_server.listen(QHostAddress::LocalHost, port);
+    // A TCP server of our own, bound to the HTTP server: the one way both Qt 6.4 and 6.8 offer.
+    auto *tcp = new QTcpServer(&m_server);
+    if (!tcp->listen(QHostAddress::LocalHost, port)) {
+        delete tcp;
+        return 0;
+    }
+    m_server.bind(tcp);
+    return tcp->serverPort();
+}
+
+void TPDevEngine::answerMissing(const QHttpServerRequest &request, QHttpServerResponder &responder)
+{
+    log(requestLine(request) + QStringLiteral(" -> 404"));
+    responder.write(QByteArrayLiteral("no such operation\n"), QByteArrayLiteral("text/plain"),
+                    QHttpServerResponder::StatusCode::NotFound);
 }
 
 QString TPDevEngine::settingsFilePath() const

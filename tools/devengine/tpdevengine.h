@@ -5,6 +5,7 @@
 
 #include <QHttpServer>
 #include <QHttpServerRequest>
+#include <QHttpServerResponder>
 #include <QHttpServerResponse>
 #include <QJsonObject>
 #include <QObject>
@@ -55,6 +56,8 @@ private:
                                                              const QString &path);
     void addPathRoute(const char *path, QHttpServerRequest::Method method, PathHandler handler);
     void log(const QString &line);
+    // Any path or method the engine does not serve: a logged 404.
+    void answerMissing(const QHttpServerRequest &request, QHttpServerResponder &responder);
 
     TPDevEnginePaths m_paths;
     QHttpServer m_server;
