@@ -22,11 +22,13 @@ if ! command -v debootstrap >/dev/null; then
         debootstrap
 fi
 
-# The same packages scripts/deps.sh installs on Debian 12, less the fuzzing and display tools.
+# The same packages scripts/deps.sh installs on Debian 12, less the fuzzing and display tools;
+# Debian 13 ships Qt's SVG image plugin in a package of its own.
 packages=(
     cmake ninja-build g++ pkg-config
     qt6-base-dev qt6-base-dev-tools qt6-declarative-dev qt6-declarative-dev-tools
-    qt6-httpserver-dev qt6-websockets-dev qt6-svg-dev qt6-qpa-plugins libgl-dev libxkbcommon-dev
+    qt6-httpserver-dev qt6-websockets-dev qt6-svg-dev qt6-svg-plugins qt6-qpa-plugins libgl-dev
+    libxkbcommon-dev
     qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
     qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts
     qml6-module-qtquick-templates qml6-module-qtquick-window
@@ -59,11 +61,14 @@ in_chroot() {
         LANG=C.UTF-8 QT_QPA_PLATFORM=offscreen "$@"
 }
 
-if [ ! -e "$chroot_dir/.ready" ]; then
-    echo "== install Qt 6.8 and the build tools in the chroot"
-    in_chroot apt-get update -q
+echo "== install Qt 6.8 and the build tools in the chroot"
+install_packages() {
     in_chroot env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends \
-        "${packages[@]}" >"$root/build-qt68/apt.log" 2>&1 || { tail -30 "$root/build-qt68/apt.log"; exit 1; }
+        "${packages[@]}" >"$root/build-qt68/apt.log" 2>&1
+}
+if [ ! -e "$chroot_dir/.ready" ] || ! install_packages; then
+    in_chroot apt-get update -q >"$root/build-qt68/apt-update.log" 2>&1
+    install_packages || { tail -30 "$root/build-qt68/apt.log"; exit 1; }
     "${sudo[@]}" touch "$chroot_dir/.ready"
 fi
 in_chroot qmake6 -query QT_VERSION | sed 's/^/Qt in the chroot: /'

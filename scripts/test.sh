@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Installs what is needed, checks the formatting, builds with warnings as errors, lints the
-# views with qmllint and runs every test; then builds again with AddressSanitizer and UndefinedBehaviorSanitizer
-# (leaks reported) and runs every test once more.
+# views with qmllint and runs every test; then builds again with AddressSanitizer and
+# UndefinedBehaviorSanitizer (leaks reported) and runs every test once more; fuzzes each
+# target briefly; and finally builds and tests everything against Debian 13's Qt 6.8 in a
+# chroot.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$(pwd)
@@ -31,3 +33,6 @@ UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
 
 echo "== fuzz each target for a short time"
 scripts/fuzz.sh 30
+
+echo "== build and test with Qt 6.8 (Debian 13, in a chroot)"
+scripts/qt68-check.sh

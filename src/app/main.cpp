@@ -7,6 +7,7 @@
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQuickStyle>
+#include <QWindow>
 #include <QtQml/qqmlextensionplugin.h>
 
 Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
@@ -44,6 +45,12 @@ int main(int argc, char *argv[])
     engine.load(QUrl(QStringLiteral("qrc:/TPCompanion/Main.qml")));
     if (engine.rootObjects().isEmpty())
         return EXIT_FAILURE;
+#ifdef Q_OS_IOS
+    // Maximised rather than full screen: the window then takes the screen's available
+    // geometry, which keeps out of the notch, the status bar and the home indicator.
+    if (auto *window = qobject_cast<QWindow *>(engine.rootObjects().first()))
+        window->showMaximized();
+#endif
     delegate.didFinishLaunching();
     return QGuiApplication::exec();
 }
