@@ -54,13 +54,14 @@ ScreenPage {
             required property var segments
             required property int selectedSegment
             required property QtObject cell
+            required property string accessibleName
             objectName: "setting_" + identifier + "_" + cellItem.row
             width: ListView.view.width
             height: rowHeight
             // A row that answers a tap is a button named by its title and value; the other
             // rows hold their own controls.
             Accessible.role: highlightsOnTap ? Accessible.Button : Accessible.NoRole
-            Accessible.name: detail !== "" ? title + ", " + detail : title
+            Accessible.name: accessibleName
 
             Rectangle {
                 anchors { fill: parent; leftMargin: 16; rightMargin: 16 }

@@ -53,6 +53,8 @@ QVariant TPSettingsRowsModel::data(const QModelIndex &index, int role) const
         return row.sectionTitle;
     case TitleRole:
         return row.title;
+    case AccessibleNameRole:
+        return row.detail.isEmpty() ? row.title : row.title + QStringLiteral(", ") + row.detail;
     case DetailRole:
         return row.detail;
     case DisclosureRole:
@@ -85,6 +87,7 @@ QHash<int, QByteArray> TPSettingsRowsModel::roleNames() const
             {SectionTitleRole, "sectionTitle"},
             {TitleRole, "title"},
             {DetailRole, "detail"},
+            {AccessibleNameRole, "accessibleName"},
             {DisclosureRole, "disclosure"},
             {HighlightsOnTapRole, "highlightsOnTap"},
             {HeightRole, "rowHeight"},

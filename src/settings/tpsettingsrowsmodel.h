@@ -65,6 +65,8 @@ public:
         SegmentsRole,
         SelectedSegmentRole,
         CellRole,
+        // What a screen reader announces for the row: its title, then its value if any.
+        AccessibleNameRole,
     };
 
     explicit TPSettingsRowsModel(QObject *parent = nullptr);

@@ -301,6 +301,17 @@ private slots:
         QCOMPARE(section(0).first().title, QStringLiteral("Device IP"));
     }
 
+    void rowsAreAnnouncedByTitleAndValue()
+    {
+        TPSettingsVC *settings = show();
+        const TPSettingsRowsModel *rows = settings->rowsModel();
+        const auto announced = [rows](int row) {
+            return rows->data(rows->index(row), TPSettingsRowsModel::AccessibleNameRole).toString();
+        };
+        QCOMPARE(announced(0), QStringLiteral("Device IP, 192.168.1.23:8090"));
+        QCOMPARE(announced(2), QStringLiteral("Mở Web IDE"));
+    }
+
     void noWifiAddressShowsNotAvailable()
     {
         useInterfaces(
