@@ -1,36 +1,22 @@
 #include "tpengineapi.h"
 
+#include "tpenginesession.h"
 #include "tplog.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMutex>
-#include <QNetworkAccessManager>
-#include <QNetworkProxy>
-#include <QNetworkReply>
 #include <QStringDecoder>
 #include <QStringEncoder>
-#include <QThread>
-#include <QTimer>
 #include <QUrl>
 
 #include <cmath>
 #include <limits>
-#include <memory>
-#include <mutex>
 
 namespace {
 
 constexpr auto kInvalidUrlMessage = "URL không hợp lệ";
-constexpr auto kTransportDomain = "QNetworkReply";
-constexpr auto kTimedOutProperty = "tpTimedOut";
-// Bytes kept free after a received body.
-constexpr qsizetype kReadAheadRoom = 64;
-// What the network stack may hold before the body takes it: a large answer waits in the
-// socket rather than in a second copy in memory.
-constexpr qint64 kReadBufferBytes = 1024 * 1024;
 
 struct BaseAddressHolder
 {
@@ -75,10 +61,8 @@ bool hasOnlyUrlCharacters(const QString &text)
     return true;
 }
 
-// The URL a request goes to. The text is passed as given, with one exception that the
-// network stack imposes: QUrl, which QNetworkAccessManager requires, keeps percent
-// sequences in a normal form, so "%41" is sent as "A", "%7E" as "~" and "%2f" as "%2F".
-// No public Qt API sends a request target byte for byte.
+// The URL a request goes to, when its text is one. It is only checked: what is sent is the
+// text itself, so that percent sequences reach the engine as given.
 std::optional<QUrl> strictUrl(const QString &text)
 {
     if (!hasOnlyUrlCharacters(text))
@@ -87,49 +71,6 @@ std::optional<QUrl> strictUrl(const QString &text)
     if (!url.isValid() || url.scheme().isEmpty() || url.host().isEmpty())
         return std::nullopt;
     return url;
-}
-
-// QNetworkReply reports HTTP error statuses as errors of its own; the engine client treats
-// any answer with a status as delivered and leaves judging the status to each operation.
-bool isHttpStatusError(QNetworkReply::NetworkError error)
-{
-    // A 407 from the engine itself is a status like any other, although the stack names
-    // it after a proxy.
-    return (error >= QNetworkReply::ContentAccessDenied &&
-            error <= QNetworkReply::UnknownContentError) ||
-           error == QNetworkReply::ProxyAuthenticationRequiredError ||
-           error == QNetworkReply::ProtocolInvalidOperationError ||
-           (error >= QNetworkReply::InternalServerError &&
-            error <= QNetworkReply::UnknownServerError);
-}
-
-// Both limits end in a reply aborted by one of the client's two timers.
-bool timedOut(QNetworkReply *reply)
-{
-    return reply->property(kTimedOutProperty).toBool();
-}
-
-// A timer that aborts `reply` as timed out when it fires. Precise: a coarse timer may fire
-// up to 5% early, and no limit may end a request before its full time.
-QTimer *abortTimer(QNetworkReply *reply)
-{
-    auto *timer = new QTimer(reply);
-    timer->setSingleShot(true);
-    timer->setTimerType(Qt::PreciseTimer);
-    timer->setInterval(TPEngineAPI::TimeoutMs);
-    QObject::connect(timer, &QTimer::timeout, reply, [reply] {
-        reply->setProperty(kTimedOutProperty, true);
-        reply->abort();
-    });
-    return timer;
-}
-
-TPError transportError(QNetworkReply *reply)
-{
-    if (timedOut(reply))
-        return {message(kTransportDomain), QNetworkReply::TimeoutError,
-                QCoreApplication::translate("QNetworkReply", "Operation timed out")};
-    return {message(kTransportDomain), reply->error(), reply->errorString()};
 }
 
 // Runs `work` on the main thread after the current call has returned. The application
@@ -142,86 +83,51 @@ void postToMain(Work &&work)
         QMetaObject::invokeMethod(app, std::forward<Work>(work), Qt::QueuedConnection);
 }
 
-// Moves what the reply has received to the end of `body`, growing it geometrically when
-// the answer gave no Content-Length.
-void appendAvailable(QNetworkReply *reply, QByteArray &body)
+// The request as it goes on the wire, for a URL that passed the strict check. The target
+// is the text after the base address exactly as given, up to any "#": a fragment is never
+// sent. The stack's own headers are the host, the body's length when there is a body, and
+// the end of the connection after the answer.
+TPEngineSession::Request wireRequest(const QByteArray &method, const QUrl &url,
+                                     const QString &target, const std::optional<QByteArray> &body)
 {
-    const qint64 available = reply->bytesAvailable();
-    if (available <= 0)
+    const QByteArray sent = target.left(target.indexOf(u'#')).toLatin1();
+    QByteArray bytes = method + ' ' + sent +
+                       " HTTP/1.1\r\nHost: " + url.authority(QUrl::FullyEncoded).toLatin1() +
+                       "\r\n";
+    if (body)
+        bytes += "Content-Length: " + QByteArray::number(body->size()) + "\r\n";
+    bytes += "Connection: close\r\n\r\n";
+    if (body)
+        bytes += *body;
+    return {url.host(QUrl::FullyEncoded).toLatin1(), quint16(url.port(80)), std::move(bytes),
+            QString::fromLatin1(method + ' ' + sent)};
+}
+
+// Sends one request and hands its outcome to the main thread. `reader`, when given, reads
+// the body while it arrives.
+void send(const QString &method, const QString &path, const std::optional<QString> &query,
+          const std::optional<QByteArray> &body, TPEngineSession::BodyReader reader,
+          TPEngineAPI::RequestCompletion completion)
+{
+    const bool hasQuery = query && !query->isEmpty();
+    const QString target = hasQuery ? path + u'?' + *query : path;
+    const std::optional<QUrl> url = strictUrl(TPEngineAPI::baseAddress() + target);
+    if (!url) {
+        qCInfo(tpEngineLog).noquote() << method << path << "fault: not a strictly valid URL, "
+                                      << "nothing sent";
+        postToMain([completion = std::move(completion)] {
+            completion(std::nullopt, 0, TPEngineAPI::errorMsg(message(kInvalidUrlMessage)));
+        });
         return;
-    const qsizetype start = body.size();
-    if (body.capacity() - start < available + kReadAheadRoom)
-        body.reserve(std::max(2 * body.capacity(), start + available + kReadAheadRoom));
-    body.resize(start + available);
-    const qint64 read = reply->read(body.data() + start, available);
-    body.resize(start + std::max<qint64>(read, 0));
-}
-
-// Hands the finished reply's outcome to the main thread: the body and status when the
-// engine answered, a transport error otherwise. `request` names it in the log.
-void finishRequest(QNetworkReply *reply, QByteArray &body, const QString &request,
-                   const QElapsedTimer &clock, const TPEngineAPI::RequestCompletion &completion)
-{
-    appendAvailable(reply, body);
-    const QVariant statusAttribute = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    const int status = statusAttribute.isValid() ? statusAttribute.toInt() : 0;
-    TPEngineAPI::Error error;
-    std::optional<QByteArray> delivered;
-    if (!timedOut(reply) && (reply->error() == QNetworkReply::NoError ||
-                             (statusAttribute.isValid() && isHttpStatusError(reply->error()))))
-        delivered = std::move(body);
-    else
-        error = transportError(reply);
-    qCInfo(tpEngineLog).noquote() << request << "status" << status << "ms" << clock.elapsed()
-                                  << "error" << (error ? error->localizedDescription : "-");
-    reply->deleteLater();
-    postToMain([completion, delivered = std::move(delivered), status, error] {
-        completion(delivered, status, error);
-    });
-}
-
-void startRequest(const QUrl &url, const QByteArray &method,
-                  const std::optional<QByteArray> &upload,
-                  const TPEngineAPI::RequestCompletion &completion)
-{
-    QElapsedTimer clock;
-    clock.start();
-    // For the log: the method and what was asked for, without the engine's address.
-    const QString request = QString::fromLatin1(method) + u' ' +
-                            url.toString(QUrl::RemoveScheme | QUrl::RemoveAuthority);
-    QNetworkRequest networkRequest(url);
-    QNetworkAccessManager *session = TPEngineAPI::session();
-    QNetworkReply *reply = upload ? session->sendCustomRequest(networkRequest, method, *upload)
-                                  : session->sendCustomRequest(networkRequest, method);
-    reply->setReadBufferSize(kReadBufferBytes);
-
-    // The idle limit: restarted whenever bytes move. The stack's own transfer timeout is
-    // not used, since its timer is coarse.
-    QTimer *idle = abortTimer(reply);
-    const auto restartIdle = [idle] { idle->start(); };
-    QObject::connect(reply, &QNetworkReply::uploadProgress, idle, restartIdle);
-    QObject::connect(reply, &QNetworkReply::downloadProgress, idle, restartIdle);
-    QObject::connect(reply, &QNetworkReply::metaDataChanged, idle, restartIdle);
-    idle->start();
-    // The whole-request limit.
-    abortTimer(reply)->start();
-
-    // The body is taken as it arrives, into one block sized from Content-Length, so that it
-    // is never copied whole when the answer ends. The room left after the bytes lets a
-    // reader that looks ahead (the listing decoder) read them in place.
-    auto body = std::make_shared<QByteArray>();
-    QObject::connect(reply, &QNetworkReply::metaDataChanged, reply, [reply, body] {
-        const qint64 length = reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
-        if (length > 0 && length < std::numeric_limits<qsizetype>::max() - kReadAheadRoom)
-            body->reserve(qsizetype(length) + kReadAheadRoom);
-    });
-    QObject::connect(reply, &QNetworkReply::readyRead, reply,
-                     [reply, body] { appendAvailable(reply, *body); });
-
-    QObject::connect(reply, &QNetworkReply::finished, reply,
-                     [reply, body, completion, clock, request] {
-                         finishRequest(reply, *body, request, clock, completion);
-                     });
+    }
+    TPEngineAPI::session()->start(
+        wireRequest(method.toLatin1(), *url, target, body), std::move(reader),
+        [completion = std::move(completion)](std::optional<QByteArray> delivered, int status,
+                                             std::optional<TPError> error) {
+            postToMain([completion, delivered = std::move(delivered), status, error] {
+                completion(delivered, status, error);
+            });
+        });
 }
 
 // The completion of an operation that succeeds on status 200 alone.
@@ -315,53 +221,9 @@ std::optional<QJsonValue> jsonValue(const QVariant &value)
 
 } // namespace
 
-namespace {
-
-// The thread the session lives on, made with it.
-QThread *deliveryThread()
+TPEngineSession *TPEngineAPI::session()
 {
-    static QThread *const thread = [] {
-        auto *delivery = new QThread;
-        delivery->setObjectName(QStringLiteral("TPEngineAPI delivery"));
-        return delivery;
-    }();
-    return thread;
-}
-
-// Starts the delivery thread the first time a request is sent with an application object
-// present: a thread's event loop needs one, and there is nothing to deliver to before.
-void startDelivery()
-{
-    static std::once_flag started;
-    if (!QCoreApplication::instance())
-        return;
-    std::call_once(started, [] {
-        QThread *delivery = deliveryThread();
-        delivery->start();
-        // The thread ends with the application object, before Qt's own globals go away.
-        qAddPostRoutine([] {
-            deliveryThread()->quit();
-            deliveryThread()->wait();
-        });
-    });
-}
-
-} // namespace
-
-QNetworkAccessManager *TPEngineAPI::session()
-{
-    // Created once, whichever thread asks first. It lives on a delivery thread of its own:
-    // every request is started there and every answer is received there, so that a large
-    // body never passes through the main thread. Completions are handed to the main thread.
-    static QNetworkAccessManager *const shared = [] {
-        auto *manager = new QNetworkAccessManager;
-        // The engine is on loopback: a proxy from the environment must never be used.
-        manager->setProxy(QNetworkProxy::NoProxy);
-        manager->moveToThread(deliveryThread());
-        QObject::connect(deliveryThread(), &QThread::finished, manager, &QObject::deleteLater);
-        return manager;
-    }();
-    return shared;
+    return TPEngineSession::shared();
 }
 
 TPError TPEngineAPI::errorMsg(const QString &text)
@@ -387,25 +249,7 @@ void TPEngineAPI::requestMethod(const QString &method, const QString &path,
                                 const std::optional<QString> &query,
                                 const std::optional<QByteArray> &body, RequestCompletion completion)
 {
-    const bool hasQuery = query && !query->isEmpty();
-    const QString urlText = hasQuery ? baseAddress() + path + u'?' + *query : baseAddress() + path;
-    const std::optional<QUrl> url = strictUrl(urlText);
-    if (!url) {
-        qCInfo(tpEngineLog).noquote() << method << path << "fault: not a strictly valid URL, "
-                                      << "nothing sent";
-        postToMain([completion = std::move(completion)] {
-            completion(std::nullopt, 0, errorMsg(message(kInvalidUrlMessage)));
-        });
-        return;
-    }
-    const QByteArray verb = method.toLatin1();
-    startDelivery();
-    QMetaObject::invokeMethod(
-        session(),
-        [url = *url, verb, body, completion = std::move(completion)] {
-            startRequest(url, verb, body, completion);
-        },
-        Qt::QueuedConnection);
+    send(method, path, query, body, nullptr, std::move(completion));
 }
 
 void TPEngineAPI::scriptsWithCompletion(ListCompletion completion)
@@ -437,17 +281,17 @@ std::optional<QJsonArray> TPEngineAPI::listingEntries(const QByteArray &body)
     return entries.toArray();
 }
 
-void TPEngineAPI::scriptsBodyWithCompletion(BodyCompletion completion)
+void TPEngineAPI::scriptsBodyWithCompletion(BodyReader reader, BodyCompletion completion)
 {
-    requestMethod(QStringLiteral("GET"), QStringLiteral("/scripts"), std::nullopt, std::nullopt,
-                  [completion = std::move(completion)](const std::optional<QByteArray> &body, int,
-                                                       const Error &error) {
-                      if (error || !body)
-                          completion({},
-                                     error ? error : errorMsg(message("Engine offline (:8090)")));
-                      else
-                          completion(*body, std::nullopt);
-                  });
+    send(QStringLiteral("GET"), QStringLiteral("/scripts"), std::nullopt, std::nullopt,
+         std::move(reader),
+         [completion = std::move(completion)](const std::optional<QByteArray> &body, int,
+                                              const Error &error) {
+             if (error || !body)
+                 completion({}, error ? error : errorMsg(message("Engine offline (:8090)")));
+             else
+                 completion(*body, std::nullopt);
+         });
 }
 
 void TPEngineAPI::readScript(const QString &path, TextCompletion completion)

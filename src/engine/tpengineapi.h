@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tpenginesession.h"
 #include "tperror.h"
 
 #include <QByteArray>
@@ -9,8 +10,6 @@
 
 #include <functional>
 #include <optional>
-
-class QNetworkAccessManager;
 
 // The only code that speaks HTTP: the engine's protocol on 127.0.0.1:8090.
 // Every completion runs exactly once, on the main thread, after the call has returned.
@@ -31,8 +30,8 @@ public:
     // Both the idle limit and the whole-request limit.
     static constexpr int TimeoutMs = 5000;
 
-    // The shared network session, created on first use and kept for the life of the process.
-    static QNetworkAccessManager *session();
+    // The shared HTTP session, created on first use and kept for the life of the process.
+    static TPEngineSession *session();
 
     // An engine error: domain "TPEngineAPI", code -1, the message as its description.
     static TPError errorMsg(const QString &message);
@@ -45,13 +44,15 @@ public:
 
     static void scriptsWithCompletion(ListCompletion completion);
     // The same request, answered with the listing's body as it came (its status is not
-    // examined) for a caller that reads it itself, off the main thread; a transport failure
-    // gives no body and the error.
+    // examined) for a caller that reads it itself: `reader` sees the body while it arrives,
+    // off the main thread, before the completion runs. A transport failure gives no body and
+    // the error.
+    using BodyReader = TPEngineSession::BodyReader;
     using BodyCompletion = std::function<void(const QByteArray &body, const Error &error)>;
     // The "entries" of a listing body read by Qt's JSON reader, or nothing when the body is
     // not a JSON object with an "entries" array.
     static std::optional<QJsonArray> listingEntries(const QByteArray &body);
-    static void scriptsBodyWithCompletion(BodyCompletion completion);
+    static void scriptsBodyWithCompletion(BodyReader reader, BodyCompletion completion);
     static void readScript(const QString &path, TextCompletion completion);
     static void saveScript(const QString &path, const QString &content, Completion completion);
     static void deleteScript(const QString &path, Completion completion);

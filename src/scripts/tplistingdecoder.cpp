@@ -235,10 +235,15 @@ std::optional<QJsonArray> readWithSimdjson(QByteArray body, const QString &folde
     return TPScriptTree::sortedChildren(std::move(*kept));
 }
 
+bool isBlank(char byte)
+{
+    return byte == ' ' || byte == '\n' || byte == '\r' || byte == '\t';
+}
+
 // Moves `at` past JSON blanks.
 const char *skipBlanks(const char *at, const char *end)
 {
-    while (at < end && (*at == ' ' || *at == '\n' || *at == '\r' || *at == '\t'))
+    while (at < end && isBlank(*at))
         ++at;
     return at;
 }
@@ -270,64 +275,169 @@ const char *stringEnd(const char *at, const char *end)
     }
 }
 
-// Where the elements of an array end that start at `at`, at least `atLeast` bytes on: the
-// comma after an element, or the array's closing bracket. Strings are stepped over whole;
-// the brackets inside elements only have to balance, since the parser checks each window.
-// Nothing when the text ends first.
-const char *nextCut(const char *at, const char *end, qsizetype atLeast)
+// Finds where a window of an array's elements ends: the first comma between elements at
+// least a given number of bytes on, or the array's closing bracket. Strings are stepped
+// over whole; the brackets inside elements only have to balance, since the parser checks
+// each window. It scans bytes as they arrive and resumes where it stopped.
+class WindowCutter
 {
-    const char *const wanted = at + atLeast;
-    int depth = 0;
-    for (; at < end; ++at) {
-        switch (*at) {
-        case '"':
-            at = stringEnd(at + 1, end);
-            if (!at)
-                return nullptr;
-            break;
-        case '{':
-        case '[':
-            ++depth;
-            break;
-        case '}':
-        case ']':
-            if (depth == 0)
-                return *at == ']' ? at : nullptr;
-            --depth;
-            break;
-        case ',':
-            if (depth == 0 && at >= wanted)
-                return at;
-            break;
-        default:
-            break;
-        }
+public:
+    enum class Result { Found, NeedMore, Malformed };
+
+    void restart(qsizetype from)
+    {
+        m_position = from;
+        m_depth = 0;
     }
-    return nullptr;
-}
+
+    // Scans `data` up to `size`. On Found, `cut` is the offset of the comma or bracket.
+    Result scan(const char *data, qsizetype size, qsizetype wanted, qsizetype &cut)
+    {
+        for (; m_position < size; ++m_position) {
+            switch (data[m_position]) {
+            case '"': {
+                const char *const close = stringEnd(data + m_position + 1, data + size);
+                // An unfinished string is scanned again from its quote.
+                if (!close)
+                    return Result::NeedMore;
+                m_position = close - data;
+                break;
+            }
+            case '{':
+            case '[':
+                ++m_depth;
+                break;
+            case '}':
+            case ']':
+                if (m_depth == 0) {
+                    cut = m_position;
+                    return data[m_position] == ']' ? Result::Found : Result::Malformed;
+                }
+                --m_depth;
+                break;
+            case ',':
+                if (m_depth == 0 && m_position >= wanted) {
+                    cut = m_position;
+                    return Result::Found;
+                }
+                break;
+            default:
+                break;
+            }
+        }
+        return Result::NeedMore;
+    }
+
+private:
+    qsizetype m_position = 0;
+    int m_depth = 0;
+};
+
+} // namespace
 
 // The fast path, for a body shaped as the engine writes it: one object whose only member
-// is "entries", an array. The elements are read in windows of about kWindowBytes, each
-// copied into one reused buffer as an array of its own, so that the parser's index and
-// text buffer never grow past a window. Nothing when the body has any other shape or the
-// parser refuses a window; the general path then decides.
-std::optional<QJsonArray> readInWindows(const QByteArray &body, const QString &folder)
+// is "entries", an array. The elements are read in windows of about kWindowBytes as the
+// body arrives, each copied into one reused buffer as an array of its own, so that the
+// parser's index and text buffer never grow past a window. Any other shape, and any window
+// the parser refuses, leaves the decision to the general path once the body is whole.
+//
+// A window's end is first guessed where the engine's own output puts one: the "},{"
+// between two entries, or the array's bracket at the very end of the body. A wrong guess
+// (inside a text or a nested value) always leaves the window unbalanced, so the parser
+// refuses it, and the window's end is then found by scanning every byte.
+struct Stream::Windows
 {
-    constexpr qsizetype kWindowBytes = 256 * 1024;
-    const char *at = body.constData();
-    const char *const end = at + body.size();
-    if (!skipWord(at, end, "{") || !skipWord(at, end, "\"entries\"") || !skipWord(at, end, ":") ||
-        !skipWord(at, end, "["))
-        return std::nullopt;
+    static constexpr qsizetype kWindowBytes = 256 * 1024;
+    // Enough bytes to hold the opening '{"entries":[' with a little room for blanks.
+    static constexpr qsizetype kPrefixBytes = 64;
 
-    const ChildMatcher matcher(folder);
-    QList<QJsonValue> kept;
-    ondemand::parser parser;
-    QByteArray window;
-    for (bool first = true;; first = false) {
-        const char *const cut = nextCut(at, end, kWindowBytes);
-        if (!cut)
-            return std::nullopt;
+    enum class Phase { Prefix, Elements, AfterArray, Failed };
+
+    explicit Windows(const QString &folder) : matcher(folder)
+    {
+        // Sized once for a window and its slack, so that windows reuse the same memory.
+        window.reserve(2 * kWindowBytes + qsizetype(SIMDJSON_PADDING));
+        if (parser.allocate(2 * kWindowBytes))
+            phase = Phase::Failed;
+    }
+
+    void readPrefix(const QByteArray &received)
+    {
+        const char *at = received.constData();
+        const char *const end = at + received.size();
+        if (skipWord(at, end, "{") && skipWord(at, end, "\"entries\"") && skipWord(at, end, ":") &&
+            skipWord(at, end, "[")) {
+            next = at - received.constData();
+            cutter.restart(next);
+            phase = Phase::Elements;
+        } else {
+            phase = Phase::Failed;
+        }
+    }
+
+    // Reads every window that the bytes so far complete; `complete` when they are all.
+    void readElements(const QByteArray &received, bool complete)
+    {
+        const char *const data = received.constData();
+        const qsizetype size = received.size();
+        while (phase == Phase::Elements) {
+            qsizetype cut = -1;
+            if (!scanning) {
+                cut = guessedCut(data, size, complete);
+                if (cut < 0 && !complete)
+                    return;
+                if (cut >= 0 && readWindow(data + next, data + cut)) {
+                    passWindow(data, cut);
+                    continue;
+                }
+                scanning = true;
+            }
+            const WindowCutter::Result result = cutter.scan(data, size, next + kWindowBytes, cut);
+            if (result == WindowCutter::Result::NeedMore && !complete)
+                return;
+            if (result != WindowCutter::Result::Found || !readWindow(data + next, data + cut)) {
+                phase = Phase::Failed;
+                return;
+            }
+            passWindow(data, cut);
+        }
+    }
+
+    qsizetype guessedCut(const char *data, qsizetype size, bool complete) const
+    {
+        const qsizetype wanted = next + kWindowBytes;
+        if (wanted < size) {
+            if (const void *between = memmem(data + wanted, size_t(size - wanted), "},{", 3))
+                return static_cast<const char *>(between) - data + 1;
+        }
+        if (!complete)
+            return -1;
+        // Back from the end over blanks, the object's brace and blanks to the bracket.
+        qsizetype at = size;
+        const auto skipBack = [&] {
+            while (at > next && isBlank(data[at - 1]))
+                --at;
+        };
+        skipBack();
+        if (at <= next || data[at - 1] != '}')
+            return -1;
+        --at;
+        skipBack();
+        return at > next && data[at - 1] == ']' ? at - 1 : -1;
+    }
+
+    void passWindow(const char *data, qsizetype cut)
+    {
+        first = false;
+        scanning = false;
+        next = cut + 1;
+        cutter.restart(next);
+        if (data[cut] == ']')
+            phase = Phase::AfterArray;
+    }
+
+    bool readWindow(const char *at, const char *cut)
+    {
         window.resize(0);
         window.reserve((cut - at) + 2 + qsizetype(SIMDJSON_PADDING));
         window.append('[').append(at, cut - at).append(']');
@@ -336,31 +446,60 @@ std::optional<QJsonArray> readInWindows(const QByteArray &body, const QString &f
         if (parser.iterate(window.constData(), size_t(window.size()), size_t(window.capacity()))
                 .get(document) ||
             document.get_array().get(entries))
-            return std::nullopt;
+            return false;
         // After a comma an element must follow: "[1,]" is not an array.
         size_t count = 0;
-        if (keepChildren(document, entries, window.constData(), size_t(window.size()), matcher,
-                         kept, count) ||
-            (!first && count == 0) || !atEnd(document))
-            return std::nullopt;
-        at = cut + 1;
-        if (*cut == ']')
-            break;
+        return !keepChildren(document, entries, window.constData(), size_t(window.size()), matcher,
+                             kept, count) &&
+               (first || count > 0) && atEnd(document);
     }
-    if (!skipWord(at, end, "}") || skipBlanks(at, end) != end)
-        return std::nullopt;
-    return TPScriptTree::sortedChildren(std::move(kept));
+
+    ChildMatcher matcher;
+    ondemand::parser parser;
+    QByteArray window;
+    QList<QJsonValue> kept;
+    WindowCutter cutter;
+    Phase phase = Phase::Prefix;
+    qsizetype next = 0;
+    bool first = true;
+    // Whether the current window's end is being found by scanning, after a wrong guess.
+    bool scanning = false;
+};
+
+Stream::Stream(const QString &folder)
+    : m_folder(folder), m_windows(std::make_unique<Windows>(folder))
+{}
+
+Stream::~Stream() = default;
+
+void Stream::read(const QByteArray &received)
+{
+    if (m_windows->phase == Windows::Phase::Prefix && received.size() >= Windows::kPrefixBytes)
+        m_windows->readPrefix(received);
+    if (m_windows->phase == Windows::Phase::Elements)
+        m_windows->readElements(received, false);
 }
 
-} // namespace
-
-std::optional<QJsonArray> childrenOf(QByteArray body, const QString &folder)
+std::optional<QJsonArray> Stream::finish(const QByteArray &body)
 {
-    if (std::optional<QJsonArray> children = readInWindows(body, folder))
+    if (m_windows->phase == Windows::Phase::Prefix)
+        m_windows->readPrefix(body);
+    if (m_windows->phase == Windows::Phase::Elements)
+        m_windows->readElements(body, true);
+    if (m_windows->phase == Windows::Phase::AfterArray) {
+        const char *at = body.constData() + m_windows->next;
+        const char *const end = body.constData() + body.size();
+        if (skipWord(at, end, "}") && skipBlanks(at, end) == end)
+            return TPScriptTree::sortedChildren(std::move(m_windows->kept));
+    }
+    if (std::optional<QJsonArray> children = readWithSimdjson(body, m_folder))
         return children;
-    if (std::optional<QJsonArray> children = readWithSimdjson(body, folder))
-        return children;
-    return readWithQt(body, folder);
+    return readWithQt(body, m_folder);
+}
+
+std::optional<QJsonArray> childrenOf(const QByteArray &body, const QString &folder)
+{
+    return Stream(folder).finish(body);
 }
 
 } // namespace TPListingDecoder

@@ -4,16 +4,15 @@
 #include "tpeditorvc.h"
 #include "tpengineapi.h"
 #include "tplang.h"
+#include "tplistingdecoder.h"
 #include "tpnavigationstack.h"
 #include "tpnotificationcenter.h"
 #include "tppathrules.h"
 #include "tpscripttree.h"
 
-#include "tplistingdecoder.h"
-
-#include <QCoreApplication>
 #include <QPointer>
-#include <QThreadPool>
+
+#include <memory>
 
 TPScriptsListVC::TPScriptsListVC(const QString &folder, QObject *parent)
     : TPViewController(parent), _folder(folder),
@@ -126,26 +125,25 @@ void TPScriptsListVC::reloadData()
 {
     QPointer<TPScriptsListVC> self(this);
     setReloadsInFlight(m_reloadsInFlight + 1);
+    // A listing may be large: it is decoded while it arrives, on the thread that receives
+    // it, and only the folder's children come back to the main thread.
+    struct Decoding
+    {
+        explicit Decoding(const QString &folder) : stream(folder) {}
+        TPListingDecoder::Stream stream;
+        std::optional<QJsonArray> children;
+    };
+    auto decoding = std::make_shared<Decoding>(_folder);
     TPEngineAPI::scriptsBodyWithCompletion(
-        [self, folder = _folder](const QByteArray &body, const TPEngineAPI::Error &error) {
-            if (!self)
-                return;
-            if (error) {
-                self->onListingDecoded(std::nullopt);
-                return;
-            }
-            // A listing may be large: it is read and filtered on a worker thread, and only
-            // the folder's children come back to the main thread.
-            QThreadPool::globalInstance()->start([self, folder, body] {
-                std::optional<QJsonArray> children = TPListingDecoder::childrenOf(body, folder);
-                QMetaObject::invokeMethod(
-                    QCoreApplication::instance(),
-                    [self, children = std::move(children)] {
-                        if (self)
-                            self->onListingDecoded(children);
-                    },
-                    Qt::QueuedConnection);
-            });
+        [decoding](const QByteArray &received, bool complete) {
+            if (complete)
+                decoding->children = decoding->stream.finish(received);
+            else
+                decoding->stream.read(received);
+        },
+        [self, decoding](const QByteArray &, const TPEngineAPI::Error &error) {
+            if (self)
+                self->onListingDecoded(error ? std::nullopt : std::move(decoding->children));
         });
 }
 

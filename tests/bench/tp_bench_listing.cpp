@@ -160,8 +160,14 @@ int main(int argc, char *argv[])
     if (arguments.size() == 3 && arguments.at(1) == QLatin1String("--client"))
         return measureClient(quint16(arguments.at(2).toUInt()));
 
-    // Entry counts; the last one makes a listing of about 100 MB (46 bytes an entry).
-    const QList<qint64> sizes = {1000, 100000, 1000000, 2180000};
+    // Entry counts, given as arguments or by default these four; the last makes a listing of
+    // about 100 MB (46 bytes an entry).
+    QList<qint64> sizes = {1000, 100000, 1000000, 2180000};
+    if (arguments.size() > 1) {
+        sizes.clear();
+        for (const QString &argument : arguments.mid(1))
+            sizes.append(argument.toLongLong());
+    }
     for (const qint64 entries : sizes) {
         const QByteArray body = listing(entries);
         const ListingServer engine(body);
