@@ -16,7 +16,7 @@ namespace {
 // grows as it actually arrives, so a wrong length cannot claim memory the answer never uses.
 constexpr qint64 kMaxReservedBody = qint64(256) * 1024 * 1024;
 // The most one receive may write straight into the body.
-constexpr qsizetype kDirectBytes = 1024 * 1024;
+constexpr qsizetype kDirectBytes = 256 * 1024;
 // How far ahead of the received bytes the body's pages are asked for.
 constexpr qsizetype kPopulateStep = 4 * 1024 * 1024;
 // Chunk sizes past this are refused rather than risk an overflow.

@@ -347,7 +347,7 @@ private:
 // refuses it, and the window's end is then found by scanning every byte.
 struct Stream::Windows
 {
-    static constexpr qsizetype kWindowBytes = 256 * 1024;
+    static constexpr qsizetype kWindowBytes = 32 * 1024;
     // Enough bytes to hold the opening '{"entries":[' with a little room for blanks.
     static constexpr qsizetype kPrefixBytes = 64;
 
