@@ -353,20 +353,17 @@ struct Stream::Windows
 
     enum class Phase { Prefix, Elements, AfterArray, Failed };
 
-    explicit Windows(const QString &folder) : matcher(folder)
-    {
-        // Sized once for a window and its slack, so that windows reuse the same memory.
-        window.reserve(2 * kWindowBytes + qsizetype(SIMDJSON_PADDING));
-        if (parser.allocate(2 * kWindowBytes))
-            phase = Phase::Failed;
-    }
+    explicit Windows(const QString &folder) : matcher(folder) {}
 
     void readPrefix(const QByteArray &received)
     {
         const char *at = received.constData();
         const char *const end = at + received.size();
+        // The buffers are sized once for a window and its slack, so that windows reuse the
+        // same memory; and only here, on the thread that reads, once there is a listing.
         if (skipWord(at, end, "{") && skipWord(at, end, "\"entries\"") && skipWord(at, end, ":") &&
-            skipWord(at, end, "[")) {
+            skipWord(at, end, "[") && !parser.allocate(2 * kWindowBytes)) {
+            window.reserve(2 * kWindowBytes + qsizetype(SIMDJSON_PADDING));
             next = at - received.constData();
             cutter.restart(next);
             phase = Phase::Elements;

@@ -384,6 +384,7 @@ private slots:
         QTRY_COMPARE(outcome->calls, 1);
         QVERIFY(outcome->result.error.has_value());
         QCOMPARE(outcome->result.error->domain, QStringLiteral("POSIX"));
+        QCOMPARE(outcome->result.error->code, ECONNRESET);
         QCOMPARE(outcome->result.body, std::nullopt);
     }
 
@@ -395,6 +396,105 @@ private slots:
         QCOMPARE(outcome->result.status, 0);
         QVERIFY(outcome->result.error.has_value());
         QCOMPARE(outcome->result.error->domain, QStringLiteral("POSIX"));
+    }
+
+    // What goes on the wire: the request line with the target as given, then only the
+    // stack's own headers, then the body.
+    void theRequestOnTheWireIsExactlyThis_data()
+    {
+        QTest::addColumn<QString>("method");
+        QTest::addColumn<QString>("query");
+        QTest::addColumn<std::optional<QByteArray>>("body");
+        QTest::addColumn<QByteArray>("expected");
+        QTest::newRow("listing") << "GET" << QString() << std::optional<QByteArray>()
+                                 << QByteArray("GET /x HTTP/1.1\r\nHost: 127.0.0.1:PORT\r\n"
+                                               "Connection: close\r\n\r\n");
+        QTest::newRow("save") << "POST"
+                              << "name=a.lua" << std::optional<QByteArray>("hi\r\n")
+                              << QByteArray("POST /x?name=a.lua HTTP/1.1\r\nHost: 127.0.0.1:PORT"
+                                            "\r\nContent-Length: 4\r\nConnection: close\r\n\r\n"
+                                            "hi\r\n");
+        QTest::newRow("empty body") << "POST"
+                                    << "name=b.lua" << std::optional<QByteArray>("")
+                                    << QByteArray("POST /x?name=b.lua HTTP/1.1\r\nHost: "
+                                                  "127.0.0.1:PORT\r\nContent-Length: 0\r\n"
+                                                  "Connection: close\r\n\r\n");
+    }
+    void theRequestOnTheWireIsExactlyThis()
+    {
+        QFETCH(QString, method);
+        QFETCH(QString, query);
+        QFETCH(std::optional<QByteArray>, body);
+        QFETCH(QByteArray, expected);
+        QTcpServer wire;
+        QVERIFY(wire.listen(QHostAddress::LocalHost, 0));
+        TPPointEngineAPIAt(wire.serverPort());
+        expected.replace("PORT", QByteArray::number(wire.serverPort()));
+        const auto outcome = send(method, QStringLiteral("/x"), query, body);
+        QVERIFY(wire.waitForNewConnection(5000));
+        QTcpSocket *socket = wire.nextPendingConnection();
+        QByteArray received;
+        QTRY_VERIFY((received += socket->readAll()).size() >= expected.size());
+        QCOMPARE(received, expected);
+        socket->write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+        QTRY_COMPARE(outcome->calls, 1);
+    }
+
+    // Answers framed every way HTTP allows reach the completion as the same body.
+    void everyFramingOfTheAnswerGivesTheSameBody_data()
+    {
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<bool>("closeAfter");
+        QTest::newRow("length") << QByteArray(
+                                       "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nline\r\nend")
+                                << false;
+        QTest::newRow("chunks") << QByteArray(
+                                       "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"
+                                       "6\r\nline\r\n\r\n3\r\nend\r\n0\r\n\r\n")
+                                << false;
+        QTest::newRow("until the end") << QByteArray("HTTP/1.0 200 OK\r\n\r\nline\r\nend") << true;
+        QTest::newRow("after an interim answer")
+            << QByteArray("HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK\r\nContent-Length: 9\r\n"
+                          "\r\nline\r\nend")
+            << false;
+    }
+    void everyFramingOfTheAnswerGivesTheSameBody()
+    {
+        QFETCH(QByteArray, answer);
+        QFETCH(bool, closeAfter);
+        QTcpServer wire;
+        QVERIFY(wire.listen(QHostAddress::LocalHost, 0));
+        TPPointEngineAPIAt(wire.serverPort());
+        const auto outcome =
+            send(QStringLiteral("GET"), QStringLiteral("/script"), QStringLiteral("name=a.lua"));
+        QVERIFY(wire.waitForNewConnection(5000));
+        QTcpSocket *socket = wire.nextPendingConnection();
+        QTRY_VERIFY(socket->bytesAvailable() > 0);
+        socket->write(answer);
+        if (closeAfter)
+            socket->disconnectFromHost();
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(outcome->result.error, std::nullopt);
+        QCOMPARE(outcome->result.status, 200);
+        QCOMPARE(outcome->result.body, std::optional<QByteArray>("line\r\nend"));
+    }
+
+    void anAnswerThatIsNotHttpIsAProtocolError()
+    {
+        QTcpServer wire;
+        QVERIFY(wire.listen(QHostAddress::LocalHost, 0));
+        TPPointEngineAPIAt(wire.serverPort());
+        const auto outcome = send(QStringLiteral("GET"), QStringLiteral("/scripts"), std::nullopt);
+        QVERIFY(wire.waitForNewConnection(5000));
+        QTcpSocket *socket = wire.nextPendingConnection();
+        QTRY_VERIFY(socket->bytesAvailable() > 0);
+        socket->write("SSH-2.0-OpenSSH\r\n\r\n");
+        QTRY_COMPARE(outcome->calls, 1);
+        QCOMPARE(outcome->result.status, 0);
+        QCOMPARE(outcome->result.body, std::nullopt);
+        QCOMPARE(outcome->result.error->domain, QStringLiteral("POSIX"));
+        QCOMPARE(outcome->result.error->code, EPROTO);
+        QVERIFY(!outcome->result.error->localizedDescription.isEmpty());
     }
 
     void errorStatusWithBodyIsDeliveredAsPlainStatus_data()

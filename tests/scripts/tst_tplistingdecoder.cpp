@@ -38,6 +38,23 @@ QByteArrayList records(const std::optional<QJsonArray> &children)
     return texts;
 }
 
+// The children read by a stream that is given the body in parts, as it arrives, cut at
+// places chosen by `random`: mostly small parts, now and then a large one.
+std::optional<QJsonArray> readInParts(const QByteArray &body, const QString &folder,
+                                      QRandomGenerator &random)
+{
+    TPListingDecoder::Stream stream(folder);
+    QByteArray received;
+    for (qsizetype at = 0; at < body.size();) {
+        const qsizetype part =
+            random.bounded(8) == 0 ? 1 + random.bounded(100000) : 1 + random.bounded(2000);
+        received.append(body.mid(at, part));
+        at += part;
+        stream.read(received);
+    }
+    return stream.finish(received);
+}
+
 } // namespace
 
 // The listing decoder must give exactly what Qt's reader and the tree filter give.
@@ -47,16 +64,22 @@ class TestTPListingDecoder : public QObject
 
     void compareWithReference(const QByteArray &body, const QString &folder)
     {
-        const std::optional<QJsonArray> decoded = TPListingDecoder::childrenOf(body, folder);
         const std::optional<QJsonArray> expected = reference(body, folder);
-        QVERIFY2(decoded.has_value() == expected.has_value(), body.left(200).constData());
-        if (!expected)
-            return;
-        // Names that compare equal have no defined order; everything else must match.
-        QCOMPARE(decoded->size(), expected->size());
-        QCOMPARE(names(decoded), names(expected));
-        QCOMPARE(records(decoded), records(expected));
+        // Read whole, and read while it arrives.
+        const std::optional<QJsonArray> ways[] = {TPListingDecoder::childrenOf(body, folder),
+                                                  readInParts(body, folder, m_random)};
+        for (const std::optional<QJsonArray> &decoded : ways) {
+            QVERIFY2(decoded.has_value() == expected.has_value(), body.left(200).constData());
+            if (!expected)
+                continue;
+            // Names that compare equal have no defined order; everything else must match.
+            QCOMPARE(decoded->size(), expected->size());
+            QCOMPARE(names(decoded), names(expected));
+            QCOMPARE(records(decoded), records(expected));
+        }
     }
+
+    QRandomGenerator m_random{2024};
 
 private slots:
     void theTreeEdgeCasesGiveTheSameChildren_data()
@@ -216,6 +239,38 @@ private slots:
         }
         compareWithReference(" {\"entries\" : [" + elements + ",] } ", QStringLiteral("p"));
         compareWithReference(" {\"entries\" : [" + elements + "]} ,", QStringLiteral("p"));
+    }
+
+    // The decoder guesses where a part of the listing ends from the "},{" between two
+    // entries; a guess inside a name, or inside a nested value, must not change what is read.
+    void wrongGuessesOfWhereAPartEndsChangeNothing()
+    {
+        QByteArray elements;
+        for (int i = 0; i < 30000; ++i) {
+            const QByteArray number = QByteArray::number(i);
+            if (i % 3 == 0)
+                elements += "{\"path\":\"p/a},{b" + number + ".lua\",\"dir\":false},";
+            else if (i % 3 == 1)
+                elements += "{\"path\":\"p/q\\\"},{\\\"" + number + "\",\"dir\":true},";
+            else
+                elements += "{\"x\":[{},{}],\"path\":\"p/n" + number + "\"},";
+        }
+        elements.chop(1);
+        const QByteArray body = "{\"entries\":[" + elements + "]}";
+        compareWithReference(body, QStringLiteral("p"));
+        QCOMPARE(TPListingDecoder::childrenOf(body, QStringLiteral("p"))->size(), 30000);
+    }
+
+    // A listing written with blanks everywhere JSON allows them reads the same.
+    void aListingWithBlanksReadsTheSame()
+    {
+        QByteArray elements;
+        for (int i = 0; i < 20000; ++i)
+            elements += "\n  {\n    \"path\" : \"p/f" + QByteArray::number(i) +
+                        ".lua\",\n    \"dir\" : false\n  } ,";
+        elements.chop(1);
+        compareWithReference("\r\n{ \"entries\" :\t[" + elements + "\n ]\n}\n\n",
+                             QStringLiteral("p"));
     }
 
     // Random listings, some of them broken, read the same both ways.
