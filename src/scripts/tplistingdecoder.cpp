@@ -8,6 +8,7 @@
 
 #include <simdjson.h>
 
+#include <algorithm>
 #include <cstring>
 
 namespace TPListingDecoder {
@@ -139,7 +140,9 @@ public:
         if (path.empty() || path.substr(0, prefix.size()) != prefix)
             return false;
         const std::string_view remainder = path.substr(prefix.size());
-        return !remainder.empty() && remainder.find('/') == std::string_view::npos;
+        // A path is short: a plain loop beats a call to memchr here.
+        return !remainder.empty() &&
+               std::find(remainder.begin(), remainder.end(), '/') == remainder.end();
     }
 
 private:
