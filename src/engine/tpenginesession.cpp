@@ -25,6 +25,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+// A body from this size on is read while it arrives on a thread of its own.
+constexpr qsizetype kConcurrentReadBytes = 1024 * 1024;
 // How much one receive may take from the socket.
 constexpr size_t kReceiveBytes = 256 * 1024;
 
@@ -80,6 +82,64 @@ private:
     int m_fd;
 };
 
+// Runs a body reader on a thread of its own while the body is still being received, so
+// that reading and receiving overlap. Only for a block that never moves while it fills:
+// the reader is shown the bytes received so far in place, and never looks past them.
+class ConcurrentReader
+{
+public:
+    ConcurrentReader(const TPEngineSession::BodyReader &reader, const char *block)
+        : m_reader(reader), m_block(block), m_thread([this] { run(); })
+    {}
+    ~ConcurrentReader()
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_ended = true;
+        }
+        m_changed.notify_one();
+        m_thread.join();
+    }
+    ConcurrentReader(const ConcurrentReader &) = delete;
+    ConcurrentReader &operator=(const ConcurrentReader &) = delete;
+
+    // The first `size` bytes of the block are in and will not change.
+    void received(qsizetype size)
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_received = size;
+        }
+        m_changed.notify_one();
+    }
+
+private:
+    void run()
+    {
+        for (qsizetype read = 0;;) {
+            std::unique_lock lock(m_mutex);
+            m_changed.wait(lock, [&] { return m_ended || m_received > read; });
+            const qsizetype received = m_received;
+            const bool ended = m_ended;
+            lock.unlock();
+            if (received > read) {
+                m_reader(QByteArray::fromRawData(m_block, received), false);
+                read = received;
+            } else if (ended) {
+                return;
+            }
+        }
+    }
+
+    const TPEngineSession::BodyReader &m_reader;
+    const char *const m_block;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    qsizetype m_received = 0;
+    bool m_ended = false;
+    std::thread m_thread;
+};
+
 // One exchange: connect, send the request, read the answer.
 class Exchange
 {
@@ -102,6 +162,8 @@ public:
         if (sendError == ECANCELED || sendError == ETIMEDOUT)
             return sendError;
         const int receiveError = receiveAnswer();
+        // The reader has read all it was shown before the caller reads the whole body.
+        m_concurrentReader.reset();
         if (receiveError)
             return receiveError;
         if (m_answer.state() == TPHttpAnswer::State::Complete)
@@ -209,7 +271,7 @@ private:
                 if (m_answer.state() != TPHttpAnswer::State::Body)
                     return 0;
                 if (m_reader)
-                    m_reader(m_answer.body(), false);
+                    handToReader();
             } else if (received == 0) {
                 m_answer.closed();
                 m_cutOff = m_answer.state() != TPHttpAnswer::State::Complete;
@@ -223,12 +285,27 @@ private:
         }
     }
 
+    // A large body whose block never moves is read on a thread of its own while it arrives;
+    // any other is read here between receives.
+    void handToReader()
+    {
+        const qsizetype length = m_answer.fixedBodyLength();
+        if (!m_concurrentReader && length >= kConcurrentReadBytes)
+            m_concurrentReader =
+                std::make_unique<ConcurrentReader>(m_reader, m_answer.body().constData());
+        if (m_concurrentReader)
+            m_concurrentReader->received(m_answer.body().size());
+        else
+            m_reader(m_answer.body(), false);
+    }
+
     const TPEngineSession::Request &m_request;
     const int m_closingFd;
     const TPEngineSession::BodyReader &m_reader;
     Limits m_limits;
     std::unique_ptr<Socket> m_socket;
     TPHttpAnswer m_answer;
+    std::unique_ptr<ConcurrentReader> m_concurrentReader;
     bool m_cutOff = false;
 };
 

@@ -178,6 +178,7 @@ void TPHttpAnswer::startBody(qint64 length)
     m_body.reserve(qsizetype(std::min(length, kMaxReservedBody)) + ReadAheadRoom);
     m_populated = 0;
     m_remaining = length;
+    m_length = length;
     m_state = (m_framing == Framing::Empty || (m_framing == Framing::Length && length == 0))
                   ? State::Complete
                   : State::Body;
@@ -230,6 +231,13 @@ void TPHttpAnswer::readChunked(const char *&data, const char *end)
             break;
         }
     }
+}
+
+qsizetype TPHttpAnswer::fixedBodyLength() const
+{
+    const bool fixed = m_state == State::Body && m_framing == Framing::Length &&
+                       m_body.capacity() >= m_length + ReadAheadRoom;
+    return fixed ? qsizetype(m_length) : -1;
 }
 
 char *TPHttpAnswer::directSpace(qsizetype &room)

@@ -36,6 +36,9 @@ public:
     State state() const { return m_state; }
     // The status code once the head of the final answer is in, 0 before.
     int status() const { return m_status; }
+    // The body's length while it arrives into a block reserved for all of it, which
+    // therefore never moves; -1 for any other body.
+    qsizetype fixedBodyLength() const;
     // The body bytes received so far, decoded from chunks.
     const QByteArray &body() const { return m_body; }
 
@@ -62,6 +65,7 @@ private:
     qsizetype m_directFrom = 0;
     Framing m_framing = Framing::Empty;
     qint64 m_remaining = 0;
+    qint64 m_length = -1;
     ChunkStep m_chunkStep = ChunkStep::Size;
     QByteArray m_line;
 };

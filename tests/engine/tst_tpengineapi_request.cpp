@@ -13,6 +13,7 @@
 #include <QTest>
 
 #include <cerrno>
+#include <cstring>
 #include <mutex>
 #include <thread>
 
@@ -91,27 +92,51 @@ private slots:
         QVERIFY(!proxy.hasPendingConnections());
     }
 
-    // The listing's body is read while it arrives, on the session's thread and not the
-    // main thread, and whole once before the completion runs on the main thread.
+    // The listing's body is read while it arrives, off the main thread (a large one on a
+    // thread of its own, while the rest is still coming), always as a prefix of the body,
+    // and whole once before the completion runs on the main thread.
+    void listingBodyIsReadOffTheMainThreadBeforeTheCompletion_data()
+    {
+        QTest::addColumn<int>("padding");
+        QTest::addColumn<bool>("readAlongside");
+        QTest::newRow("small, read between receives") << 300000 << false;
+        QTest::newRow("large, read alongside") << 6000000 << true;
+    }
     void listingBodyIsReadOffTheMainThreadBeforeTheCompletion()
     {
-        const QByteArray listing = "{\"entries\":[" + QByteArray(300000, ' ') + "]}";
+        QFETCH(int, padding);
+        QFETCH(bool, readAlongside);
+        QByteArray listing = "{\"entries\":[" + QByteArray(padding, ' ') + "]}";
+        for (qsizetype i = 0; i < listing.size(); i += 1000)
+            listing[i] = i % 2000 ? ' ' : '\n';
         m_engine->setDefaultAnswer(TPScriptedAnswer::ok(listing));
         struct Reads
         {
             std::mutex mutex;
             QList<std::thread::id> threads;
+            std::thread::id partialThread;
+            std::thread::id wholeThread;
+            int partial = 0;
+            bool allPrefixes = true;
             QList<QByteArray> wholeBodies;
         };
         auto reads = std::make_shared<Reads>();
         int calls = 0;
         bool completedAfterTheWholeRead = false;
         TPEngineAPI::scriptsBodyWithCompletion(
-            [reads](const QByteArray &received, bool complete) {
+            [reads, listing](const QByteArray &received, bool complete) {
                 const std::lock_guard lock(reads->mutex);
                 reads->threads.append(std::this_thread::get_id());
-                if (complete)
+                if (complete) {
+                    reads->wholeThread = std::this_thread::get_id();
                     reads->wholeBodies.append(received);
+                    return;
+                }
+                reads->partialThread = std::this_thread::get_id();
+                ++reads->partial;
+                reads->allPrefixes = reads->allPrefixes && received.size() < listing.size() &&
+                                     std::memcmp(received.constData(), listing.constData(),
+                                                 size_t(received.size())) == 0;
             },
             [&, reads](const QByteArray &body, const TPEngineAPI::Error &error) {
                 ++calls;
@@ -122,7 +147,9 @@ private slots:
         QTRY_COMPARE(calls, 1);
         QVERIFY(completedAfterTheWholeRead);
         const std::lock_guard lock(reads->mutex);
-        QVERIFY(reads->threads.size() >= 2);
+        QVERIFY(reads->partial >= 1);
+        QVERIFY(reads->allPrefixes);
+        QCOMPARE(reads->partialThread != reads->wholeThread, readAlongside);
         QVERIFY(!reads->threads.contains(std::this_thread::get_id()));
     }
 
