@@ -26,10 +26,21 @@ error_code forEachMember(ondemand::value value, Visit visit)
     if (const error_code error = value.get_object().get(object))
         return error;
     for (auto field : object) {
-        std::string_view key;
-        ondemand::value member;
-        if (const error_code error = field.unescaped_key().get(key))
+        // A key without escapes, nearly every key, is read in place from the input; only
+        // a key with a backslash is unescaped, which also checks its escapes.
+        ondemand::raw_json_string raw;
+        if (const error_code error = field.key().get(raw))
             return error;
+        const char *const start = raw.raw();
+        const char *end = start;
+        while (*end != '"' && *end != '\\')
+            ++end;
+        std::string_view key(start, size_t(end - start));
+        ondemand::value member;
+        if (*end == '\\') {
+            if (const error_code error = field.unescaped_key().get(key))
+                return error;
+        }
         if (const error_code error = field.value().get(member))
             return error;
         if (const error_code error = visit(key, member))

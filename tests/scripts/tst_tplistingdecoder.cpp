@@ -261,6 +261,30 @@ private slots:
         QCOMPARE(TPListingDecoder::childrenOf(body, QStringLiteral("p"))->size(), 30000);
     }
 
+    // Keys are compared in place unless they hold an escape; escaped keys, good and bad,
+    // read as Qt's reader reads them.
+    void escapedKeysReadAsQtReadsThem_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        QTest::newRow("escaped path key")
+            << QByteArray("{\"entries\":[{\"p\\u0061th\":\"a.lua\",\"dir\":false}]}");
+        QTest::newRow("escaped entries key")
+            << QByteArray("{\"\\u0065ntries\":[{\"path\":\"a.lua\"}]}");
+        QTest::newRow("escaped quote in a key")
+            << QByteArray("{\"entries\":[{\"pa\\\"th\":\"a.lua\",\"path\":\"b.lua\"}]}");
+        QTest::newRow("bad escape in a key")
+            << QByteArray("{\"entries\":[{\"x\\uZZZZ\":1,\"path\":\"a.lua\"}]}");
+        QTest::newRow("unknown escape in a key")
+            << QByteArray("{\"entries\":[{\"x\\q\":1,\"path\":\"a.lua\"}]}");
+        QTest::newRow("path key as a prefix") << QByteArray(
+            "{\"entries\":[{\"paths\":\"x.lua\",\"pat\":\"y.lua\",\"path\":\"z.lua\"}]}");
+    }
+    void escapedKeysReadAsQtReadsThem()
+    {
+        QFETCH(QByteArray, body);
+        compareWithReference(body, QString());
+    }
+
     // A listing written with blanks everywhere JSON allows them reads the same.
     void aListingWithBlanksReadsTheSame()
     {
