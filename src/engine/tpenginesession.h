@@ -13,9 +13,9 @@
 // The engine client's one HTTP session: it runs each exchange with the engine on a thread
 // of its own, over a plain loopback socket, and bounds it by the idle limit and the
 // whole-request limit. An exchange reads the answer straight into one block, and a caller
-// may read the body while it arrives, on that thread, so that a large answer is decoded
-// as it comes instead of after it. When the application object goes away, exchanges still
-// running are stopped and deliver nothing.
+// may read the body while it arrives, so that a large answer is decoded as it comes
+// instead of after it. When the application object goes away, exchanges still running are
+// stopped and deliver nothing.
 //
 // Transport failures are the socket's own: domain "POSIX", the errno code and the system's
 // message. An answer cut off before its end is ECONNRESET, one that is not HTTP is EPROTO,
@@ -32,9 +32,11 @@ public:
         QByteArray bytes; // the whole request as it goes on the wire
         QString logName;  // the method and target, for the log
     };
-    // Called on the exchange's thread with the body received so far, each time more of it
-    // arrives, and once more with `complete` when it is whole. Not called again after a
-    // failure.
+    // Called with the body received so far, each time more of it arrives, and once more
+    // with `complete` when it is whole; never again after a failure. Calls never overlap
+    // and never run on the main thread: they run on the exchange's thread, except that a
+    // large body of known length is read on one more thread of its own while the exchange
+    // goes on receiving. The last call is on the exchange's thread.
     using BodyReader = std::function<void(const QByteArray &received, bool complete)>;
     // Called on the exchange's thread, once, with what the exchange gave: the body and
     // status of a whole answer, or the transport error (and the status when a head came).
