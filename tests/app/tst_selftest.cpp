@@ -1,6 +1,7 @@
 #include "appdelegate.h"
 #include "tpapptour.h"
 #include "tplang.h"
+#include "tpquicktestutil.h"
 
 #include <QAccessible>
 #include <QDirIterator>
@@ -50,28 +51,6 @@ const QHash<QString, QStringList> kExpectedItems = {
     {"settings-other-language", {"settingsTable"}},
     {"scripts-again", {"scriptsList"}},
 };
-
-bool isShown(QQuickItem *item)
-{
-    for (QQuickItem *it = item; it; it = it->parentItem()) {
-        if (!it->isVisible())
-            return false;
-    }
-    return item->width() > 0 && item->height() > 0;
-}
-
-// The first item of that object name in the visual tree that is on screen, or null.
-// Delegates of repeaters and lists are found only this way, not among QObject children.
-QQuickItem *findShownItem(QQuickItem *root, const QString &name)
-{
-    if (root->objectName() == name && isShown(root))
-        return root;
-    for (QQuickItem *child : root->childItems()) {
-        if (QQuickItem *found = findShownItem(child, name))
-            return found;
-    }
-    return nullptr;
-}
 
 bool isTextEntry(const QQuickItem *item)
 {
@@ -283,7 +262,7 @@ private slots:
             for (const QString &problem : controlsWithoutName(root))
                 unnamed.append(stop + QStringLiteral(": ") + problem);
             for (const QString &name : kExpectedItems.value(stop)) {
-                QQuickItem *item = findShownItem(tour.window()->contentItem(), name);
+                QQuickItem *item = TPFindShownItem(tour.window()->contentItem(), name);
                 if (!item)
                     problems.append(stop + QStringLiteral(": ") + name +
                                     QStringLiteral(" not shown"));

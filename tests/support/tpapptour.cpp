@@ -64,20 +64,6 @@ void settle()
     QTest::qWait(500);
 }
 
-// The item named `name` that is on screen (it and every ancestor visible), or null.
-QQuickItem *visibleItem(QQuickItem *root, const QString &name)
-{
-    if (!root->isVisible())
-        return nullptr;
-    if (root->objectName() == name)
-        return root;
-    for (QQuickItem *child : root->childItems()) {
-        if (QQuickItem *found = visibleItem(child, name))
-            return found;
-    }
-    return nullptr;
-}
-
 int rowOfPath(const TPScriptsListVC *list, const QString &path)
 {
     for (int row = 0; row < list->rows()->rowCount(); ++row) {
@@ -160,7 +146,7 @@ bool TPAppTour::tap(const QString &name)
 {
     QQuickItem *item = nullptr;
     if (!waitFor([&] {
-            item = visibleItem(m_window->contentItem(), name);
+            item = TPFindShownItem(m_window->contentItem(), name);
             return item && item->isEnabled();
         }))
         return false;

@@ -17,6 +17,32 @@ inline QQuickItem *TPFindItem(QQuickItem *root, const QString &name)
     return nullptr;
 }
 
+// Whether the item is on screen: it and every item above it visible, and it has a size.
+inline bool TPIsShown(const QQuickItem *item)
+{
+    for (const QQuickItem *it = item; it; it = it->parentItem()) {
+        if (!it->isVisible())
+            return false;
+    }
+    return item->width() > 0 && item->height() > 0;
+}
+
+// The first item named `name` at or below `root` that is on screen, or null. Delegates of
+// repeaters and lists are found only this way, in the visual tree, not among QObject
+// children.
+inline QQuickItem *TPFindShownItem(QQuickItem *root, const QString &name)
+{
+    if (!root->isVisible())
+        return nullptr;
+    if (root->objectName() == name && TPIsShown(root))
+        return root;
+    for (QQuickItem *child : root->childItems()) {
+        if (QQuickItem *found = TPFindShownItem(child, name))
+            return found;
+    }
+    return nullptr;
+}
+
 // The item's centre in its window's coordinates, where a tap on it lands.
 inline QPoint TPCentreOf(const QQuickItem *item)
 {
