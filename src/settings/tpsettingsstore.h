@@ -17,20 +17,24 @@ struct TPEngineOption
     const char *titleKey;
     TPOptionKind kind;
     qint64 fallback;
+    // The range a slider offers, and the unit shown after its value; none for the others.
+    qint64 minimum;
+    qint64 maximum;
+    const char *unit;
 };
 
 // Every engine option, once: the switches in the order the settings screen shows them,
 // then the toast position and the touch marker.
 inline constexpr std::array<TPEngineOption, 9> TPEngineOptions = {{
-    {"tp_alert_error", "set_alert_error", TPOptionKind::Switch, 0},
-    {"tp_vibrate_error", "set_vibrate_error", TPOptionKind::Switch, 0},
-    {"tp_toast_startstop", "set_toast_startstop", TPOptionKind::Switch, 0},
-    {"tp_vibrate_startstop", "set_vibrate_startstop", TPOptionKind::Switch, 0},
-    {"tp_debug_touch", "set_debug_touch", TPOptionKind::Switch, 0},
-    {"tp_toast_pos", "set_toast_pos", TPOptionKind::ToastPosition, 0},
-    {"tp_touch_color", "set_touch_color", TPOptionKind::TouchColor, 0xFF3B30},
-    {"tp_touch_size", "set_touch_size", TPOptionKind::TouchSize, 44},
-    {"tp_touch_opacity", "set_touch_opacity", TPOptionKind::TouchOpacity, 60},
+    {"tp_alert_error", "set_alert_error", TPOptionKind::Switch, 0, 0, 0, ""},
+    {"tp_vibrate_error", "set_vibrate_error", TPOptionKind::Switch, 0, 0, 0, ""},
+    {"tp_toast_startstop", "set_toast_startstop", TPOptionKind::Switch, 0, 0, 0, ""},
+    {"tp_vibrate_startstop", "set_vibrate_startstop", TPOptionKind::Switch, 0, 0, 0, ""},
+    {"tp_debug_touch", "set_debug_touch", TPOptionKind::Switch, 0, 0, 0, ""},
+    {"tp_toast_pos", "set_toast_pos", TPOptionKind::ToastPosition, 0, 0, 0, ""},
+    {"tp_touch_color", "set_touch_color", TPOptionKind::TouchColor, 0xFF3B30, 0, 0, ""},
+    {"tp_touch_size", "set_touch_size", TPOptionKind::TouchSize, 44, 8, 120, ""},
+    {"tp_touch_opacity", "set_touch_opacity", TPOptionKind::TouchOpacity, 60, 5, 100, "%"},
 }};
 
 // The switch that shows the touch-marker rows.

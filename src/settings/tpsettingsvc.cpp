@@ -166,12 +166,10 @@ TPSettingsRow TPSettingsVC::optionsCellForRow(int row)
         TPSliderCell *slider = size ? _sizeCell : _opacityCell;
         const TPEngineOption &option = TPSettingsStore::optionOfKind(
             size ? TPOptionKind::TouchSize : TPOptionKind::TouchOpacity);
-        if (size)
-            slider->configureWithTitle(TPL(option.titleKey), 8, 120,
-                                       TPSettingsStore::currentTouchSize(), QString());
-        else
-            slider->configureWithTitle(TPL(option.titleKey), 5, 100,
-                                       TPSettingsStore::currentTouchOpacity(), QStringLiteral("%"));
+        slider->configureWithTitle(
+            TPL(option.titleKey), float(option.minimum), float(option.maximum),
+            size ? TPSettingsStore::currentTouchSize() : TPSettingsStore::currentTouchOpacity(),
+            QString::fromUtf8(option.unit));
         slider->setOnChanged([self, size](qint64 value) {
             if (size)
                 TPSettingsStore::storeTouchSize(value);
