@@ -290,9 +290,15 @@ private:
     void handToReader()
     {
         const qsizetype length = m_answer.fixedBodyLength();
-        if (!m_concurrentReader && length >= kConcurrentReadBytes)
-            m_concurrentReader =
-                std::make_unique<ConcurrentReader>(m_reader, m_answer.body().constData());
+        if (!m_concurrentReader && !m_readsHere && length >= kConcurrentReadBytes) {
+            try {
+                m_concurrentReader =
+                    std::make_unique<ConcurrentReader>(m_reader, m_answer.body().constData());
+            } catch (const std::system_error &) {
+                // No thread to spare: the body is read here instead.
+                m_readsHere = true;
+            }
+        }
         if (m_concurrentReader)
             m_concurrentReader->received(m_answer.body().size());
         else
@@ -306,6 +312,7 @@ private:
     std::unique_ptr<Socket> m_socket;
     TPHttpAnswer m_answer;
     std::unique_ptr<ConcurrentReader> m_concurrentReader;
+    bool m_readsHere = false;
     bool m_cutOff = false;
 };
 
