@@ -184,13 +184,18 @@ void TPHttpAnswer::startBody(qint64 length)
                   : State::Body;
 }
 
-void TPHttpAnswer::readLength(const char *&data, const char *end)
+bool TPHttpAnswer::takeBody(const char *&data, const char *end)
 {
     const qsizetype take = qsizetype(std::min<qint64>(m_remaining, end - data));
     appendBody(data, take);
     data += take;
     m_remaining -= take;
-    if (m_remaining == 0)
+    return m_remaining == 0;
+}
+
+void TPHttpAnswer::readLength(const char *&data, const char *end)
+{
+    if (takeBody(data, end))
         m_state = State::Complete;
 }
 
@@ -208,15 +213,10 @@ void TPHttpAnswer::readChunked(const char *&data, const char *end)
             else
                 m_chunkStep = m_remaining == 0 ? ChunkStep::Trailer : ChunkStep::Data;
             break;
-        case ChunkStep::Data: {
-            const qsizetype take = qsizetype(std::min<qint64>(m_remaining, end - data));
-            appendBody(data, take);
-            data += take;
-            m_remaining -= take;
-            if (m_remaining == 0)
+        case ChunkStep::Data:
+            if (takeBody(data, end))
                 m_chunkStep = ChunkStep::DataEnd;
             break;
-        }
         case ChunkStep::DataEnd:
             if (!takeLine(data, end, line))
                 break;

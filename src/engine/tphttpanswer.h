@@ -49,6 +49,9 @@ private:
     void readHead(const char *&data, const char *end);
     bool parseHead();
     void startBody(qint64 length);
+    // Moves body bytes, up to the count still expected, from `data`; true once that count
+    // is reached.
+    bool takeBody(const char *&data, const char *end);
     void readLength(const char *&data, const char *end);
     void readChunked(const char *&data, const char *end);
     bool takeLine(const char *&data, const char *end, QByteArray &line);

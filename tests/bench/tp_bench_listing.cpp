@@ -11,6 +11,7 @@
 // measured in five such processes: the time is their median, the stall the worst and the
 // memory the largest. MB are 10^6 bytes.
 #include "tpengineapi.h"
+#include "tploopbacklistener.h"
 #include "tppresenter.h"
 #include "tpscriptslistvc.h"
 
@@ -21,8 +22,6 @@
 #include <QProcess>
 #include <QTimer>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -114,16 +113,9 @@ public:
         : m_answer("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: " +
                    QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n" + body)
     {
-        m_listener = ::socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t length = sizeof address;
-        if (m_listener < 0 || ::bind(m_listener, reinterpret_cast<sockaddr *>(&address), length) ||
-            ::listen(m_listener, 4) ||
-            ::getsockname(m_listener, reinterpret_cast<sockaddr *>(&address), &length))
+        m_listener = TPListenOnLoopback(m_port, 4);
+        if (m_listener < 0)
             qFatal("no loopback port for the engine");
-        m_port = ntohs(address.sin_port);
         m_thread = std::thread([this] { serve(); });
     }
     ~ListingServer()

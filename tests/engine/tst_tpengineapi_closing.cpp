@@ -2,15 +2,13 @@
 // lets go of its connection at once, not at its 5 s limit, and its completion never runs.
 // A program of its own, since it ends its application object.
 #include "tpengineapi.h"
+#include "tploopbacklistener.h"
 #include "tptestutil.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -25,29 +23,14 @@ bool readable(int fd, int ms)
     return ::poll(&watched, 1, ms) == 1;
 }
 
-// A loopback port that accepts connections and never answers: a listening socket only.
-int silentEngine(quint16 &port)
-{
-    const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    if (listener < 0 || ::bind(listener, reinterpret_cast<sockaddr *>(&address), length) ||
-        ::listen(listener, 1) ||
-        ::getsockname(listener, reinterpret_cast<sockaddr *>(&address), &length))
-        return -1;
-    port = ntohs(address.sin_port);
-    return listener;
-}
-
 } // namespace
 
 int main(int argc, char *argv[])
 {
     auto app = std::make_unique<QCoreApplication>(argc, argv);
+    // An engine that takes connections and never answers: a listening socket only.
     quint16 port = 0;
-    const int listener = silentEngine(port);
+    const int listener = TPListenOnLoopback(port, 1);
     if (listener < 0) {
         std::fprintf(stderr, "FAIL: no loopback port for the engine\n");
         return 1;

@@ -44,6 +44,29 @@ std::shared_ptr<Outcome> send(const QString &method, const QString &path,
     return outcome;
 }
 
+// A bare loopback server the client is pointed at, for tests that read or write the raw
+// bytes of an exchange.
+class Wire
+{
+public:
+    bool listen()
+    {
+        if (!m_server.listen(QHostAddress::LocalHost, 0))
+            return false;
+        TPPointEngineAPIAt(m_server.serverPort());
+        return true;
+    }
+    quint16 port() const { return m_server.serverPort(); }
+    // The client's connection once it has made one, or null after 5 s.
+    QTcpSocket *accept()
+    {
+        return m_server.waitForNewConnection(5000) ? m_server.nextPendingConnection() : nullptr;
+    }
+
+private:
+    QTcpServer m_server;
+};
+
 } // namespace
 
 class TestTPEngineAPIRequest : public QObject
@@ -302,12 +325,11 @@ private slots:
     {
         QFETCH(QString, query);
         QFETCH(QByteArray, requestLine);
-        QTcpServer wire;
-        QVERIFY(wire.listen(QHostAddress::LocalHost, 0));
-        TPPointEngineAPIAt(wire.serverPort());
+        Wire wire;
+        QVERIFY(wire.listen());
         const auto outcome = send(QStringLiteral("GET"), QStringLiteral("/script"), query);
-        QVERIFY(wire.waitForNewConnection(5000));
-        QTcpSocket *socket = wire.nextPendingConnection();
+        QTcpSocket *socket = wire.accept();
+        QVERIFY(socket);
         QTRY_VERIFY(socket->canReadLine());
         QCOMPARE(socket->readLine().trimmed(), requestLine);
         socket->write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
@@ -453,13 +475,12 @@ private slots:
         QFETCH(QString, query);
         QFETCH(std::optional<QByteArray>, body);
         QFETCH(QByteArray, expected);
-        QTcpServer wire;
-        QVERIFY(wire.listen(QHostAddress::LocalHost, 0));
-        TPPointEngineAPIAt(wire.serverPort());
-        expected.replace("PORT", QByteArray::number(wire.serverPort()));
+        Wire wire;
+        QVERIFY(wire.listen());
+        expected.replace("PORT", QByteArray::number(wire.port()));
         const auto outcome = send(method, QStringLiteral("/x"), query, body);
-        QVERIFY(wire.waitForNewConnection(5000));
-        QTcpSocket *socket = wire.nextPendingConnection();
+        QTcpSocket *socket = wire.accept();
+        QVERIFY(socket);
         QByteArray received;
         QTRY_VERIFY((received += socket->readAll()).size() >= expected.size());
         QCOMPARE(received, expected);
@@ -489,13 +510,12 @@ private slots:
     {
         QFETCH(QByteArray, answer);
         QFETCH(bool, closeAfter);
-        QTcpServer wire;
-        QVERIFY(wire.listen(QHostAddress::LocalHost, 0));
-        TPPointEngineAPIAt(wire.serverPort());
+        Wire wire;
+        QVERIFY(wire.listen());
         const auto outcome =
             send(QStringLiteral("GET"), QStringLiteral("/script"), QStringLiteral("name=a.lua"));
-        QVERIFY(wire.waitForNewConnection(5000));
-        QTcpSocket *socket = wire.nextPendingConnection();
+        QTcpSocket *socket = wire.accept();
+        QVERIFY(socket);
         QTRY_VERIFY(socket->bytesAvailable() > 0);
         socket->write(answer);
         if (closeAfter)
@@ -508,12 +528,11 @@ private slots:
 
     void anAnswerThatIsNotHttpIsAProtocolError()
     {
-        QTcpServer wire;
-        QVERIFY(wire.listen(QHostAddress::LocalHost, 0));
-        TPPointEngineAPIAt(wire.serverPort());
+        Wire wire;
+        QVERIFY(wire.listen());
         const auto outcome = send(QStringLiteral("GET"), QStringLiteral("/scripts"), std::nullopt);
-        QVERIFY(wire.waitForNewConnection(5000));
-        QTcpSocket *socket = wire.nextPendingConnection();
+        QTcpSocket *socket = wire.accept();
+        QVERIFY(socket);
         QTRY_VERIFY(socket->bytesAvailable() > 0);
         socket->write("SSH-2.0-OpenSSH\r\n\r\n");
         QTRY_COMPARE(outcome->calls, 1);
