@@ -125,8 +125,8 @@ void TPScriptsListVC::reloadData()
 {
     QPointer<TPScriptsListVC> self(this);
     setReloadsInFlight(m_reloadsInFlight + 1);
-    // A listing may be large: it is decoded while it arrives, on the thread that receives
-    // it, and only the folder's children come back to the main thread.
+    // A listing may be large: it is decoded while it arrives, off the main thread (see
+    // TPEngineSession::BodyReader), and only the folder's children come back to it.
     struct Decoding
     {
         explicit Decoding(const QString &folder) : stream(folder) {}
