@@ -16,6 +16,8 @@ packages=(
     liblua5.4-dev
     # large script listings are read with simdjson's on-demand parser
     libsimdjson-dev
+    # the engine client speaks HTTP through libcurl
+    libcurl4-openssl-dev
     # names are sorted with ICU's full Unicode case folding (the ICU Qt itself links)
     libicu-dev
     # the fuzz targets: clang with libFuzzer and the sanitizer runtimes

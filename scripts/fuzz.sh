@@ -12,7 +12,7 @@ CC=clang CXX=clang++ cmake -S tests/fuzz -B build-fuzz -G Ninja -DCMAKE_BUILD_TY
 cmake --build build-fuzz --parallel "$(nproc)"
 
 mkdir -p build-fuzz/findings
-for target in listing pathrules ownerfile scripttext settingsdoc httpanswer; do
+for target in listing pathrules ownerfile scripttext settingsdoc; do
     echo "== fuzz_$target for ${seconds}s"
     scratch=$(mktemp -d)
     log=build-fuzz/fuzz_$target.log

@@ -83,24 +83,15 @@ void postToMain(Work &&work)
         QMetaObject::invokeMethod(app, std::forward<Work>(work), Qt::QueuedConnection);
 }
 
-// The request as it goes on the wire, for a URL that passed the strict check. The target
-// is the text after the base address exactly as given, up to any "#": a fragment is never
-// sent. The stack's own headers are the host, the body's length when there is a body, and
-// the end of the connection after the answer.
-TPEngineSession::Request wireRequest(const QByteArray &method, const QUrl &url,
-                                     const QString &target, const std::optional<QByteArray> &body)
+// The request for a URL that passed the strict check. The target is the text after the
+// base address exactly as given, up to any "#": a fragment is never sent.
+TPEngineSession::Request sessionRequest(const QString &method, const QUrl &url,
+                                        const QString &target,
+                                        const std::optional<QByteArray> &body)
 {
     const QByteArray sent = target.left(target.indexOf(u'#')).toLatin1();
-    QByteArray bytes = method + ' ' + sent +
-                       " HTTP/1.1\r\nHost: " + url.authority(QUrl::FullyEncoded).toLatin1() +
-                       "\r\n";
-    if (body)
-        bytes += "Content-Length: " + QByteArray::number(body->size()) + "\r\n";
-    bytes += "Connection: close\r\n\r\n";
-    if (body)
-        bytes += *body;
-    return {url.host(QUrl::FullyEncoded).toLatin1(), quint16(url.port(80)), std::move(bytes),
-            QString::fromLatin1(method + ' ' + sent)};
+    return {url.scheme().toLatin1() + "://" + url.authority(QUrl::FullyEncoded).toLatin1(), sent,
+            method.toLatin1(), body, method + u' ' + QString::fromLatin1(sent)};
 }
 
 // Sends one request and hands its outcome to the main thread. `reader`, when given, reads
@@ -121,7 +112,7 @@ void send(const QString &method, const QString &path, const std::optional<QStrin
         return;
     }
     TPEngineAPI::session()->start(
-        wireRequest(method.toLatin1(), *url, target, body), std::move(reader),
+        sessionRequest(method, *url, target, body), std::move(reader),
         [completion = std::move(completion)](std::optional<QByteArray> delivered, int status,
                                              std::optional<TPError> error) {
             postToMain([completion, delivered = std::move(delivered), status, error] {

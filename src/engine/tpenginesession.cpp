@@ -1,329 +1,290 @@
 #include "tpenginesession.h"
 
 #include "tpengineapi.h"
-#include "tphttpanswer.h"
 #include "tplog.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 
-#include <arpa/inet.h>
-#include <fcntl.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <curl/curl.h>
 
-#include <cerrno>
-#include <chrono>
-#include <memory>
+#include <algorithm>
 #include <system_error>
 #include <thread>
+#include <unordered_map>
+#include <vector>
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+// The most a block is reserved for up front from a Content-Length; a larger body grows
+// past it as it arrives, so that an answer that lies about its length costs nothing.
+constexpr qint64 kMaxReservedBody = qint64(256) * 1024 * 1024;
+// libcurl's receive buffer for an exchange whose body is read while it arrives: fewer,
+// larger pieces for the reader. Other exchanges keep libcurl's small default.
+constexpr long kReadWhileArrivingBuffer = 256 * 1024;
+// How long the worker sleeps at most when nothing happens; libcurl wakes it sooner for
+// its own timers and for new exchanges.
+constexpr int kIdleWaitMs = 1000;
 
-// A body from this size on is read while it arrives on a thread of its own.
-constexpr qsizetype kConcurrentReadBytes = 1024 * 1024;
-// How much one receive may take from the socket.
-constexpr size_t kReceiveBytes = 256 * 1024;
-
-#ifdef MSG_NOSIGNAL
-constexpr int kSendFlags = MSG_NOSIGNAL;
-#else
-constexpr int kSendFlags = 0; // SO_NOSIGPIPE is set on the socket instead
-#endif
-
-TPError posixError(int code)
+// Headers libcurl would add on its own that the engine is never sent: the client sends no
+// header of its own. Built once, read by every exchange, and kept for the life of the
+// process since exchanges may still be ending while static objects go away.
+curl_slist *suppressedHeaders()
 {
-    return {QString::fromLatin1(TPEngineSession::ErrorDomain), code, qt_error_string(code)};
+    static curl_slist *const headers = [] {
+        curl_slist *list = nullptr;
+        for (const char *header : {"Accept:", "Expect:", "Content-Type:", "User-Agent:"})
+            list = curl_slist_append(list, header);
+        return list;
+    }();
+    return headers;
 }
 
-// The two limits of one exchange: the idle limit restarts whenever bytes move, the whole
-// limit runs from the start. Waits round up, so that no limit ends before its full time.
-class Limits
+TPError curlError(CURLcode code, const char *detail)
 {
-public:
-    Limits()
-        : m_whole(Clock::now() + std::chrono::milliseconds(TPEngineAPI::TimeoutMs)), m_idle(m_whole)
-    {}
-    void bytesMoved() { m_idle = Clock::now() + std::chrono::milliseconds(TPEngineAPI::TimeoutMs); }
-    // Milliseconds until the nearer limit; 0 or less once it has passed.
-    int remainingMs() const
-    {
-        const auto left = std::min(m_whole, m_idle) - Clock::now();
-        return left <= Clock::duration::zero()
-                   ? 0
-                   : int(std::chrono::ceil<std::chrono::milliseconds>(left).count());
-    }
-
-private:
-    Clock::time_point m_whole;
-    Clock::time_point m_idle;
-};
-
-// Owns a socket descriptor.
-class Socket
-{
-public:
-    explicit Socket(int fd) : m_fd(fd) {}
-    ~Socket()
-    {
-        if (m_fd >= 0)
-            ::close(m_fd);
-    }
-    Socket(const Socket &) = delete;
-    Socket &operator=(const Socket &) = delete;
-    int fd() const { return m_fd; }
-
-private:
-    int m_fd;
-};
-
-// Runs a body reader on a thread of its own while the body is still being received, so
-// that reading and receiving overlap. Only for a block that never moves while it fills:
-// the reader is shown the bytes received so far in place, and never looks past them.
-class ConcurrentReader
-{
-public:
-    ConcurrentReader(const TPEngineSession::BodyReader &reader, const char *block)
-        : m_reader(reader), m_block(block), m_thread([this] { run(); })
-    {}
-    ~ConcurrentReader()
-    {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_ended = true;
-        }
-        m_changed.notify_one();
-        m_thread.join();
-    }
-    ConcurrentReader(const ConcurrentReader &) = delete;
-    ConcurrentReader &operator=(const ConcurrentReader &) = delete;
-
-    // The first `size` bytes of the block are in and will not change.
-    void received(qsizetype size)
-    {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_received = size;
-        }
-        m_changed.notify_one();
-    }
-
-private:
-    void run()
-    {
-        for (qsizetype read = 0;;) {
-            std::unique_lock lock(m_mutex);
-            m_changed.wait(lock, [&] { return m_ended || m_received > read; });
-            const qsizetype received = m_received;
-            const bool ended = m_ended;
-            lock.unlock();
-            if (received > read) {
-                m_reader(QByteArray::fromRawData(m_block, received), false);
-                read = received;
-            } else if (ended) {
-                return;
-            }
-        }
-    }
-
-    const TPEngineSession::BodyReader &m_reader;
-    const char *const m_block;
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    qsizetype m_received = 0;
-    bool m_ended = false;
-    std::thread m_thread;
-};
-
-// One exchange: connect, send the request, read the answer.
-class Exchange
-{
-public:
-    Exchange(const TPEngineSession::Request &request, int closingFd,
-             const TPEngineSession::BodyReader &reader)
-        : m_request(request), m_closingFd(closingFd), m_reader(reader)
-    {}
-
-    // The errno that ended the exchange, 0 when the answer came whole. ECANCELED when the
-    // session closed.
-    int run()
-    {
-        const int connectError = connectSocket();
-        if (connectError)
-            return connectError;
-        // A server may answer and close before it has read the whole request; its answer
-        // still counts, and the send failure only when no answer came.
-        const int sendError = sendRequest();
-        if (sendError == ECANCELED || sendError == ETIMEDOUT)
-            return sendError;
-        const int receiveError = receiveAnswer();
-        // The reader has read all it was shown before the caller reads the whole body.
-        m_concurrentReader.reset();
-        if (receiveError)
-            return receiveError;
-        if (m_answer.state() == TPHttpAnswer::State::Complete)
-            return 0;
-        return sendError ? sendError : m_cutOff ? ECONNRESET : EPROTO;
-    }
-
-    const TPHttpAnswer &answer() const { return m_answer; }
-
-private:
-    // Waits until the socket is ready for `events`: 0, ETIMEDOUT, ECANCELED or errno.
-    int waitFor(short events)
-    {
-        for (;;) {
-            const int timeout = m_limits.remainingMs();
-            if (timeout <= 0)
-                return ETIMEDOUT;
-            pollfd watched[2] = {{m_socket->fd(), events, 0}, {m_closingFd, POLLIN, 0}};
-            const int ready = ::poll(watched, 2, timeout);
-            if (ready < 0 && errno != EINTR)
-                return errno;
-            if (ready > 0 && watched[1].revents)
-                return ECANCELED;
-            if (ready > 0)
-                return 0;
-        }
-    }
-
-    int connectSocket()
-    {
-        sockaddr_storage address{};
-        socklen_t length = 0;
-        auto *ipv4 = reinterpret_cast<sockaddr_in *>(&address);
-        auto *ipv6 = reinterpret_cast<sockaddr_in6 *>(&address);
-        if (::inet_pton(AF_INET, m_request.address.constData(), &ipv4->sin_addr) == 1) {
-            ipv4->sin_family = AF_INET;
-            ipv4->sin_port = htons(m_request.port);
-            length = sizeof *ipv4;
-        } else if (::inet_pton(AF_INET6, m_request.address.constData(), &ipv6->sin6_addr) == 1) {
-            ipv6->sin6_family = AF_INET6;
-            ipv6->sin6_port = htons(m_request.port);
-            length = sizeof *ipv6;
-        } else {
-            return EADDRNOTAVAIL;
-        }
-        m_socket = std::make_unique<Socket>(::socket(address.ss_family, SOCK_STREAM, 0));
-        const int fd = m_socket->fd();
-        if (fd < 0)
-            return errno;
-        const int on = 1;
-        ::fcntl(fd, F_SETFD, FD_CLOEXEC);
-        ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) | O_NONBLOCK);
-        ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-#ifdef SO_NOSIGPIPE
-        ::setsockopt(fd, SOL_SOCKET, SO_NOSIGPIPE, &on, sizeof on);
-#endif
-        if (::connect(fd, reinterpret_cast<sockaddr *>(&address), length) == 0)
-            return 0;
-        if (errno != EINPROGRESS)
-            return errno;
-        if (const int waited = waitFor(POLLOUT))
-            return waited;
-        int error = 0;
-        socklen_t size = sizeof error;
-        if (::getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &size) < 0)
-            return errno;
-        return error;
-    }
-
-    int sendRequest()
-    {
-        const QByteArray &bytes = m_request.bytes;
-        for (qsizetype sent = 0; sent < bytes.size();) {
-            const ssize_t written = ::send(m_socket->fd(), bytes.constData() + sent,
-                                           size_t(bytes.size() - sent), kSendFlags);
-            if (written > 0) {
-                sent += written;
-                m_limits.bytesMoved();
-            } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
-                if (const int waited = waitFor(POLLOUT))
-                    return waited;
-            } else if (errno != EINTR) {
-                return errno;
-            }
-        }
-        return 0;
-    }
-
-    int receiveAnswer()
-    {
-        const auto buffer = std::make_unique<char[]>(kReceiveBytes);
-        for (;;) {
-            // A body of known length is received straight into its block.
-            qsizetype room = 0;
-            char *const direct = m_answer.directSpace(room);
-            const ssize_t received = direct
-                                         ? ::recv(m_socket->fd(), direct, size_t(room), 0)
-                                         : ::recv(m_socket->fd(), buffer.get(), kReceiveBytes, 0);
-            if (direct)
-                m_answer.directWritten(std::max<ssize_t>(received, 0));
-            if (received > 0) {
-                m_limits.bytesMoved();
-                if (!direct)
-                    m_answer.received(buffer.get(), received);
-                if (m_answer.state() != TPHttpAnswer::State::Body)
-                    return 0;
-                if (m_reader)
-                    handToReader();
-            } else if (received == 0) {
-                m_answer.closed();
-                m_cutOff = m_answer.state() != TPHttpAnswer::State::Complete;
-                return 0;
-            } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
-                if (const int waited = waitFor(POLLIN))
-                    return waited;
-            } else if (errno != EINTR) {
-                return errno;
-            }
-        }
-    }
-
-    // A large body whose block never moves is read on a thread of its own while it arrives;
-    // any other is read here between receives.
-    void handToReader()
-    {
-        const qsizetype length = m_answer.fixedBodyLength();
-        if (!m_concurrentReader && !m_readsHere && length >= kConcurrentReadBytes) {
-            try {
-                m_concurrentReader =
-                    std::make_unique<ConcurrentReader>(m_reader, m_answer.body().constData());
-            } catch (const std::system_error &) {
-                // No thread to spare: the body is read here instead.
-                m_readsHere = true;
-            }
-        }
-        if (m_concurrentReader)
-            m_concurrentReader->received(m_answer.body().size());
-        else
-            m_reader(m_answer.body(), false);
-    }
-
-    const TPEngineSession::Request &m_request;
-    const int m_closingFd;
-    const TPEngineSession::BodyReader &m_reader;
-    Limits m_limits;
-    std::unique_ptr<Socket> m_socket;
-    TPHttpAnswer m_answer;
-    std::unique_ptr<ConcurrentReader> m_concurrentReader;
-    bool m_readsHere = false;
-    bool m_cutOff = false;
-};
+    QString message = QString::fromUtf8(curl_easy_strerror(code));
+    const QString more = QString::fromUtf8(detail).trimmed();
+    if (!more.isEmpty() && more != message)
+        message += QStringLiteral(" (") + more + u')';
+    return {QString::fromLatin1(TPEngineSession::ErrorDomain), int(code), message};
+}
 
 } // namespace
 
+// One exchange: its libcurl handle, what it sends, and the body as it arrives.
+class TPEngineSession::Transfer
+{
+public:
+    Transfer(Request request, BodyReader reader, Delivery delivery)
+        : m_request(std::move(request)), m_reader(std::move(reader)),
+          m_delivery(std::move(delivery)), m_handle(curl_easy_init())
+    {
+        m_clock.start();
+        if (m_handle)
+            configure();
+    }
+    ~Transfer()
+    {
+        if (m_handle)
+            curl_easy_cleanup(m_handle);
+    }
+    Transfer(const Transfer &) = delete;
+    Transfer &operator=(const Transfer &) = delete;
+
+    CURL *handle() const { return m_handle; }
+
+    // The exchange ended with `code`: the answer or the error goes to the delivery.
+    void finish(CURLcode code)
+    {
+        long status = 0;
+        if (m_handle)
+            curl_easy_getinfo(m_handle, CURLINFO_RESPONSE_CODE, &status);
+        if (m_tooLarge)
+            code = CURLE_FILESIZE_EXCEEDED;
+        qCInfo(tpEngineLog).noquote()
+            << m_request.logName << "status" << status << "ms" << m_clock.elapsed() << "error"
+            << (code == CURLE_OK ? QStringLiteral("-")
+                                 : curlError(code, m_detail).localizedDescription);
+        if (code != CURLE_OK) {
+            m_delivery(std::nullopt, int(status), curlError(code, m_tooLarge ? "" : m_detail));
+            return;
+        }
+        if (m_reader)
+            m_reader(m_body, true);
+        m_delivery(std::move(m_body), int(status), std::nullopt);
+    }
+
+    // The exchange could not be handed to libcurl at all.
+    void fail(CURLcode code, const char *detail)
+    {
+        qstrncpy(m_detail, detail, sizeof m_detail);
+        finish(code);
+    }
+
+private:
+    void configure()
+    {
+        curl_easy_setopt(m_handle, CURLOPT_PRIVATE, this);
+        curl_easy_setopt(m_handle, CURLOPT_ERRORBUFFER, m_detail);
+        // The connection goes to the origin; the request line carries the target exactly
+        // as given, never re-encoded.
+        const QByteArray url = m_request.origin + '/';
+        curl_easy_setopt(m_handle, CURLOPT_URL, url.constData());
+        curl_easy_setopt(m_handle, CURLOPT_REQUEST_TARGET, m_request.target.constData());
+        curl_easy_setopt(m_handle, CURLOPT_PROTOCOLS_STR, "http");
+        curl_easy_setopt(m_handle, CURLOPT_HTTP_VERSION, long(CURL_HTTP_VERSION_1_1));
+        // The engine is on loopback: a proxy named by the environment is never used.
+        curl_easy_setopt(m_handle, CURLOPT_PROXY, "");
+        curl_easy_setopt(m_handle, CURLOPT_NOPROXY, "*");
+        curl_easy_setopt(m_handle, CURLOPT_NOSIGNAL, 1L);
+        curl_easy_setopt(m_handle, CURLOPT_HTTPHEADER, suppressedHeaders());
+        // The whole-request limit, and the idle limit: less than a byte a second for that
+        // long. Neither ends an exchange before its full time.
+        curl_easy_setopt(m_handle, CURLOPT_TIMEOUT_MS, long(TPEngineAPI::TimeoutMs));
+        curl_easy_setopt(m_handle, CURLOPT_LOW_SPEED_LIMIT, 1L);
+        curl_easy_setopt(m_handle, CURLOPT_LOW_SPEED_TIME, long(TPEngineAPI::TimeoutMs / 1000));
+        curl_easy_setopt(m_handle, CURLOPT_MAXFILESIZE_LARGE, curl_off_t(MaxBodyBytes));
+        curl_easy_setopt(m_handle, CURLOPT_WRITEFUNCTION, &Transfer::write);
+        curl_easy_setopt(m_handle, CURLOPT_WRITEDATA, this);
+        if (m_reader)
+            curl_easy_setopt(m_handle, CURLOPT_BUFFERSIZE, kReadWhileArrivingBuffer);
+        // A body makes the exchange a POST to libcurl; the method on the wire is the one
+        // given. The body is sent from the request, which lives as long as the exchange.
+        if (m_request.body) {
+            curl_easy_setopt(m_handle, CURLOPT_POSTFIELDSIZE_LARGE,
+                             curl_off_t(m_request.body->size()));
+            curl_easy_setopt(m_handle, CURLOPT_POSTFIELDS, m_request.body->constData());
+        }
+        if (m_request.method != (m_request.body ? "POST" : "GET"))
+            curl_easy_setopt(m_handle, CURLOPT_CUSTOMREQUEST, m_request.method.constData());
+    }
+
+    static size_t write(char *data, size_t, size_t size, void *transfer)
+    {
+        return static_cast<Transfer *>(transfer)->received(data, qsizetype(size)) ? size : 0;
+    }
+
+    bool received(const char *data, qsizetype size)
+    {
+        const qsizetype used = m_body.size();
+        if (used + size > MaxBodyBytes) {
+            m_tooLarge = true;
+            return false;
+        }
+        if (m_body.capacity() - used < size) {
+            // A body of known length goes into one block sized for it; any other grows by
+            // doubling, never past the limit.
+            curl_off_t length = -1;
+            if (used == 0)
+                curl_easy_getinfo(m_handle, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+            const qsizetype wanted = length > 0
+                                         ? qsizetype(std::min<qint64>(length, kMaxReservedBody))
+                                         : 2 * m_body.capacity();
+            m_body.reserve(std::min<qsizetype>(std::max(wanted, used + size), MaxBodyBytes));
+        }
+        m_body.append(data, size);
+        if (m_reader)
+            m_reader(m_body, false);
+        return true;
+    }
+
+    const Request m_request;
+    const BodyReader m_reader;
+    const Delivery m_delivery;
+    CURL *const m_handle;
+    QElapsedTimer m_clock;
+    QByteArray m_body;
+    bool m_tooLarge = false;
+    char m_detail[CURL_ERROR_SIZE] = {};
+};
+
+// The thread that runs every exchange on one libcurl multi handle. Exchanges are handed to
+// it from any thread and added to libcurl there, in the order they were handed over.
+class TPEngineSession::Worker
+{
+public:
+    // A running worker, or none when libcurl or the thread could not be had; `why` then
+    // says what failed.
+    static std::unique_ptr<Worker> make(QByteArray &why)
+    {
+        CURLM *multi = curl_multi_init();
+        if (!multi) {
+            why = "no libcurl multi handle";
+            return nullptr;
+        }
+        try {
+            return std::unique_ptr<Worker>(new Worker(multi));
+        } catch (const std::system_error &error) {
+            curl_multi_cleanup(multi);
+            why = QByteArray("no thread for the engine client: ") + error.what();
+            return nullptr;
+        }
+    }
+
+    // Stops every exchange without delivering and waits for the thread to end.
+    ~Worker()
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_stopping = true;
+        }
+        curl_multi_wakeup(m_multi);
+        m_thread.join();
+        curl_multi_cleanup(m_multi);
+    }
+    Worker(const Worker &) = delete;
+    Worker &operator=(const Worker &) = delete;
+
+    void add(std::unique_ptr<Transfer> transfer)
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_handedOver.push_back(std::move(transfer));
+        }
+        curl_multi_wakeup(m_multi);
+    }
+
+private:
+    explicit Worker(CURLM *multi) : m_multi(multi)
+    {
+        curl_multi_setopt(m_multi, CURLMOPT_MAX_HOST_CONNECTIONS, MaxConnections);
+        curl_multi_setopt(m_multi, CURLMOPT_MAXCONNECTS, MaxConnections);
+        m_thread = std::thread([this] { run(); });
+    }
+
+    void run()
+    {
+        std::unordered_map<CURL *, std::unique_ptr<Transfer>> running;
+        while (takeHandedOver(running)) {
+            int stillRunning = 0;
+            curl_multi_perform(m_multi, &stillRunning);
+            int queued = 0;
+            while (CURLMsg *message = curl_multi_info_read(m_multi, &queued)) {
+                if (message->msg != CURLMSG_DONE)
+                    continue;
+                const auto ended = running.find(message->easy_handle);
+                const CURLcode code = message->data.result;
+                curl_multi_remove_handle(m_multi, message->easy_handle);
+                std::unique_ptr<Transfer> transfer = std::move(ended->second);
+                running.erase(ended);
+                transfer->finish(code);
+            }
+            curl_multi_poll(m_multi, nullptr, 0, kIdleWaitMs, nullptr);
+        }
+        for (auto &[handle, transfer] : running)
+            curl_multi_remove_handle(m_multi, handle);
+    }
+
+    // Adds the exchanges handed over since the last turn; false once the worker stops.
+    bool takeHandedOver(std::unordered_map<CURL *, std::unique_ptr<Transfer>> &running)
+    {
+        std::vector<std::unique_ptr<Transfer>> taken;
+        {
+            const std::lock_guard lock(m_mutex);
+            if (m_stopping)
+                return false;
+            taken.swap(m_handedOver);
+        }
+        for (std::unique_ptr<Transfer> &transfer : taken) {
+            CURL *handle = transfer->handle();
+            if (curl_multi_add_handle(m_multi, handle) == CURLM_OK)
+                running.emplace(handle, std::move(transfer));
+            else
+                transfer->fail(CURLE_FAILED_INIT, "libcurl refused the exchange");
+        }
+        return true;
+    }
+
+    CURLM *const m_multi;
+    std::mutex m_mutex;
+    std::vector<std::unique_ptr<Transfer>> m_handedOver;
+    bool m_stopping = false;
+    std::thread m_thread;
+};
+
 TPEngineSession::TPEngineSession()
 {
-    if (::pipe(m_closingPipe) == 0) {
-        ::fcntl(m_closingPipe[0], F_SETFD, FD_CLOEXEC);
-        ::fcntl(m_closingPipe[1], F_SETFD, FD_CLOEXEC);
-    }
+    curl_global_init(CURL_GLOBAL_DEFAULT);
 }
 
 TPEngineSession *TPEngineSession::shared()
@@ -338,71 +299,36 @@ TPEngineSession *TPEngineSession::shared()
     return session;
 }
 
-void TPEngineSession::start(Request request, BodyReader reader, Delivery delivery)
+bool TPEngineSession::ensureWorker(QByteArray &why)
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        if (m_closing)
-            return;
-        ++m_running;
-    }
-    try {
-        std::thread([this, request = std::move(request), reader = std::move(reader),
-                     delivery = std::move(delivery)]() mutable {
-            run(request, reader, delivery);
-            // Whatever the caller gave is let go of here, before the session hears that
-            // this exchange is done.
-            reader = nullptr;
-            delivery = nullptr;
-            const std::lock_guard lock(m_mutex);
-            --m_running;
-            m_allDone.notify_all();
-        }).detach();
-    } catch (const std::system_error &error) {
-        qCWarning(tpEngineLog).noquote()
-            << request.logName << "no thread for the exchange:" << error.what();
-        {
-            const std::lock_guard lock(m_mutex);
-            --m_running;
-        }
-        delivery(std::nullopt, 0, posixError(EAGAIN));
-    }
+    if (!m_worker)
+        m_worker = Worker::make(why);
+    return m_worker != nullptr;
 }
 
-void TPEngineSession::run(const Request &request, const BodyReader &reader,
-                          const Delivery &delivery)
+void TPEngineSession::start(Request request, BodyReader reader, Delivery delivery)
 {
-    QElapsedTimer clock;
-    clock.start();
-    Exchange exchange(request, m_closingPipe[0], reader);
-    const int error = exchange.run();
-    if (error == ECANCELED)
-        return;
-    const TPHttpAnswer &answer = exchange.answer();
-    const int status = answer.status();
-    if (!error && reader)
-        reader(answer.body(), true);
-    qCInfo(tpEngineLog).noquote() << request.logName << "status" << status << "ms"
-                                  << clock.elapsed() << "error"
-                                  << (error ? qt_error_string(error) : QStringLiteral("-"));
-    // Delivered under the lock, so that nothing is handed on once the session has closed.
-    const std::lock_guard lock(m_mutex);
+    auto transfer =
+        std::make_unique<Transfer>(std::move(request), std::move(reader), std::move(delivery));
+    std::unique_lock lock(m_mutex);
     if (m_closing)
         return;
-    if (error)
-        delivery(std::nullopt, status, posixError(error));
-    else
-        delivery(answer.body(), status, std::nullopt);
+    QByteArray why = "no libcurl easy handle";
+    if (transfer->handle() && ensureWorker(why)) {
+        m_worker->add(std::move(transfer));
+        return;
+    }
+    lock.unlock();
+    transfer->fail(CURLE_FAILED_INIT, why.constData());
 }
 
 void TPEngineSession::close()
 {
-    std::unique_lock lock(m_mutex);
-    m_closing = true;
-    if (m_closingPipe[1] >= 0) {
-        const char wake = 0;
-        while (::write(m_closingPipe[1], &wake, 1) < 0 && errno == EINTR) {
-        }
+    std::unique_ptr<Worker> worker;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_closing = true;
+        worker.swap(m_worker);
     }
-    m_allDone.wait(lock, [this] { return m_running == 0; });
+    // The worker stops and its thread is joined here, outside the lock.
 }

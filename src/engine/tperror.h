@@ -4,7 +4,7 @@
 
 // An error as the app passes it around: where it comes from, its code, and the message
 // ready to show. Engine errors use the domain "TPEngineAPI" and code -1; transport errors
-// keep the socket's own errno code and system message under the domain "POSIX".
+// keep libcurl's own code and message under the domain "libcurl".
 struct TPError
 {
     QString domain;

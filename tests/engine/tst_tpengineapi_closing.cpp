@@ -1,26 +1,47 @@
-// The application ends while a request waits on an engine that never answers: the request
-// lets go of its connection at once, not at its 5 s limit, and its completion never runs.
-// A program of its own, since it ends its application object.
+// The application ends while 50 requests wait on an engine that never answers: six hold a
+// connection, the rest wait inside the stack for one. Each connection ends at once, not at
+// its 5 s limit, no completion runs, and the session's worker thread is gone. The
+// sanitizer build checks that nothing leaks. A program of its own, since it ends its
+// application object.
 #include "tpengineapi.h"
-#include "tploopbacklistener.h"
-#include "tptestutil.h"
+#include "tprawserver.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
+#include <QFile>
 
-#include <poll.h>
-#include <unistd.h>
-
+#include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <memory>
+#include <thread>
 
 namespace {
 
-// Waits up to `ms` for `fd` to be readable.
-bool readable(int fd, int ms)
+using Clock = std::chrono::steady_clock;
+
+constexpr int kRequests = 50;
+
+// The threads of this process, as the kernel counts them.
+int threadCount()
 {
-    pollfd watched{fd, POLLIN, 0};
-    return ::poll(&watched, 1, ms) == 1;
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith("Threads:"))
+            return line.mid(8).trimmed().toInt();
+    }
+    return -1;
+}
+
+// Waits up to `ms` for `done`.
+template <typename Done>
+bool waitFor(Done done, int ms)
+{
+    const auto until = Clock::now() + std::chrono::milliseconds(ms);
+    while (!done() && Clock::now() < until)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    return done();
 }
 
 } // namespace
@@ -28,40 +49,64 @@ bool readable(int fd, int ms)
 int main(int argc, char *argv[])
 {
     auto app = std::make_unique<QCoreApplication>(argc, argv);
-    // An engine that takes connections and never answers: a listening socket only.
-    quint16 port = 0;
-    const int listener = TPListenOnLoopback(port, 1);
-    if (listener < 0) {
-        std::fprintf(stderr, "FAIL: no loopback port for the engine\n");
-        return 1;
-    }
-    TPPointEngineAPIAt(port);
+    const int threadsBefore = threadCount();
+
+    std::atomic<int> requestsSeen{0};
+    std::atomic<int> endedByTheApp{0};
+    std::atomic<Clock::rep> lastEnd{0};
     int calls = 0;
-    TPEngineAPI::requestMethod(
-        QStringLiteral("GET"), QStringLiteral("/scripts"), std::nullopt, std::nullopt,
-        [&calls](const std::optional<QByteArray> &, int, const TPEngineAPI::Error &) { ++calls; });
-    if (!readable(listener, 5000)) {
-        std::fprintf(stderr, "FAIL: the request never reached the engine\n");
-        return 1;
-    }
-    const int connection = ::accept(listener, nullptr, nullptr);
+    {
+        // An engine that reads each request and never answers.
+        TPRawServer engine([&](TPRawConnection &connection) {
+            if (connection.readRequest().isEmpty())
+                return;
+            ++requestsSeen;
+            if (connection.drainUntilClosed(2 * TPEngineAPI::TimeoutMs)) {
+                ++endedByTheApp;
+                lastEnd = Clock::now().time_since_epoch().count();
+            }
+        });
+        if (!engine.startAsTheEngine()) {
+            std::fprintf(stderr, "FAIL: no loopback port for the engine\n");
+            return 1;
+        }
+        for (int i = 0; i < kRequests; ++i) {
+            TPEngineAPI::requestMethod(QStringLiteral("GET"), QStringLiteral("/script"),
+                                       QStringLiteral("name=%1.lua").arg(i), std::nullopt,
+                                       [&calls](const std::optional<QByteArray> &, int,
+                                                const TPEngineAPI::Error &) { ++calls; });
+        }
+        const int connections = int(TPEngineSession::MaxConnections);
+        if (!waitFor([&] { return requestsSeen == connections; }, 4000)) {
+            std::fprintf(stderr, "FAIL: the engine saw %d requests, not %d\n", int(requestsSeen),
+                         connections);
+            return 1;
+        }
 
-    QElapsedTimer clock;
-    clock.start();
-    app.reset();
-    // The request was sent; after it, the connection must end well before the 5 s limit.
-    bool ended = false;
-    char bytes[4096];
-    while (!ended && readable(connection, TPEngineAPI::TimeoutMs / 2)) {
-        const ssize_t received = ::recv(connection, bytes, sizeof bytes, 0);
-        ended = received <= 0;
+        const auto closing = Clock::now();
+        app.reset();
+        // Every connection must end well before the 5 s limit.
+        waitFor([&] { return endedByTheApp == connections; }, TPEngineAPI::TimeoutMs / 2);
+        const auto endedMs = std::chrono::duration_cast<std::chrono::milliseconds>(
+                                 Clock::duration(lastEnd.load()) - closing.time_since_epoch())
+                                 .count();
+        const bool allEnded =
+            endedByTheApp == connections && engine.connectionsAccepted() == connections;
+        if (!allEnded || endedMs >= TPEngineAPI::TimeoutMs / 2) {
+            std::fprintf(stderr,
+                         "FAIL: %d of %d connections ended, the last %lld ms after the "
+                         "application\n",
+                         int(endedByTheApp), engine.connectionsAccepted(),
+                         static_cast<long long>(endedMs));
+            return 1;
+        }
     }
-    const qint64 endedMs = clock.elapsed();
-    ::close(connection);
-    ::close(listener);
-
-    const bool passed = ended && endedMs < TPEngineAPI::TimeoutMs / 2 && calls == 0;
-    std::fprintf(stderr, "%s: the connection ended %lld ms after the application, completions=%d\n",
-                 passed ? "PASS" : "FAIL", static_cast<long long>(endedMs), calls);
+    // The engine's threads are joined; only the session's could still be there.
+    const int threadsAfter = threadCount();
+    const bool passed = calls == 0 && threadsAfter == threadsBefore;
+    std::fprintf(stderr,
+                 "%s: %d requests in flight at the close, completions=%d, threads %d "
+                 "before and %d after\n",
+                 passed ? "PASS" : "FAIL", kRequests, calls, threadsBefore, threadsAfter);
     return passed ? 0 : 1;
 }
