@@ -5,6 +5,8 @@
 # `ldid -S<entitlements>` (packaging/ios/TPCompanion.entitlements); without ldid the script
 # refuses, unless --unsigned is given, and then says that the package is unsigned.
 # The package is written to OUT_DIR (default: the current folder) and its path printed.
+# The app carries its own static libcurl (docs/ios.md), so the package depends on no
+# libcurl of the jailbreak's; an executable that loads a libcurl dylib is refused.
 set -euo pipefail
 
 here=$(cd "$(dirname "$0")" && pwd)
@@ -17,7 +19,7 @@ for argument in "$@"; do
     case "$argument" in
         --unsigned) unsigned=true ;;
         -h|--help)
-            sed -n '2,7p' "$0" | sed 's/^# \{0,1\}//'
+            sed -n '2,9p' "$0" | sed 's/^# \{0,1\}//'
             exit 0
             ;;
         *) arguments+=("$argument") ;;
@@ -45,6 +47,16 @@ if ! command -v dpkg-deb >/dev/null; then
     exit 1
 fi
 
+executable=$(sed -n '/<key>CFBundleExecutable<\/key>/{n;s/.*<string>\(.*\)<\/string>.*/\1/p}' \
+    "$app_dir/Info.plist")
+executable=${executable:-TPCompanion}
+if grep -q -a 'libcurl[.0-9]*\.dylib' "$app_dir/$executable"; then
+    echo "error: $app_dir/$executable loads a libcurl dylib, which the phone may not have." >&2
+    echo "Build it against the static libcurl of scripts/build-curl-ios.sh (docs/ios.md)." >&2
+    echo "Nothing was written." >&2
+    exit 1
+fi
+
 version=$(sed -n 's/^project(TPCompanion VERSION \([0-9.]*\).*/\1/p' "$version_file")
 architecture=iphoneos-arm64
 package=com.tpcompanion.tpcompanion
@@ -58,9 +70,7 @@ cp -R "$app_dir" "$stage/root$install_path"
 if [ "$unsigned" = true ] && ! command -v ldid >/dev/null; then
     echo "warning: building an UNSIGNED package: sign it with ldid -S$entitlements before use" >&2
 else
-    executable=$(sed -n '/<key>CFBundleExecutable<\/key>/{n;s/.*<string>\(.*\)<\/string>.*/\1/p}' \
-        "$stage/root$install_path/Info.plist")
-    ldid -S"$entitlements" "$stage/root$install_path/${executable:-TPCompanion}"
+    ldid -S"$entitlements" "$stage/root$install_path/$executable"
 fi
 
 cat >"$stage/root/DEBIAN/control" <<CONTROL

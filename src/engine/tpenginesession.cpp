@@ -79,14 +79,17 @@ public:
         long status = 0;
         if (m_handle)
             curl_easy_getinfo(m_handle, CURLINFO_RESPONSE_CODE, &status);
-        if (m_tooLarge)
-            code = CURLE_FILESIZE_EXCEEDED;
+        if (m_refusedAs != CURLE_OK) {
+            code = m_refusedAs;
+            qstrncpy(m_detail, m_refusal.constData(), sizeof m_detail);
+        }
+        const std::optional<TPError> error =
+            code == CURLE_OK ? std::nullopt : std::optional(curlError(code, m_detail));
         qCInfo(tpEngineLog).noquote()
             << m_request.logName << "status" << status << "ms" << m_clock.elapsed() << "error"
-            << (code == CURLE_OK ? QStringLiteral("-")
-                                 : curlError(code, m_detail).localizedDescription);
-        if (code != CURLE_OK) {
-            m_delivery(std::nullopt, int(status), curlError(code, m_tooLarge ? "" : m_detail));
+            << (error ? error->localizedDescription : QStringLiteral("-"));
+        if (error) {
+            m_delivery(std::nullopt, int(status), error);
             return;
         }
         if (m_reader)
@@ -126,6 +129,8 @@ private:
         curl_easy_setopt(m_handle, CURLOPT_MAXFILESIZE_LARGE, curl_off_t(MaxBodyBytes));
         curl_easy_setopt(m_handle, CURLOPT_WRITEFUNCTION, &Transfer::write);
         curl_easy_setopt(m_handle, CURLOPT_WRITEDATA, this);
+        curl_easy_setopt(m_handle, CURLOPT_HEADERFUNCTION, &Transfer::header);
+        curl_easy_setopt(m_handle, CURLOPT_HEADERDATA, this);
         if (m_reader)
             curl_easy_setopt(m_handle, CURLOPT_BUFFERSIZE, kReadWhileArrivingBuffer);
         // A body makes the exchange a POST to libcurl; the method on the wire is the one
@@ -144,13 +149,46 @@ private:
         return static_cast<Transfer *>(transfer)->received(data, qsizetype(size)) ? size : 0;
     }
 
+    static size_t header(char *data, size_t, size_t size, void *transfer)
+    {
+        return static_cast<Transfer *>(transfer)->headerLine(
+                   QByteArray::fromRawData(data, qsizetype(size)))
+                   ? size
+                   : 0;
+    }
+
+    // Ends the exchange as libcurl would for `code`, with `why` as the detail.
+    bool refuse(CURLcode code, const QByteArray &why)
+    {
+        m_refusedAs = code;
+        m_refusal = why;
+        return false;
+    }
+
+    // The request asks for no transfer coding, so an answer in one other than chunked
+    // cannot be framed by its Content-Length, nor read: it is refused at its head, the
+    // same way whichever libcurl the app runs on.
+    bool headerLine(const QByteArray &line)
+    {
+        const qsizetype colon = line.indexOf(':');
+        if (colon < 0 ||
+            line.left(colon).trimmed().compare("transfer-encoding", Qt::CaseInsensitive) != 0)
+            return true;
+        for (const QByteArray &coding : line.mid(colon + 1).split(',')) {
+            const qsizetype parameters = coding.indexOf(';');
+            const QByteArray name = (parameters < 0 ? coding : coding.left(parameters)).trimmed();
+            if (!name.isEmpty() && name.compare("chunked", Qt::CaseInsensitive) != 0)
+                return refuse(CURLE_BAD_CONTENT_ENCODING,
+                              "a transfer coding other than chunked: " + name);
+        }
+        return true;
+    }
+
     bool received(const char *data, qsizetype size)
     {
         const qsizetype used = m_body.size();
-        if (used + size > MaxBodyBytes) {
-            m_tooLarge = true;
-            return false;
-        }
+        if (used + size > MaxBodyBytes)
+            return refuse(CURLE_FILESIZE_EXCEEDED, QByteArray());
         if (m_body.capacity() - used < size) {
             // A body of known length goes into one block sized for it; any other grows by
             // doubling, never past the limit.
@@ -174,7 +212,9 @@ private:
     CURL *const m_handle;
     QElapsedTimer m_clock;
     QByteArray m_body;
-    bool m_tooLarge = false;
+    // Set when the client itself ended the exchange, with what libcurl is then told.
+    CURLcode m_refusedAs = CURLE_OK;
+    QByteArray m_refusal;
     char m_detail[CURL_ERROR_SIZE] = {};
 };
 

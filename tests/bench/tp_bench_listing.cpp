@@ -10,9 +10,19 @@
 // its main thread are its own, and each reload is the first of its process. Every size is
 // measured in five such processes: the time is their median, the stall the worst and the
 // memory the largest. MB are 10^6 bytes.
+//
+// Then it sends 500 requests at once from a fresh client process to an engine that answers
+// each with a small script, and prints
+//   requests concurrent=500 all_done_ms=X peak_threads=T peak_rss_growth_mb=M
+//     detail idle_threads=I
+// where all_done_ms runs from the first call to the last completion, peak_threads is the
+// most threads the client had at once and peak_rss_growth_mb its resident memory at the
+// peak over the same before the first call (the idle count of threads is given in the
+// detail line). Five processes again: the median time, the most threads, the most growth.
 #include "tpengineapi.h"
 #include "tploopbacklistener.h"
 #include "tppresenter.h"
+#include "tprawserver.h"
 #include "tpscriptslistvc.h"
 
 #include <QCoreApplication>
@@ -48,18 +58,83 @@ QByteArray listing(qint64 entries)
     return body;
 }
 
-// The process's peak resident memory in MB, as the kernel counts it since the program
-// started. getrusage's figure is not used: it keeps the parent's size from before exec.
-double peakResidentMb()
+// One figure of /proc/self/status, such as "VmHWM" or "Threads", as its number.
+double processStatus(const QByteArray &name)
 {
     QFile status(QStringLiteral("/proc/self/status"));
     if (!status.open(QIODevice::ReadOnly))
         qFatal("no /proc/self/status");
     for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').first().toDouble() * 1024 / 1e6;
+        if (line.startsWith(name + ':'))
+            return line.mid(name.size() + 1).trimmed().split(' ').first().toDouble();
     }
-    qFatal("no VmHWM in /proc/self/status");
+    qFatal("no %s in /proc/self/status", name.constData());
+}
+
+// The process's peak resident memory in MB, as the kernel counts it since the program
+// started. getrusage's figure is not used: it keeps the parent's size from before exec.
+double peakResidentMb()
+{
+    return processStatus("VmHWM") * 1024 / 1e6;
+}
+
+constexpr int kConcurrentRequests = 500;
+
+// What the engine answers to a read of `target`: a small script naming it.
+QByteArray scriptFor(const QByteArray &target)
+{
+    return "-- " + target + "\n" + QByteArray(1000, 'x') + "\n";
+}
+
+// The child: sends kConcurrentRequests reads at once to the engine on `port` and prints
+// "all_done_ms peak_threads peak_rss_growth_mb idle_threads". Threads and memory are
+// sampled every millisecond on the main thread, and once more at the end.
+int measureRequests(quint16 port)
+{
+    TPEngineAPI::setBaseAddressForTesting(QStringLiteral("http://127.0.0.1:%1").arg(port));
+    const int idleThreads = int(processStatus("Threads"));
+    const double idleRssKb = processStatus("VmRSS");
+    int peakThreads = idleThreads;
+    double peakRssKb = idleRssKb;
+    const auto sample = [&] {
+        peakThreads = std::max(peakThreads, int(processStatus("Threads")));
+        peakRssKb = std::max(peakRssKb, processStatus("VmRSS"));
+    };
+    QTimer sampler;
+    sampler.setInterval(1);
+    QObject::connect(&sampler, &QTimer::timeout, sample);
+
+    int done = 0;
+    int right = 0;
+    QEventLoop waiting;
+    QElapsedTimer clock;
+    clock.start();
+    sampler.start();
+    for (int i = 0; i < kConcurrentRequests; ++i) {
+        const QString query = QStringLiteral("name=s%1.lua").arg(i);
+        TPEngineAPI::requestMethod(QStringLiteral("GET"), QStringLiteral("/script"), query,
+                                   std::nullopt,
+                                   [&, expected = scriptFor("/script?" + query.toLatin1())](
+                                       const std::optional<QByteArray> &body, int status,
+                                       const TPEngineAPI::Error &error) {
+                                       right += !error && status == 200 && body == expected;
+                                       if (++done == kConcurrentRequests)
+                                           waiting.quit();
+                                   });
+    }
+    QTimer::singleShot(60000, &waiting, &QEventLoop::quit);
+    waiting.exec();
+    const double allDoneMs = clock.nsecsElapsed() / 1e6;
+    sampler.stop();
+    sample();
+    if (right != kConcurrentRequests) {
+        qWarning("%d of %d requests were answered as the engine answered them", right,
+                 kConcurrentRequests);
+        return 1;
+    }
+    qInfo("%.1f %d %.1f %d", allDoneMs, peakThreads, (peakRssKb - idleRssKb) * 1024 / 1e6,
+          idleThreads);
+    return 0;
 }
 
 // The child: reloads the root list once from the engine on `port` and prints its figures.
@@ -158,6 +233,21 @@ private:
     std::thread m_thread;
 };
 
+// Runs this program as a fresh client process in `mode` against the engine on `port`, and
+// returns the `count` figures it printed; a client that failed ends the benchmark.
+QStringList runClient(const QString &mode, quint16 port, int count)
+{
+    QProcess client;
+    client.setProcessChannelMode(QProcess::SeparateChannels);
+    client.start(QCoreApplication::applicationFilePath(), {mode, QString::number(port)});
+    client.waitForFinished(-1);
+    const QStringList figures =
+        QString::fromLocal8Bit(client.readAllStandardError()).trimmed().split(u' ');
+    if (client.exitCode() != 0 || figures.size() != count)
+        qFatal("the client failed: %s", qPrintable(figures.join(u' ')));
+    return figures;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -166,6 +256,8 @@ int main(int argc, char *argv[])
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.size() == 3 && arguments.at(1) == QLatin1String("--client"))
         return measureClient(quint16(arguments.at(2).toUInt()));
+    if (arguments.size() == 3 && arguments.at(1) == QLatin1String("--requests-client"))
+        return measureRequests(quint16(arguments.at(2).toUInt()));
 
     // Entry counts, given as arguments or by default these four; the last makes a listing of
     // about 100 MB (46 bytes an entry).
@@ -182,15 +274,7 @@ int main(int argc, char *argv[])
         double worstStallMs = 0;
         double peakMb = 0;
         for (int run = 0; run < kRuns; ++run) {
-            QProcess client;
-            client.setProcessChannelMode(QProcess::SeparateChannels);
-            client.start(QCoreApplication::applicationFilePath(),
-                         {QStringLiteral("--client"), QString::number(engine.port())});
-            client.waitForFinished(-1);
-            const QStringList figures =
-                QString::fromLocal8Bit(client.readAllStandardError()).trimmed().split(u' ');
-            if (client.exitCode() != 0 || figures.size() != 3)
-                qFatal("the client failed: %s", qPrintable(figures.join(u' ')));
+            const QStringList figures = runClient(QStringLiteral("--client"), engine.port(), 3);
             fetchMs.append(figures.at(0).toDouble());
             worstStallMs = std::max(worstStallMs, figures.at(1).toDouble());
             peakMb = std::max(peakMb, figures.at(2).toDouble());
@@ -201,5 +285,36 @@ int main(int argc, char *argv[])
             "peak_rss_mb=%.1f",
             entries, body.size() / 1e6, fetchMs.at(kRuns / 2), worstStallMs, peakMb);
     }
+
+    // The engine answers on as many connections as the client opens, each request as it
+    // comes, on a connection kept open.
+    TPRawServer engine([](TPRawConnection &connection) {
+        for (;;) {
+            const QByteArray request = connection.readRequest();
+            const QByteArray script = scriptFor(request.split(' ').value(1));
+            if (request.isEmpty() ||
+                !connection.write("HTTP/1.1 200 OK\r\nContent-Length: " +
+                                  QByteArray::number(script.size()) + "\r\n\r\n" + script))
+                return;
+        }
+    });
+    if (!engine.startAsTheEngine())
+        qFatal("no loopback port for the engine");
+    QList<double> allDoneMs;
+    int peakThreads = 0;
+    int idleThreads = 0;
+    double peakGrowthMb = 0;
+    for (int run = 0; run < kRuns; ++run) {
+        const QStringList figures =
+            runClient(QStringLiteral("--requests-client"), engine.port(), 4);
+        allDoneMs.append(figures.at(0).toDouble());
+        peakThreads = std::max(peakThreads, figures.at(1).toInt());
+        peakGrowthMb = std::max(peakGrowthMb, figures.at(2).toDouble());
+        idleThreads = std::max(idleThreads, figures.at(3).toInt());
+    }
+    std::sort(allDoneMs.begin(), allDoneMs.end());
+    qInfo("requests concurrent=%d all_done_ms=%.1f peak_threads=%d peak_rss_growth_mb=%.1f",
+          kConcurrentRequests, allDoneMs.at(kRuns / 2), peakThreads, peakGrowthMb);
+    qInfo("  detail idle_threads=%d", idleThreads);
     return 0;
 }

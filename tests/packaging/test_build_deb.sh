@@ -31,7 +31,7 @@ chmod +x "$app/TPCompanion"
 # A PATH without ldid, whatever the machine has.
 bin="$work/bin"
 mkdir -p "$bin"
-for tool in bash sh sed cp mkdir mktemp rm chmod cat dirname dpkg-deb tar gzip xz zstd find; do
+for tool in bash sh sed grep cp mkdir mktemp rm chmod cat dirname dpkg-deb tar gzip xz zstd find; do
     if command -v "$tool" >/dev/null; then
         ln -s "$(command -v "$tool")" "$bin/$tool"
     fi
@@ -64,6 +64,20 @@ check "the executable is in the bundle" \
 check "every file is under the bundle" \
     bash -c '! grep -v -e "^\./$" -e "^\./var/$" -e "^\./var/jb/$" -e "^\./var/jb/Applications/$" \
         -e "^\./var/jb/Applications/TPCompanion\.app/" <<<"$1"' _ "$contents"
+
+check "the package depends on no libcurl: the app carries its own" \
+    bash -c '! grep -qi "^ Depends:.*curl" <<<"$1"' _ "$info"
+
+# An executable that loads libcurl from the system is refused.
+dynamic="$work/Dynamic.app"
+cp -R "$app" "$dynamic"
+printf 'MACHO\0@rpath/libcurl.4.dylib\0' >"$dynamic/TPCompanion"
+dynamic_refused=0
+PATH="$bin" "$script" --unsigned "$dynamic" "$work/dynamic-out" >"$work/dynamic.log" 2>&1 ||
+    dynamic_refused=$?
+check "an executable that loads a libcurl dylib is refused" test "$dynamic_refused" -ne 0
+check "the refusal names the static libcurl" grep -q "build-curl-ios.sh" "$work/dynamic.log"
+check "the refusal writes nothing" test ! -e "$work/dynamic-out"
 
 dpkg-deb --control "$package" "$work/control"
 for script_name in postinst postrm; do
