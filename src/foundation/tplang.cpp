@@ -104,6 +104,9 @@ constexpr TPLangRow kExtraRows[] = {
     {"swatch_black", "Đen", "Black"},
     {"row_unreachable", "Tên có dấu cách hoặc chữ có dấu: engine không mở được qua địa chỉ",
      "Name has a space or accented letter: the engine cannot open it by address"},
+    {"guard_replace_title", "Thay thế %1?", "Replace %1?"},
+    {"guard_replace", "Thay thế", "Replace"},
+    {"guard_exists", "Đã có “%1” trong thư mục này", "“%1” already exists in this folder"},
 };
 
 template <size_t N>

@@ -245,9 +245,48 @@ void TPScriptsListVC::promptNameWithTitle(const QString &title, const QString &p
             self->showAlert(TPL("alert_error"), TPL("err_bad_name"));
             return;
         }
-        self->createEntryNamed(TPLastPathSegment(*path), isFolder);
+        self->createUnlessItExists(TPLastPathSegment(*path), isFolder);
     });
     presentAlert(alert);
+}
+
+TPScriptsListVC::Existing TPScriptsListVC::shownEntryAt(const QString &path) const
+{
+    for (const QJsonValue &entry : _rows->allRows()) {
+        if (TPScriptTree::entryPath(entry) == path)
+            return TPScriptTree::isFolderEntry(entry) ? Existing::Folder : Existing::File;
+    }
+    return Existing::Nothing;
+}
+
+void TPScriptsListVC::createUnlessItExists(const QString &name, bool isFolder)
+{
+    const Existing existing = shownEntryAt(TPJoinPath(_folder, name));
+    if (existing == Existing::Nothing)
+        createEntryNamed(name, isFolder);
+    else if (existing == Existing::File && !isFolder)
+        confirmReplace(name);
+    else
+        showExistsAlert(name);
+}
+
+void TPScriptsListVC::confirmReplace(const QString &name)
+{
+    auto *alert = new TPAlertController(TPL("guard_replace_title").arg(name), QString(),
+                                        TPAlertController::Style::Alert);
+    // Cancel comes first and is the default: nothing is replaced without a deliberate tap.
+    alert->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
+    QPointer<TPScriptsListVC> self(this);
+    alert->addAction(TPL("guard_replace"), TPAlertAction::Style::Destructive, [self, name] {
+        if (self)
+            self->createEntryNamed(name, false);
+    });
+    presentAlert(alert);
+}
+
+void TPScriptsListVC::showExistsAlert(const QString &name)
+{
+    showAlert(TPL("alert_error"), TPL("guard_exists").arg(name));
 }
 
 void TPScriptsListVC::createEntryNamed(const QString &name, bool isFolder)
@@ -324,6 +363,10 @@ void TPScriptsListVC::promptRenameForPath(const QString &path)
         const auto destination = TPRenameDestination(path, field->text());
         if (!destination)
             return;
+        if (self->shownEntryAt(*destination) != Existing::Nothing) {
+            self->showExistsAlert(TPLastPathSegment(*destination));
+            return;
+        }
         TPEngineAPI::renameScript(path, *destination, self->reloadOnSuccess());
     });
     presentAlert(alert);

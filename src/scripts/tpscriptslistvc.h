@@ -52,6 +52,11 @@ public:
     void createEntryNamed(const QString &name, bool isFolder);
     void promptRenameForPath(const QString &path);
 
+    // What the listing this screen shows holds at `path`: checked before a create or a
+    // rename is sent, so that an existing name is never overwritten without a word.
+    enum class Existing { Nothing, File, Folder };
+    Existing shownEntryAt(const QString &path) const;
+
 public slots:
     void onLangChangedNotification();
 
@@ -81,6 +86,11 @@ protected:
 private:
     void setRefreshing(bool refreshing);
     void deleteEntry(const QString &path);
+    // Creates `name` when the shown listing has nothing there; asks first before a new
+    // file replaces a file, and refuses a name a folder or a file already has.
+    void createUnlessItExists(const QString &name, bool isFolder);
+    void confirmReplace(const QString &name);
+    void showExistsAlert(const QString &name);
     // A completion that reloads the list on success and shows the offline alert on failure;
     // it does nothing once the screen is gone.
     TPEngineAPI::Completion reloadOnSuccess();

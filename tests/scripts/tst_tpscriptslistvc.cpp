@@ -335,6 +335,109 @@ private slots:
         QCOMPARE(m_fixture.engine->requests().at(1).path, QStringLiteral("/scripts"));
     }
 
+    // Only the listing request: nothing else was sent since the last clear.
+    void verifyOnlyTheListingIsSent(TPScriptsListVC *list)
+    {
+        list->onRefreshTapped();
+        QTRY_COMPARE(m_fixture.engine->requests().size(), 1);
+        QCOMPARE(m_fixture.engine->requests().first().path, QStringLiteral("/scripts"));
+    }
+
+    void newFileOverAnExistingFileAsksFirstAndCancelSendsNothing()
+    {
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
+        m_fixture.engine->clearRequests();
+        list->promptNameWithTitle(TPL("new_file"), TPL("ph_file_name"), false);
+        m_fixture.alert()->setText(QStringLiteral("main"));
+        m_fixture.alert()->triggerAction(1);
+        QCOMPARE(m_fixture.alertText(), QString::fromUtf8("Thay thế main.lua?|"));
+        QCOMPARE(m_fixture.actionTitles(), QStringList({u8"Huỷ", u8"Thay thế"}));
+        QCOMPARE(m_fixture.alert()->actions().at(0)->style(), TPAlertAction::Style::Cancel);
+        m_fixture.alert()->triggerAction(0);
+        QCOMPARE(m_fixture.alert(), nullptr);
+        verifyOnlyTheListingIsSent(list);
+        QCOMPARE(m_stack->depth(), 1);
+    }
+
+    void confirmingTheReplaceSendsTheDescribedCreate()
+    {
+        QSettings().setValue(TPLangKey, QStringLiteral("en"));
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
+        m_fixture.engine->clearRequests();
+        list->promptNameWithTitle(TPL("new_file"), TPL("ph_file_name"), false);
+        m_fixture.alert()->setText(QStringLiteral("main"));
+        m_fixture.alert()->triggerAction(1);
+        QCOMPARE(m_fixture.alertText(), QStringLiteral("Replace main.lua?|"));
+        m_fixture.alert()->triggerAction(1);
+        QTRY_VERIFY(qobject_cast<TPEditorVC *>(m_stack->topViewController()));
+        const TPRecordedRequest creation = m_fixture.engine->requests().first();
+        QCOMPARE(creation.method, QByteArray("POST"));
+        QCOMPARE(creation.rawQuery, QStringLiteral("name=main.lua"));
+        QCOMPARE(creation.body, QByteArray());
+    }
+
+    void newFolderWithAnExistingNameSaysSoAndSendsNothing_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("named");
+        QTest::newRow("a folder") << "lib"
+                                  << "lib";
+        QTest::newRow("a file") << "main.lua"
+                                << "main.lua";
+    }
+    void newFolderWithAnExistingNameSaysSoAndSendsNothing()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, named);
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
+        m_fixture.engine->clearRequests();
+        list->promptNameWithTitle(TPL("new_folder"), TPL("ph_folder_name"), true);
+        m_fixture.alert()->setText(typed);
+        m_fixture.alert()->triggerAction(1);
+        QCOMPARE(m_fixture.alertText(),
+                 QString::fromUtf8("Lỗi|Đã có “%1” trong thư mục này").arg(named));
+        m_fixture.alert()->triggerAction(0);
+        verifyOnlyTheListingIsSent(list);
+    }
+
+    void newFileNamedLikeAFolderSaysSoAndSendsNothing()
+    {
+        m_fixture.serveListing(R"({"entries":[{"path":"old.lua","dir":true}]})");
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows()->rowCount(), 1);
+        m_fixture.engine->clearRequests();
+        list->promptNameWithTitle(TPL("new_file"), TPL("ph_file_name"), false);
+        m_fixture.alert()->setText(QStringLiteral("old"));
+        m_fixture.alert()->triggerAction(1);
+        QCOMPARE(m_fixture.alertText(), QString::fromUtf8("Lỗi|Đã có “old.lua” trong thư mục này"));
+        m_fixture.alert()->triggerAction(0);
+        verifyOnlyTheListingIsSent(list);
+    }
+
+    void renameOntoAnExistingNameSaysSoAndSendsNothing_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::newRow("a folder") << "sub";
+        QTest::newRow("a file") << "a.lua";
+    }
+    void renameOntoAnExistingNameSaysSoAndSendsNothing()
+    {
+        QFETCH(QString, typed);
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows()->rowCount(), 3);
+        m_fixture.engine->clearRequests();
+        list->promptRenameForPath(QStringLiteral("lib/util"));
+        m_fixture.alert()->setText(typed);
+        m_fixture.alert()->triggerAction(1);
+        QCOMPARE(m_fixture.alertText(),
+                 QString::fromUtf8("Lỗi|Đã có “%1” trong thư mục này").arg(typed));
+        m_fixture.alert()->triggerAction(0);
+        verifyOnlyTheListingIsSent(list);
+    }
+
     void renameToTheSameOrAnEmptyNameSendsNothing()
     {
         TPScriptsListVC *list = show(QStringLiteral("lib"));
