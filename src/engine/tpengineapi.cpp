@@ -287,24 +287,40 @@ void TPEngineAPI::scriptsBodyWithCompletion(BodyReader reader, BodyCompletion co
 
 void TPEngineAPI::readScript(const QString &path, TextCompletion completion)
 {
+    readScriptData(path, [completion = std::move(completion)](
+                             const std::optional<QByteArray> &bytes, const Error &error) {
+        if (error)
+            completion(std::nullopt, error);
+        else
+            // Bytes that are not UTF-8 read as an empty text, not as a failure.
+            completion(scriptText(*bytes).value_or(QString()), std::nullopt);
+    });
+}
+
+void TPEngineAPI::readScriptData(const QString &path, DataCompletion completion)
+{
     requestMethod(QStringLiteral("GET"), QStringLiteral("/script"), nameQuery(path), std::nullopt,
                   [completion = std::move(completion)](const std::optional<QByteArray> &body,
                                                        int status, const Error &error) {
-                      if (error) {
+                      if (error)
                           completion(std::nullopt, error);
-                      } else if (status == 200) {
-                          // Bytes that are not UTF-8 read as an empty text, not as a failure.
-                          // A leading byte-order mark is part of the file and stays in the
-                          // text, so that saving gives it back.
-                          QStringDecoder decoder(QStringDecoder::Utf8,
-                                                 QStringDecoder::Flag::Stateless |
-                                                     QStringDecoder::Flag::ConvertInitialBom);
-                          const QString text = decoder.decode(body.value_or(QByteArray()));
-                          completion(decoder.hasError() ? QString() : text, std::nullopt);
-                      } else {
+                      else if (status == 200)
+                          completion(body.value_or(QByteArray()), std::nullopt);
+                      else
                           completion(std::nullopt, errorMsg(message("Không đọc được file")));
-                      }
                   });
+}
+
+std::optional<QString> TPEngineAPI::scriptText(const QByteArray &bytes)
+{
+    // A leading byte-order mark is part of the file and stays in the text, so that saving
+    // gives it back.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless |
+                                                     QStringDecoder::Flag::ConvertInitialBom);
+    const QString text = decoder.decode(bytes);
+    if (decoder.hasError())
+        return std::nullopt;
+    return text;
 }
 
 bool TPEngineAPI::canCarryPath(const QString &path)

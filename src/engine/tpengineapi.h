@@ -54,6 +54,13 @@ public:
     static std::optional<QJsonArray> listingEntries(const QByteArray &body);
     static void scriptsBodyWithCompletion(BodyReader reader, BodyCompletion completion);
     static void readScript(const QString &path, TextCompletion completion);
+    // The same read, answered with the file's bytes exactly as the engine sent them (an
+    // absent body as no bytes), for a caller that keeps them; decode them with scriptText.
+    using DataCompletion = std::function<void(std::optional<QByteArray> bytes, Error error)>;
+    static void readScriptData(const QString &path, DataCompletion completion);
+    // A read file's text: its bytes as UTF-8, a leading byte-order mark kept; nothing when
+    // they are not UTF-8, which the described read gives as the empty text.
+    static std::optional<QString> scriptText(const QByteArray &bytes);
     static void saveScript(const QString &path, const QString &content, Completion completion);
     static void deleteScript(const QString &path, Completion completion);
     static void createScript(const QString &path, Completion completion);

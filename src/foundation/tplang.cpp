@@ -107,6 +107,15 @@ constexpr TPLangRow kExtraRows[] = {
     {"guard_replace_title", "Thay thế %1?", "Replace %1?"},
     {"guard_replace", "Thay thế", "Replace"},
     {"guard_exists", "Đã có “%1” trong thư mục này", "“%1” already exists in this folder"},
+    {"draft_found", "Thay đổi chưa lưu từ %1", "Unsaved changes from %1"},
+    {"draft_restore", "Khôi phục", "Restore"},
+    {"draft_discard", "Bỏ", "Discard"},
+    {"read_failed", "Không đọc được file này", "The file could not be read"},
+    {"read_retry", "Thử lại", "Retry"},
+    {"read_not_text", "File này không phải văn bản UTF-8 nên không hiện được ở đây",
+     "This file is not UTF-8 text and cannot be shown here"},
+    {"replace_unread", "File này chưa được đọc. Thay nó trên engine bằng nội dung đang hiện?",
+     "This file was not read. Replace it on the engine with the text shown?"},
 };
 
 template <size_t N>

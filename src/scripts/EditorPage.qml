@@ -96,9 +96,54 @@ ScreenPage {
         texts: page.texts
     }
 
+    // What to know before saving (the file was not read, is not text, a draft was kept) and
+    // what can be done about it, as the controller's notice says.
+    Rectangle {
+        id: noticeBar
+        objectName: "noticeBar"
+        readonly property TPEditorNotice notice: page.controller.notice
+        visible: notice.shown
+        anchors { left: parent.left; right: parent.right; top: findBar.bottom }
+        height: visible ? noticeColumn.implicitHeight + 12 : 0
+        color: Theme.barBackground
+        Column {
+            id: noticeColumn
+            anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter }
+            anchors { leftMargin: 10; rightMargin: 10 }
+            spacing: 4
+            Label {
+                objectName: "noticeText"
+                width: parent.width
+                wrapMode: Text.Wrap
+                text: noticeBar.notice.text
+                color: Theme.label
+                font.pixelSize: 14
+                Accessible.name: text
+            }
+            Row {
+                spacing: 8
+                Repeater {
+                    model: noticeBar.notice.actions
+                    ToolTextButton {
+                        required property var modelData
+                        objectName: "notice_" + modelData.id
+                        text: modelData.title
+                        implicitHeight: 44
+                        onClicked: noticeBar.notice.trigger(modelData.id)
+                    }
+                }
+            }
+        }
+        Rectangle {
+            anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+            height: 0.5
+            color: Theme.separator
+        }
+    }
+
     Rectangle {
         id: gutterBackground
-        anchors { left: parent.left; top: findBar.bottom; bottom: messageBar.top }
+        anchors { left: parent.left; top: noticeBar.bottom; bottom: messageBar.top }
         width: gutter.implicitWidth
         color: Theme.gutterBackground
     }
@@ -121,7 +166,7 @@ ScreenPage {
     Flickable {
         id: flick
         objectName: "editorFlickable"
-        anchors { left: gutterBackground.right; right: parent.right; top: findBar.bottom; bottom: messageBar.top }
+        anchors { left: gutterBackground.right; right: parent.right; top: noticeBar.bottom; bottom: messageBar.top }
         clip: true
         contentHeight: editor.height
         // Unwrapped, long lines run past the text item's width and the content scrolls sideways.

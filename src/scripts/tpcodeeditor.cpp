@@ -170,7 +170,6 @@ void TPCodeEditor::onDocumentEdited(const TPTextEdit &edit)
 
 void TPCodeEditor::afterChange()
 {
-    ++m_revision;
     m_checkDelay.start();
     emit edited();
 }

@@ -45,8 +45,6 @@ public:
     const QString &text() const { return m_text.text(); }
     // Replaces the whole text (a file was read): the history starts afresh.
     void setText(const QString &text);
-    // Counts every change; the screen compares it to the count of its last save.
-    quint64 revision() const { return m_revision; }
 
     // Shows the text in a Qt Quick TextEdit (or TextArea) and edits through it.
     Q_INVOKABLE void attachView(QQuickItem *textItem);
@@ -122,7 +120,6 @@ private:
     QTextCursor m_cursor;
     QString m_indentUnit = QStringLiteral("    ");
     QVariantMap m_colors;
-    quint64 m_revision = 0;
     TPFindReplace *m_find;
 
     QTimer m_checkDelay;

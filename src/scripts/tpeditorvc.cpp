@@ -1,5 +1,6 @@
 #include "tpeditorvc.h"
 
+#include "tpalertcontroller.h"
 #include "tpengineapi.h"
 #include "tplang.h"
 #include "tpnotificationcenter.h"
@@ -8,19 +9,37 @@
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QInputMethod>
+#include <QLocale>
 #include <QPointer>
 #include <QQuickItem>
 #include <QSettings>
 
 TPEditorVC::TPEditorVC(const QString &relPath, QObject *parent)
     : TPViewController(parent), _relPath(relPath),
-      _textView(new TPCodeEditor(TPLastPathSegment(relPath), this)), _font(editorFont())
+      _textView(new TPCodeEditor(TPLastPathSegment(relPath), this)), _font(editorFont()),
+      m_notice(new TPEditorNotice(this)), m_drafts(new TPDraftKeeper(
+                                              relPath, [this] { return text(); }, this))
 {
     setTitle(TPLastPathSegment(_relPath));
     // The view may be built before viewDidLoad; its tools need their texts from the start.
     readToolTexts();
-    connect(_textView, &TPCodeEditor::edited, this,
-            [this] { setUnsavedChanges(_textView->revision() != m_savedRevision); });
+    connect(_textView, &TPCodeEditor::edited, this, &TPEditorVC::onTextEdited);
+    connect(m_notice, &TPEditorNotice::triggered, this, &TPEditorVC::onNoticeAction);
+}
+
+TPEditorVC::~TPEditorVC()
+{
+    m_drafts->flush();
+}
+
+void TPEditorVC::onTextEdited()
+{
+    if (m_settingText)
+        return;
+    // Undoing back to the saved text leaves nothing unsaved.
+    const bool unsaved = text() != m_savedText;
+    setUnsavedChanges(unsaved);
+    m_drafts->changed(unsaved);
 }
 
 QUrl TPEditorVC::viewUrl() const
@@ -96,8 +115,10 @@ void TPEditorVC::onLangChangedNotification()
 
 void TPEditorVC::setText(const QString &newText)
 {
+    m_settingText = true;
     _textView->setText(newText);
-    m_savedRevision = _textView->revision();
+    m_settingText = false;
+    m_savedText = newText;
     setUnsavedChanges(false);
 }
 
@@ -135,26 +156,119 @@ void TPEditorVC::loadContent()
 {
     QPointer<TPEditorVC> self(this);
     setLoading(true);
-    TPEngineAPI::readScript(
-        _relPath, [self](const std::optional<QString> &content, const TPEngineAPI::Error &error) {
+    TPEngineAPI::readScriptData(
+        _relPath, [self](const std::optional<QByteArray> &bytes, const TPEngineAPI::Error &error) {
             if (!self)
                 return;
             self->setLoading(false);
-            if (error) {
-                // Whatever the failure, the user is told the engine is offline.
-                self->showAlert(TPL("alert_error"), TPL("err_offline"));
-                return;
-            }
-            self->setText(content.value_or(QString()));
+            self->onReadFinished(bytes, error);
         });
+}
+
+void TPEditorVC::onReadFinished(const std::optional<QByteArray> &bytes,
+                                const TPEngineAPI::Error &error)
+{
+    // What was typed before a retry is on disk before the read replaces it, and then on
+    // offer like any other draft.
+    m_drafts->flush();
+    m_draftOnOffer = TPDraftStore::read(_relPath);
+    if (error) {
+        // Whatever the failure, the user is told the engine is offline.
+        m_readState = ReadState::Failed;
+        showAlert(TPL("alert_error"), TPL("err_offline"));
+        showNotice();
+        return;
+    }
+    const std::optional<QString> content = TPEngineAPI::scriptText(*bytes);
+    m_readState = content ? ReadState::Read : ReadState::NotText;
+    setText(content.value_or(QString()));
+    if (content && m_draftOnOffer && m_draftOnOffer->bytes == content->toUtf8()) {
+        // The engine already has what the draft kept.
+        m_drafts->discard();
+        m_draftOnOffer.reset();
+    }
+    showNotice();
+}
+
+void TPEditorVC::showNotice()
+{
+    QStringList lines;
+    QList<TPEditorNotice::Action> actions;
+    if (m_readState == ReadState::Failed) {
+        lines.append(TPL("read_failed"));
+        actions.append({QStringLiteral("retry"), TPL("read_retry")});
+    } else if (m_readState == ReadState::NotText) {
+        lines.append(TPL("read_not_text"));
+    }
+    if (m_draftOnOffer) {
+        const QLocale locale(TPCurrentLang() == QLatin1String("en") ? QLocale::English
+                                                                    : QLocale::Vietnamese);
+        lines.append(
+            TPL("draft_found")
+                .arg(locale.toString(m_draftOnOffer->savedAt.toLocalTime(), QLocale::ShortFormat)));
+        actions.append({QStringLiteral("restore"), TPL("draft_restore")});
+        actions.append({QStringLiteral("discard"), TPL("draft_discard")});
+    }
+    if (lines.isEmpty())
+        m_notice->clear();
+    else
+        m_notice->show(lines.join(u'\n'), actions);
+}
+
+void TPEditorVC::onNoticeAction(const QString &id)
+{
+    if (id == QLatin1String("retry"))
+        loadContent();
+    else if (id == QLatin1String("restore"))
+        restoreDraft();
+    else if (id == QLatin1String("discard"))
+        discardDraft();
+}
+
+void TPEditorVC::restoreDraft()
+{
+    if (!m_draftOnOffer)
+        return;
+    // One undoable edit, so that the text before it is one undo away.
+    _textView->applyStep({{0, _textView->text(), QString::fromUtf8(m_draftOnOffer->bytes)}}, 0);
+    m_draftOnOffer.reset();
+    showNotice();
+}
+
+void TPEditorVC::discardDraft()
+{
+    m_drafts->discard();
+    m_draftOnOffer.reset();
+    showNotice();
+}
+
+void TPEditorVC::whenReplacingIsAgreed(std::function<void()> proceed)
+{
+    if (m_readState == ReadState::Read || m_replaceAgreed) {
+        proceed();
+        return;
+    }
+    auto *alert =
+        new TPAlertController(TPL("replace_unread"), QString(), TPAlertController::Style::Alert);
+    // Cancel comes first and is the default: the file is not replaced without a tap.
+    alert->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
+    QPointer<TPEditorVC> self(this);
+    alert->addAction(TPL("guard_replace"), TPAlertAction::Style::Destructive,
+                     [self, proceed = std::move(proceed)] {
+                         if (!self)
+                             return;
+                         self->m_replaceAgreed = true;
+                         proceed();
+                     });
+    presentAlert(alert);
 }
 
 void TPEditorVC::saveWithCompletion(std::function<void(bool)> completion)
 {
     QPointer<TPEditorVC> self(this);
-    const quint64 revision = _textView->revision();
-    TPEngineAPI::saveScript(_relPath, text(),
-                            [self, completion, revision](const TPEngineAPI::Error &error) {
+    const QString sent = text();
+    TPEngineAPI::saveScript(_relPath, sent,
+                            [self, completion, sent](const TPEngineAPI::Error &error) {
                                 if (!self) {
                                     completion(false);
                                     return;
@@ -164,23 +278,43 @@ void TPEditorVC::saveWithCompletion(std::function<void(bool)> completion)
                                     completion(false);
                                     return;
                                 }
-                                // What was sent is saved; typing since then is not.
-                                self->m_savedRevision = revision;
-                                self->setUnsavedChanges(self->_textView->revision() != revision);
+                                self->onSaved(sent);
                                 completion(true);
                             });
 }
 
+void TPEditorVC::onSaved(const QString &sent)
+{
+    // What was sent is saved; typing since then is not, and stays a draft.
+    m_savedText = sent;
+    const bool unsaved = text() != m_savedText;
+    setUnsavedChanges(unsaved);
+    if (unsaved) {
+        m_drafts->changed(true);
+        return;
+    }
+    m_drafts->saved();
+    m_draftOnOffer.reset();
+    showNotice();
+}
+
 void TPEditorVC::onSaveTapped()
 {
-    QPointer<TPEditorVC> self(this);
-    saveWithCompletion([self](bool saved) {
-        if (saved && self)
-            self->showAlert(TPL("alert_ok"), TPL("alert_saved"));
+    whenReplacingIsAgreed([this] {
+        QPointer<TPEditorVC> self(this);
+        saveWithCompletion([self](bool saved) {
+            if (saved && self)
+                self->showAlert(TPL("alert_ok"), TPL("alert_saved"));
+        });
     });
 }
 
 void TPEditorVC::onRunTapped()
+{
+    whenReplacingIsAgreed([this] { saveThenRun(); });
+}
+
+void TPEditorVC::saveThenRun()
 {
     QPointer<TPEditorVC> self(this);
     saveWithCompletion([self](bool saved) {

@@ -1,6 +1,10 @@
 #pragma once
 
 #include "tpcodeeditor.h"
+#include "tpdraftkeeper.h"
+#include "tpdraftstore.h"
+#include "tpeditornotice.h"
+#include "tpengineapi.h"
 #include "tpviewcontroller.h"
 
 #include <QFont>
@@ -22,6 +26,9 @@ class TPEditorVC : public TPViewController
     QML_ELEMENT
     QML_UNCREATABLE("Made by the scripts list")
     Q_PROPERTY(TPCodeEditor *code READ code CONSTANT)
+    // What the user should know before saving: the file was not read, is not text, or a
+    // draft of it was kept.
+    Q_PROPERTY(TPEditorNotice *notice READ notice CONSTANT)
     Q_PROPERTY(QString saveTitle READ saveTitle NOTIFY barTitlesChanged)
     Q_PROPERTY(QString runTitle READ runTitle NOTIFY barTitlesChanged)
     // The editor's own tools' texts by key, re-read with the bar titles.
@@ -36,7 +43,13 @@ class TPEditorVC : public TPViewController
     Q_PROPERTY(bool keyboardShown READ keyboardShown NOTIFY keyboardShownChanged)
 
 public:
+    // Where the file's read stands. Until a read has succeeded with text, Save and Run ask
+    // before they replace the file on the engine.
+    enum class ReadState { Reading, Read, Failed, NotText };
+
     explicit TPEditorVC(const QString &relPath, QObject *parent = nullptr);
+    // Leaving (Back, or the app closing) keeps unsaved text as a draft.
+    ~TPEditorVC() override;
 
     QUrl viewUrl() const override;
     void viewWillAppear() override;
@@ -44,6 +57,9 @@ public:
 
     QString relPath() const { return _relPath; }
     TPCodeEditor *code() const { return _textView; }
+    TPEditorNotice *notice() const { return m_notice; }
+    TPDraftKeeper *drafts() const { return m_drafts; }
+    ReadState readState() const { return m_readState; }
     // The exact text: what Save sends.
     QString text() const { return _textView->text(); }
     // Replaces the whole text, as a read does.
@@ -83,6 +99,8 @@ public slots:
     // The platform's keyboard moved, appeared or went: its frame, read from the platform's
     // input method and mapped into `view`, or its hiding, is passed on to the two above.
     void followKeyboard(QQuickItem *view);
+    // An action of the notice: "retry", "restore" or "discard".
+    void onNoticeAction(const QString &id);
 
 signals:
     void barTitlesChanged();
@@ -95,6 +113,18 @@ protected:
     void viewDidLoad() override;
 
 private:
+    void onTextEdited();
+    void onSaved(const QString &sent);
+    void onReadFinished(const std::optional<QByteArray> &bytes, const TPEngineAPI::Error &error);
+    // Says in the notice what the read left and which draft is on offer.
+    void showNotice();
+    void restoreDraft();
+    void discardDraft();
+    // Runs `proceed` at once once the file was read, and otherwise only after the user
+    // agreed to replace the file on the engine with the text shown.
+    void whenReplacingIsAgreed(std::function<void()> proceed);
+    // Run, once replacing is agreed: save first, and run only what the engine has.
+    void saveThenRun();
     void setLoading(bool loading);
     void setKeyboardShown(bool shown);
     void retitle();
@@ -109,8 +139,17 @@ private:
     QVariantMap m_toolTexts;
     bool m_loading = false;
     bool m_keyboardShown = false;
-    // The text's revision when the engine last confirmed a save (or the read).
-    quint64 m_savedRevision = 0;
+    // The text the engine last confirmed (a save, or the read); shared, not copied.
+    QString m_savedText;
+    TPEditorNotice *m_notice;
+    TPDraftKeeper *m_drafts;
+    ReadState m_readState = ReadState::Reading;
+    bool m_replaceAgreed = false;
+    // A draft kept from before this screen (Back, a kill, a crash) that differs from what
+    // the engine has, until the user restores or discards it.
+    std::optional<TPDraftStore::Draft> m_draftOnOffer;
+    // A read is replacing the text: that is no edit of the user's.
+    bool m_settingText = false;
     QMetaObject::Connection _langObservation;
     // Keyboard and language notifications are heeded only while the screen is visible.
     bool _observing = false;

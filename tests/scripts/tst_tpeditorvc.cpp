@@ -1,3 +1,4 @@
+#include "tpdraftstore.h"
 #include "tpeditorvc.h"
 #include "tplang.h"
 #include "tpnotificationcenter.h"
@@ -36,6 +37,33 @@ class TestTPEditorVC : public QObject
         });
     }
 
+    // The notice's action ids, in order.
+    static QStringList noticeActions(const TPEditorVC *editor)
+    {
+        QStringList ids;
+        for (const auto &action : editor->notice()->actionList())
+            ids.append(action.first);
+        return ids;
+    }
+
+    // Types `text` over the whole text, as one edit of the user's.
+    static void typeOver(TPEditorVC *editor, const QString &text)
+    {
+        editor->code()->applyStep({{0, editor->text(), text}});
+    }
+
+    // Serves `content` for reads after answering the first `failures` reads with 404.
+    void serveAfterFailures(const QByteArray &content, int failures)
+    {
+        auto reads = std::make_shared<int>(0);
+        m_fixture.engine->setResponder([=](const TPRecordedRequest &request) {
+            if (request.method == "GET" && request.path == QLatin1String("/script"))
+                return ++*reads <= failures ? TPScriptedAnswer::withStatus(404)
+                                            : TPScriptedAnswer::ok(content);
+            return TPScriptedAnswer::ok();
+        });
+    }
+
 private slots:
     void init() { QVERIFY(m_fixture.setUp()); }
     void cleanup() { m_editor.reset(); }
@@ -64,9 +92,9 @@ private slots:
     {
         serve("");
         TPEditorVC *editor = open(QStringLiteral("empty.lua"));
-        QTRY_COMPARE(m_fixture.engine->requests().size(), 1);
+        QTRY_COMPARE(editor->readState(), TPEditorVC::ReadState::Read);
         m_fixture.engine->clearRequests();
-        editor->onSaveTapped(); // wait for a later round trip: the read is done by then
+        editor->onSaveTapped();
         QTRY_COMPARE(m_fixture.alertText(), QString::fromUtf8("OK|Đã lưu"));
         QCOMPARE(m_fixture.alertCount(), 1);
         QCOMPARE(editor->text(), QString());
@@ -78,6 +106,217 @@ private slots:
         TPEditorVC *editor = open(QStringLiteral("missing.lua"));
         QTRY_COMPARE(m_fixture.alertText(), QStringLiteral("Lỗi|Engine offline (:8090)"));
         QCOMPARE(editor->text(), QString());
+    }
+
+    // Unsaved text is kept as a draft within a second of typing; an editor opened later on
+    // the same file (after Back, a kill or a crash) offers it, and restores it byte for
+    // byte as one undoable edit. Saving removes it.
+    void aDraftIsKeptAfterTypingAndRestoredByteExactly()
+    {
+        const QString tricky = QString::fromUtf8("\xEF\xBB\xBF-- a\r\nb\rc\u00A0d\r\nend");
+        serve("old\n");
+        TPEditorVC *editor = open(QStringLiteral("lib/a.lua"));
+        QTRY_COMPARE(editor->text(), QStringLiteral("old\n"));
+        QVERIFY(!editor->notice()->shown());
+        typeOver(editor, tricky);
+        QTRY_VERIFY(TPDraftStore::read(QStringLiteral("lib/a.lua")));
+        QCOMPARE(TPDraftStore::read(QStringLiteral("lib/a.lua"))->bytes, tricky.toUtf8());
+
+        m_editor.reset();
+        editor = open(QStringLiteral("lib/a.lua"));
+        QTRY_VERIFY(editor->notice()->shown());
+        QCOMPARE(editor->text(), QStringLiteral("old\n"));
+        QVERIFY2(editor->notice()->text().startsWith(QString::fromUtf8("Thay đổi chưa lưu từ ")),
+                 qPrintable(editor->notice()->text()));
+        QCOMPARE(noticeActions(editor), QStringList({"restore", "discard"}));
+        QCOMPARE(m_fixture.alertCount(), 0);
+
+        editor->notice()->trigger(QStringLiteral("restore"));
+        QCOMPARE(editor->text(), tricky);
+        QVERIFY(editor->unsavedChanges());
+        QVERIFY(!editor->notice()->shown());
+        editor->code()->undo();
+        QCOMPARE(editor->text(), QStringLiteral("old\n"));
+        editor->code()->redo();
+        QCOMPARE(editor->text(), tricky);
+
+        editor->onSaveTapped();
+        QTRY_COMPARE(m_fixture.alertText(), QString::fromUtf8("OK|Đã lưu"));
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/script")).last().body, tricky.toUtf8());
+        QCOMPARE(TPDraftStore::read(QStringLiteral("lib/a.lua")), std::nullopt);
+    }
+
+    void aDraftIsWrittenAtOnceWhenTheAppLeavesTheForegroundOrTheEditorCloses_data()
+    {
+        QTest::addColumn<bool>("closes");
+        QTest::newRow("background") << false;
+        QTest::newRow("back") << true;
+    }
+    void aDraftIsWrittenAtOnceWhenTheAppLeavesTheForegroundOrTheEditorCloses()
+    {
+        QFETCH(bool, closes);
+        serve("old");
+        TPEditorVC *editor = open(QStringLiteral("a.lua"));
+        QTRY_COMPARE(editor->text(), QStringLiteral("old"));
+        typeOver(editor, QStringLiteral("typed"));
+        QVERIFY(editor->drafts()->writePending());
+        QCOMPARE(TPDraftStore::read(QStringLiteral("a.lua")), std::nullopt);
+        if (closes)
+            m_editor.reset();
+        else
+            editor->drafts()->onApplicationStateChanged(Qt::ApplicationSuspended);
+        QVERIFY(TPDraftStore::read(QStringLiteral("a.lua")));
+        QCOMPARE(TPDraftStore::read(QStringLiteral("a.lua"))->bytes, QByteArray("typed"));
+    }
+
+    void undoingBackToTheSavedTextClearsTheUnsavedDotAndRemovesTheDraft()
+    {
+        serve("old");
+        TPEditorVC *editor = open(QStringLiteral("a.lua"));
+        QTRY_COMPARE(editor->text(), QStringLiteral("old"));
+        typeOver(editor, QStringLiteral("typed"));
+        editor->drafts()->flush();
+        QVERIFY(TPDraftStore::read(QStringLiteral("a.lua")));
+        QVERIFY(editor->unsavedChanges());
+        editor->code()->undo();
+        QVERIFY(!editor->unsavedChanges());
+        QCOMPARE(TPDraftStore::read(QStringLiteral("a.lua")), std::nullopt);
+    }
+
+    void discardRemovesTheDraftAndKeepsTheEnginesText()
+    {
+        QVERIFY(TPDraftStore::write(QStringLiteral("a.lua"), "kept"));
+        serve("engine");
+        TPEditorVC *editor = open(QStringLiteral("a.lua"));
+        QTRY_VERIFY(editor->notice()->shown());
+        editor->notice()->trigger(QStringLiteral("discard"));
+        QVERIFY(!editor->notice()->shown());
+        QCOMPARE(editor->text(), QStringLiteral("engine"));
+        QVERIFY(!editor->unsavedChanges());
+        QCOMPARE(TPDraftStore::read(QStringLiteral("a.lua")), std::nullopt);
+    }
+
+    void aDraftTheEngineAlreadyHasIsNotOffered()
+    {
+        QVERIFY(TPDraftStore::write(QStringLiteral("a.lua"), "same"));
+        serve("same");
+        TPEditorVC *editor = open(QStringLiteral("a.lua"));
+        QTRY_COMPARE(editor->readState(), TPEditorVC::ReadState::Read);
+        QVERIFY(!editor->notice()->shown());
+        QCOMPARE(TPDraftStore::read(QStringLiteral("a.lua")), std::nullopt);
+    }
+
+    // After a failed read the editor is empty, as described; a bar says so and offers a
+    // retry, and Save asks before it replaces the file with the text shown.
+    void saveAfterAFailedReadAsksFirstAndCancelSendsNothing()
+    {
+        serveAfterFailures("engine text", 1);
+        TPEditorVC *editor = open(QStringLiteral("a.lua"));
+        QTRY_COMPARE(m_fixture.alertText(), QStringLiteral("Lỗi|Engine offline (:8090)"));
+        m_fixture.alert()->triggerAction(0);
+        QCOMPARE(editor->text(), QString());
+        QCOMPARE(editor->readState(), TPEditorVC::ReadState::Failed);
+        QCOMPARE(editor->notice()->text(), QString::fromUtf8("Không đọc được file này"));
+        QCOMPARE(noticeActions(editor), QStringList({"retry"}));
+
+        m_fixture.engine->clearRequests();
+        editor->onSaveTapped();
+        QCOMPARE(m_fixture.alertText(),
+                 QString::fromUtf8("File này chưa được đọc. Thay nó trên engine bằng nội dung "
+                                   "đang hiện?|"));
+        QCOMPARE(m_fixture.actionTitles(), QStringList({u8"Huỷ", u8"Thay thế"}));
+        QCOMPARE(m_fixture.alert()->actions().at(0)->style(), TPAlertAction::Style::Cancel);
+        m_fixture.alert()->triggerAction(0);
+        QVERIFY(m_fixture.engine->flush());
+        QCOMPARE(m_fixture.engine->requests().size(), 0);
+    }
+
+    void confirmingTheReplaceSendsTheDescribedSave()
+    {
+        serveAfterFailures("engine text", 1);
+        TPEditorVC *editor = open(QStringLiteral("a.lua"));
+        QTRY_COMPARE(editor->readState(), TPEditorVC::ReadState::Failed);
+        m_fixture.alert()->triggerAction(0);
+        typeOver(editor, QStringLiteral("new text"));
+        editor->onSaveTapped();
+        m_fixture.alert()->triggerAction(1);
+        QTRY_COMPARE(m_fixture.alertText(), QString::fromUtf8("OK|Đã lưu"));
+        const TPRecordedRequest save = m_fixture.requestsTo(QStringLiteral("/script")).last();
+        QCOMPARE(save.method, QByteArray("POST"));
+        QCOMPARE(save.body, QByteArray("new text"));
+        // Once agreed, Save behaves as described.
+        m_fixture.alert()->triggerAction(0);
+        editor->onSaveTapped();
+        QTRY_COMPARE(m_fixture.alertText(), QString::fromUtf8("OK|Đã lưu"));
+    }
+
+    void runAfterAFailedReadAsksFirstThenSavesAndRuns()
+    {
+        serveAfterFailures("engine text", 1);
+        TPEditorVC *editor = open(QStringLiteral("a.lua"));
+        QTRY_COMPARE(editor->readState(), TPEditorVC::ReadState::Failed);
+        m_fixture.alert()->triggerAction(0);
+        m_fixture.engine->clearRequests();
+        editor->onRunTapped();
+        QVERIFY(m_fixture.alertText().startsWith(QString::fromUtf8("File này chưa được đọc.")));
+        m_fixture.alert()->triggerAction(1);
+        QTRY_COMPARE(m_fixture.alertText(), QString::fromUtf8("OK|Đã chạy"));
+        QCOMPARE(m_fixture.engine->requests().size(), 2);
+        QCOMPARE(m_fixture.engine->requests().at(0).method, QByteArray("POST"));
+        QCOMPARE(m_fixture.engine->requests().at(1).path, QStringLiteral("/runfile"));
+    }
+
+    void retryFillsTheTextAndSaveNoLongerAsks()
+    {
+        serveAfterFailures("print('back')\n", 1);
+        TPEditorVC *editor = open(QStringLiteral("a.lua"));
+        QTRY_COMPARE(editor->readState(), TPEditorVC::ReadState::Failed);
+        m_fixture.alert()->triggerAction(0);
+        editor->notice()->trigger(QStringLiteral("retry"));
+        QTRY_COMPARE(editor->text(), QStringLiteral("print('back')\n"));
+        QCOMPARE(editor->readState(), TPEditorVC::ReadState::Read);
+        QVERIFY(!editor->notice()->shown());
+        QVERIFY(!editor->unsavedChanges());
+        editor->onSaveTapped();
+        QTRY_COMPARE(m_fixture.alertText(), QString::fromUtf8("OK|Đã lưu"));
+    }
+
+    // Text typed before a retry is not lost when the read replaces it: it is on offer as
+    // a draft.
+    void textTypedBeforeARetryIsOfferedAsADraft()
+    {
+        serveAfterFailures("engine", 1);
+        TPEditorVC *editor = open(QStringLiteral("a.lua"));
+        QTRY_COMPARE(editor->readState(), TPEditorVC::ReadState::Failed);
+        m_fixture.alert()->triggerAction(0);
+        typeOver(editor, QStringLiteral("typed while offline"));
+        editor->notice()->trigger(QStringLiteral("retry"));
+        QTRY_COMPARE(editor->text(), QStringLiteral("engine"));
+        QCOMPARE(noticeActions(editor), QStringList({"restore", "discard"}));
+        editor->notice()->trigger(QStringLiteral("restore"));
+        QCOMPARE(editor->text(), QStringLiteral("typed while offline"));
+    }
+
+    // A file that is not UTF-8 reads as the described empty text, without an alert; a bar
+    // says why, and Save asks before it would empty the file.
+    void aFileThatIsNotUtf8IsShownEmptyAndSaveAsksFirst()
+    {
+        serve("print('caf\xe9')\n");
+        TPEditorVC *editor = open(QStringLiteral("latin1.lua"));
+        QTRY_COMPARE(editor->readState(), TPEditorVC::ReadState::NotText);
+        QCOMPARE(editor->text(), QString());
+        QCOMPARE(m_fixture.alertCount(), 0);
+        QCOMPARE(editor->notice()->text(),
+                 QString::fromUtf8("File này không phải văn bản UTF-8 nên không hiện được ở đây"));
+        m_fixture.engine->clearRequests();
+        editor->onSaveTapped();
+        QVERIFY(m_fixture.alertText().startsWith(QString::fromUtf8("File này chưa được đọc.")));
+        m_fixture.alert()->triggerAction(0);
+        editor->onRunTapped();
+        QVERIFY(m_fixture.alertText().startsWith(QString::fromUtf8("File này chưa được đọc.")));
+        m_fixture.alert()->triggerAction(0);
+        QVERIFY(m_fixture.engine->flush());
+        QCOMPARE(m_fixture.engine->requests().size(), 0);
     }
 
     void saveSendsTheWholeTextAndConfirms()
@@ -114,7 +353,7 @@ private slots:
     void runWithEngineUnreachableShowsOnlyTheSaveFailure()
     {
         TPEditorVC *editor = open(QStringLiteral("a.lua"));
-        QTRY_COMPARE(m_fixture.engine->requests().size(), 1);
+        QTRY_COMPARE(editor->readState(), TPEditorVC::ReadState::Read);
         TPPointEngineAPIAtNothing();
         editor->onRunTapped();
         QTRY_COMPARE(m_fixture.alertText(),

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tpalertcontroller.h"
+#include "tpdraftstore.h"
 #include "tpengineapi.h"
 #include "tpownerfile.h"
 #include "tppresenter.h"
@@ -8,14 +9,16 @@
 #include "tptestutil.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <memory>
 
-// What a screen test needs around its screen: settings in test mode, the owner file in a
-// temporary folder, a recording engine on loopback and a presenter to catch alerts.
+// What a screen test needs around its screen: settings and the app's data folder in test
+// mode, the owner file in a temporary folder, a recording engine on loopback and a
+// presenter to catch alerts.
 class TPScreenFixture
 {
 public:
@@ -26,10 +29,11 @@ public:
         QCoreApplication::setApplicationName(QString::fromLatin1(testName));
     }
 
-    // Call from init(): a clean store, a fresh engine and no alerts.
+    // Call from init(): a clean store, no drafts, a fresh engine and no alerts.
     bool setUp()
     {
         QSettings().clear();
+        QDir(TPDraftStore::folder()).removeRecursively();
         presenter = std::make_unique<TPPresenter>();
         ownerDir = std::make_unique<QTemporaryDir>();
         TPSetOwnerFileLocations({ownerDir->filePath(QStringLiteral("jb")),
