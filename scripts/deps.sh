@@ -18,6 +18,8 @@ packages=(
     libsimdjson-dev
     # the engine client speaks HTTP through libcurl
     libcurl4-openssl-dev
+    # every version of a script read or saved is kept in a local git repository
+    libgit2-dev
     # names are sorted with ICU's full Unicode case folding (the ICU Qt itself links)
     libicu-dev
     # the fuzz targets: clang with libFuzzer and the sanitizer runtimes

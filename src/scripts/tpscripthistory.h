@@ -1,0 +1,92 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+#include <QThreadPool>
+
+#include <functional>
+#include <optional>
+
+// One recorded version of a script: its exact bytes are the blob `blob` of the history.
+struct TPScriptVersion
+{
+    QString path;
+    QByteArray blob; // the blob's id, in hex
+    QDateTime time;
+    qint64 size = 0;
+
+    friend bool operator==(const TPScriptVersion &, const TPScriptVersion &) = default;
+};
+
+// One line of a comparison of two versions: ' ' in both, '-' only in the older, '+' only in
+// the newer.
+struct TPDiffLine
+{
+    char origin = ' ';
+    QString text;
+};
+
+// The local history of every version of every script the app read or saved, kept as a
+// bare git repository (libgit2) in the app's data folder: one commit per recorded version,
+// the file under its relative path, its path as the commit's first line. Git gives the
+// deduplication, compression and diffs, and a format anyone can look into with git.
+//
+// All work runs on one worker thread, in the order it was asked for; results come back on
+// the thread of the context object given, unless that object is gone. Nothing here reaches
+// the engine. When the repository grows past its limit, the oldest versions go first: it
+// is rewritten keeping the newest KeptVersions of each file (fewer if that is still too
+// much), then swapped in for the old one.
+class TPScriptHistory
+{
+public:
+    static constexpr qint64 DefaultLimitBytes = qint64(64) * 1024 * 1024;
+    static constexpr int KeptVersions = 30;
+
+    explicit TPScriptHistory(const QString &folder, qint64 limitBytes = DefaultLimitBytes);
+    // Waits for the work asked for.
+    ~TPScriptHistory();
+    TPScriptHistory(const TPScriptHistory &) = delete;
+    TPScriptHistory &operator=(const TPScriptHistory &) = delete;
+
+    // The app's history, in its data folder ("history").
+    static TPScriptHistory *shared();
+
+    // Records `bytes` as the newest version of `path`, unless it already is.
+    void record(const QString &path, const QByteArray &bytes);
+    // The versions of `path`, newest first.
+    void versions(const QString &path, QObject *context,
+                  std::function<void(const QList<TPScriptVersion> &)> done);
+    // The newest version of every file recorded, newest first.
+    void files(QObject *context, std::function<void(const QList<TPScriptVersion> &)> done);
+    // A version's exact bytes, or none when it is not in the history.
+    void contents(const QByteArray &blob, QObject *context,
+                  std::function<void(const std::optional<QByteArray> &)> done);
+    // Blocks until every piece of work asked for so far is done.
+    void waitForIdle();
+    // The size of the repository on disk, in bytes.
+    qint64 sizeOnDisk() const;
+    QString folder() const { return m_folder; }
+
+    // Lines added and removed going from `older` to `newer`.
+    static std::pair<int, int> lineChanges(const QByteArray &older, const QByteArray &newer);
+    // Every line of `newer`, and each line of `older` it no longer has, in order.
+    static QList<TPDiffLine> compare(const QByteArray &older, const QByteArray &newer);
+
+private:
+    template <typename Result>
+    void answer(QObject *context, std::function<void(const Result &)> done,
+                std::function<Result()> work);
+    void recordNow(const QString &path, const QByteArray &bytes);
+    void keepWithinLimit();
+
+    QString m_folder;
+    qint64 m_limitBytes;
+    // Known size of the repository, rescanned every few records; -1 before the first scan.
+    qint64 m_knownSize = -1;
+    int m_recordsSinceScan = 0;
+    QThreadPool m_worker;
+};
