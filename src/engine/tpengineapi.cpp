@@ -328,15 +328,20 @@ bool TPEngineAPI::canCarryPath(const QString &path)
     return strictUrl(baseAddress() + QStringLiteral("/script?") + nameQuery(path)).has_value();
 }
 
-void TPEngineAPI::saveScript(const QString &path, const QString &content, Completion completion)
+QByteArray TPEngineAPI::scriptData(const QString &content)
 {
     // Text that cannot be encoded (a lone surrogate) empties the file rather than failing.
     QStringEncoder encoder(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
     QByteArray bytes = encoder.encode(content);
     if (encoder.hasError())
         bytes.clear();
-    requestMethod(QStringLiteral("POST"), QStringLiteral("/script"), nameQuery(path), bytes,
-                  judgedByStatus("Lưu thất bại", std::move(completion)));
+    return bytes;
+}
+
+void TPEngineAPI::saveScript(const QString &path, const QString &content, Completion completion)
+{
+    requestMethod(QStringLiteral("POST"), QStringLiteral("/script"), nameQuery(path),
+                  scriptData(content), judgedByStatus("Lưu thất bại", std::move(completion)));
 }
 
 void TPEngineAPI::deleteScript(const QString &path, Completion completion)

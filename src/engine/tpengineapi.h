@@ -61,6 +61,9 @@ public:
     // A read file's text: its bytes as UTF-8, a leading byte-order mark kept; nothing when
     // they are not UTF-8, which the described read gives as the empty text.
     static std::optional<QString> scriptText(const QByteArray &bytes);
+    // The bytes a save sends for `content`: its UTF-8, or no bytes when it cannot be
+    // encoded (the save then empties the file rather than failing).
+    static QByteArray scriptData(const QString &content);
     static void saveScript(const QString &path, const QString &content, Completion completion);
     static void deleteScript(const QString &path, Completion completion);
     static void createScript(const QString &path, Completion completion);

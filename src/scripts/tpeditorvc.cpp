@@ -5,6 +5,7 @@
 #include "tplang.h"
 #include "tpnotificationcenter.h"
 #include "tppathrules.h"
+#include "tpscripthistory.h"
 
 #include <QFontDatabase>
 #include <QGuiApplication>
@@ -179,6 +180,8 @@ void TPEditorVC::onReadFinished(const std::optional<QByteArray> &bytes,
         showNotice();
         return;
     }
+    // Every version read is kept, exactly as it came, text or not.
+    TPScriptHistory::shared()->record(_relPath, *bytes);
     const std::optional<QString> content = TPEngineAPI::scriptText(*bytes);
     m_readState = content ? ReadState::Read : ReadState::NotText;
     setText(content.value_or(QString()));
@@ -285,7 +288,9 @@ void TPEditorVC::saveWithCompletion(std::function<void(bool)> completion)
 
 void TPEditorVC::onSaved(const QString &sent)
 {
-    // What was sent is saved; typing since then is not, and stays a draft.
+    // What was sent is saved, and kept as a version; typing since then is not, and stays a
+    // draft.
+    TPScriptHistory::shared()->record(_relPath, TPEngineAPI::scriptData(sent));
     m_savedText = sent;
     const bool unsaved = text() != m_savedText;
     setUnsavedChanges(unsaved);

@@ -2,6 +2,7 @@
 
 #include "tpalertcontroller.h"
 #include "tpdraftstore.h"
+#include "tpscripthistory.h"
 #include "tpengineapi.h"
 #include "tpownerfile.h"
 #include "tppresenter.h"
@@ -29,11 +30,13 @@ public:
         QCoreApplication::setApplicationName(QString::fromLatin1(testName));
     }
 
-    // Call from init(): a clean store, no drafts, a fresh engine and no alerts.
+    // Call from init(): a clean store, no drafts, no history, a fresh engine and no alerts.
     bool setUp()
     {
         QSettings().clear();
         QDir(TPDraftStore::folder()).removeRecursively();
+        TPScriptHistory::shared()->waitForIdle();
+        QDir(TPScriptHistory::shared()->folder()).removeRecursively();
         presenter = std::make_unique<TPPresenter>();
         ownerDir = std::make_unique<QTemporaryDir>();
         TPSetOwnerFileLocations({ownerDir->filePath(QStringLiteral("jb")),
