@@ -340,8 +340,14 @@ QByteArray TPEngineAPI::scriptData(const QString &content)
 
 void TPEngineAPI::saveScript(const QString &path, const QString &content, Completion completion)
 {
-    requestMethod(QStringLiteral("POST"), QStringLiteral("/script"), nameQuery(path),
-                  scriptData(content), judgedByStatus("Lưu thất bại", std::move(completion)));
+    saveScriptData(path, scriptData(content), std::move(completion));
+}
+
+void TPEngineAPI::saveScriptData(const QString &path, const QByteArray &bytes,
+                                 Completion completion)
+{
+    requestMethod(QStringLiteral("POST"), QStringLiteral("/script"), nameQuery(path), bytes,
+                  judgedByStatus("Lưu thất bại", std::move(completion)));
 }
 
 void TPEngineAPI::deleteScript(const QString &path, Completion completion)

@@ -1,5 +1,6 @@
 #include "tplang.h"
 
+#include <QLocale>
 #include <QSettings>
 
 namespace {
@@ -114,6 +115,13 @@ constexpr TPLangRow kExtraRows[] = {
     {"read_retry", "Thử lại", "Retry"},
     {"read_not_text", "File này không phải văn bản UTF-8 nên không hiện được ở đây",
      "This file is not UTF-8 text and cannot be shown here"},
+    {"history_title", "Lịch sử", "History"},
+    {"history_deleted", "đã xoá", "deleted"},
+    {"history_empty", "Chưa có phiên bản nào", "No versions yet"},
+    {"history_bytes", "%1 byte", "%1 bytes"},
+    {"history_lines", "+%1 −%2", "+%1 −%2"},
+    {"history_restored", "Đã khôi phục", "Restored"},
+    {"history_save_version", "Lưu phiên bản này lên engine?", "Save this version to the engine?"},
     {"replace_unread", "File này chưa được đọc. Thay nó trên engine bằng nội dung đang hiện?",
      "This file was not read. Replace it on the engine with the text shown?"},
 };
@@ -144,6 +152,13 @@ const TPLangTableMap &TPLangExtraTable()
 {
     static const TPLangTableMap table = buildTable(kExtraRows);
     return table;
+}
+
+QString TPLDateTime(const QDateTime &time)
+{
+    const QLocale locale(TPCurrentLang() == QLatin1String("en") ? QLocale::English
+                                                                : QLocale::Vietnamese);
+    return locale.toString(time.toLocalTime(), QLocale::ShortFormat);
 }
 
 QString TPCurrentLang()

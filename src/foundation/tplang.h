@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QHash>
 #include <QString>
 
@@ -30,3 +31,6 @@ inline QString TPL(const char *key)
 {
     return TPL(QString::fromLatin1(key));
 }
+
+// A date and time as the current language writes it, short.
+QString TPLDateTime(const QDateTime &time);

@@ -44,6 +44,8 @@ const TPTheme::Palette &TPTheme::lightPalette()
          {QStringLiteral("comment"), QColor(QStringLiteral("#707F8C"))},
          {QStringLiteral("number"), QColor(QStringLiteral("#272AD8"))},
          {QStringLiteral("function"), QColor(QStringLiteral("#3E8087"))}},
+        QColor(QStringLiteral("#DDF7E3")),
+        QColor(QStringLiteral("#FFE1DE")),
     };
     return palette;
 }
@@ -86,6 +88,8 @@ const TPTheme::Palette &TPTheme::darkPalette()
          {QStringLiteral("comment"), QColor(QStringLiteral("#7F8C98"))},
          {QStringLiteral("number"), QColor(QStringLiteral("#D0BF69"))},
          {QStringLiteral("function"), QColor(QStringLiteral("#67B7A4"))}},
+        QColor(QStringLiteral("#1B3A24")),
+        QColor(QStringLiteral("#4A1F1C")),
     };
     return palette;
 }

@@ -48,6 +48,8 @@ class TPTheme : public QObject
     Q_PROPERTY(QColor gutterNumber READ gutterNumber NOTIFY paletteChanged)
     Q_PROPERTY(QColor errorBackground READ errorBackground NOTIFY paletteChanged)
     Q_PROPERTY(QColor selection READ selection NOTIFY paletteChanged)
+    Q_PROPERTY(QColor addedLine READ addedLine NOTIFY paletteChanged)
+    Q_PROPERTY(QColor removedLine READ removedLine NOTIFY paletteChanged)
     // The editor's token colours by token name ("keyword", "string", "comment", "number",
     // "function").
     Q_PROPERTY(QVariantMap syntaxColors READ syntaxColors NOTIFY paletteChanged)
@@ -93,6 +95,9 @@ public:
         QColor errorBackground;
         QColor selection;
         QVariantMap syntaxColors;
+        // a version's lines against the editor's text
+        QColor addedLine;
+        QColor removedLine;
     };
 
     static const Palette &lightPalette();
@@ -133,6 +138,8 @@ public:
     QColor gutterBackground() const { return palette().gutterBackground; }
     QColor gutterNumber() const { return palette().gutterNumber; }
     QColor errorBackground() const { return palette().errorBackground; }
+    QColor addedLine() const { return palette().addedLine; }
+    QColor removedLine() const { return palette().removedLine; }
     QColor selection() const { return palette().selection; }
     QVariantMap syntaxColors() const { return palette().syntaxColors; }
     int barHeight() const { return 44; }

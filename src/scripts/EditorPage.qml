@@ -66,6 +66,11 @@ ScreenPage {
         Row {
             anchors { right: parent.right; rightMargin: 4; verticalCenter: parent.verticalCenter }
             ToolTextButton {
+                objectName: "historyButton"
+                text: page.texts.history_title
+                onClicked: page.controller.onHistoryTapped()
+            }
+            ToolTextButton {
                 objectName: "findButton"
                 text: page.texts.editor_find
                 checked: page.findOpen

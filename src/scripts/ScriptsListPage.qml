@@ -12,6 +12,11 @@ ScreenPage {
 
     barItems: Row {
         BarButton {
+            objectName: "historyButton"
+            text: page.controller ? page.controller.texts.history : ""
+            onClicked: page.controller.onHistoryTapped()
+        }
+        BarButton {
             objectName: "refreshButton"
             // Stays tappable while a reload is in flight: nothing is cancelled.
             glyph: page.controller && page.controller.reloading ? "" : "↻"

@@ -2,7 +2,9 @@
 
 #include "tpalertcontroller.h"
 #include "tpengineapi.h"
+#include "tphistoryvc.h"
 #include "tplang.h"
+#include "tpnavigationstack.h"
 #include "tpnotificationcenter.h"
 #include "tppathrules.h"
 #include "tpscripthistory.h"
@@ -10,7 +12,6 @@
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QInputMethod>
-#include <QLocale>
 #include <QPointer>
 #include <QQuickItem>
 #include <QSettings>
@@ -190,6 +191,10 @@ void TPEditorVC::onReadFinished(const std::optional<QByteArray> &bytes,
         m_drafts->discard();
         m_draftOnOffer.reset();
     }
+    if (content && m_restoreWhenRead) {
+        restoreText(*m_restoreWhenRead);
+        m_restoreWhenRead.reset();
+    }
     showNotice();
 }
 
@@ -232,10 +237,31 @@ void TPEditorVC::restoreDraft()
 {
     if (!m_draftOnOffer)
         return;
-    // One undoable edit, so that the text before it is one undo away.
-    _textView->applyStep({{0, _textView->text(), QString::fromUtf8(m_draftOnOffer->bytes)}}, 0);
+    const QString draft = QString::fromUtf8(m_draftOnOffer->bytes);
     m_draftOnOffer.reset();
+    restoreText(draft);
     showNotice();
+}
+
+void TPEditorVC::restoreText(const QString &restored)
+{
+    // One undoable edit, so that the text before it is one undo away. It is not saved
+    // until the user saves.
+    _textView->applyStep({{0, _textView->text(), restored}}, 0);
+}
+
+void TPEditorVC::restoreWhenRead(const QString &restored)
+{
+    if (m_readState == ReadState::Read)
+        restoreText(restored);
+    else
+        m_restoreWhenRead = restored;
+}
+
+void TPEditorVC::onHistoryTapped()
+{
+    if (TPNavigationStack *stack = navigationController())
+        stack->pushViewController(new TPHistoryVC(_relPath, this));
 }
 
 void TPEditorVC::discardDraft()

@@ -80,6 +80,10 @@ public:
     void setContentInsets(const QMarginsF &insets);
 
     void loadContent();
+    // Puts `text` in the editor as one undoable edit, unsaved: a version from the history.
+    void restoreText(const QString &text);
+    // The same, once the file has been read (an editor opened to restore a version).
+    void restoreWhenRead(const QString &text);
     // Sends the current text; reports true once the engine has it. Called back exactly once.
     void saveWithCompletion(std::function<void(bool)> completion);
 
@@ -99,6 +103,8 @@ public slots:
     // The platform's keyboard moved, appeared or went: its frame, read from the platform's
     // input method and mapped into `view`, or its hiding, is passed on to the two above.
     void followKeyboard(QQuickItem *view);
+    // Shows the file's versions in the history.
+    void onHistoryTapped();
     // An action of the notice: "retry", "restore" or "discard".
     void onNoticeAction(const QString &id);
 
@@ -148,6 +154,8 @@ private:
     // A draft kept from before this screen (Back, a kill, a crash) that differs from what
     // the engine has, until the user restores or discards it.
     std::optional<TPDraftStore::Draft> m_draftOnOffer;
+    // A version to put in once the read has succeeded.
+    std::optional<QString> m_restoreWhenRead;
     // A read is replacing the text: that is no edit of the user's.
     bool m_settingText = false;
     QMetaObject::Connection _langObservation;

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <climits>
 #include <memory>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -235,19 +236,45 @@ void TPScriptHistory::answer(QObject *context, std::function<void(const Result &
     });
 }
 
+QList<TPScriptVersion> TPScriptHistory::versionsNow(const QString &path,
+                                                    const std::optional<QByteArray> &current) const
+{
+    QList<TPScriptVersion> found;
+    const Repository repository = openRepository(m_folder, false);
+    if (!repository)
+        return found;
+    for (TPScriptVersion &version : allVersions(repository.get())) {
+        if (version.path != path)
+            continue;
+        git_oid id;
+        git_blob *blob = nullptr;
+        if (current && found.size() < MaxCompared &&
+            git_oid_fromstr(&id, version.blob.constData()) == 0 &&
+            git_blob_lookup(&blob, repository.get(), &id) == 0) {
+            const Blob owned(blob);
+            std::tie(version.added, version.removed) = lineChanges(
+                *current,
+                QByteArray::fromRawData(static_cast<const char *>(git_blob_rawcontent(blob)),
+                                        qsizetype(git_blob_rawsize(blob))));
+        }
+        found.append(version);
+    }
+    return found;
+}
+
 void TPScriptHistory::versions(const QString &path, QObject *context,
                                std::function<void(const QList<TPScriptVersion> &)> done)
 {
-    answer<QList<TPScriptVersion>>(context, std::move(done), [this, path] {
-        QList<TPScriptVersion> found;
-        if (const Repository repository = openRepository(m_folder, false)) {
-            for (const TPScriptVersion &version : allVersions(repository.get())) {
-                if (version.path == path)
-                    found.append(version);
-            }
-        }
-        return found;
-    });
+    answer<QList<TPScriptVersion>>(context, std::move(done),
+                                   [this, path] { return versionsNow(path, std::nullopt); });
+}
+
+void TPScriptHistory::versionsAgainst(const QString &path, const QByteArray &current,
+                                      QObject *context,
+                                      std::function<void(const QList<TPScriptVersion> &)> done)
+{
+    answer<QList<TPScriptVersion>>(context, std::move(done),
+                                   [this, path, current] { return versionsNow(path, current); });
 }
 
 void TPScriptHistory::files(QObject *context,

@@ -18,6 +18,10 @@ struct TPScriptVersion
     QByteArray blob; // the blob's id, in hex
     QDateTime time;
     qint64 size = 0;
+    // Lines added and removed going from the text compared with to this version; -1 when
+    // not compared.
+    int added = -1;
+    int removed = -1;
 
     friend bool operator==(const TPScriptVersion &, const TPScriptVersion &) = default;
 };
@@ -60,6 +64,10 @@ public:
     // The versions of `path`, newest first.
     void versions(const QString &path, QObject *context,
                   std::function<void(const QList<TPScriptVersion> &)> done);
+    // The same, the newest MaxCompared of them each compared with `current`.
+    static constexpr int MaxCompared = 100;
+    void versionsAgainst(const QString &path, const QByteArray &current, QObject *context,
+                         std::function<void(const QList<TPScriptVersion> &)> done);
     // The newest version of every file recorded, newest first.
     void files(QObject *context, std::function<void(const QList<TPScriptVersion> &)> done);
     // A version's exact bytes, or none when it is not in the history.
@@ -80,6 +88,8 @@ private:
     template <typename Result>
     void answer(QObject *context, std::function<void(const Result &)> done,
                 std::function<Result()> work);
+    QList<TPScriptVersion> versionsNow(const QString &path,
+                                       const std::optional<QByteArray> &current) const;
     void recordNow(const QString &path, const QByteArray &bytes);
     void keepWithinLimit();
 

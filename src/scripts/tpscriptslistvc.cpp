@@ -3,6 +3,7 @@
 #include "tpalertcontroller.h"
 #include "tpeditorvc.h"
 #include "tpengineapi.h"
+#include "tphistoryvc.h"
 #include "tplang.h"
 #include "tplistingdecoder.h"
 #include "tpnavigationstack.h"
@@ -28,7 +29,8 @@ void TPScriptsListVC::readTexts()
                {QStringLiteral("search"), TPL("list_search")},
                {QStringLiteral("unreachable"), TPL("row_unreachable")},
                {QStringLiteral("refresh"), TPL("list_refresh")},
-               {QStringLiteral("add"), TPL("list_add")}};
+               {QStringLiteral("add"), TPL("list_add")},
+               {QStringLiteral("history"), TPL("history_title")}};
     emit textsChanged();
 }
 
@@ -92,6 +94,12 @@ void TPScriptsListVC::onLangChangedNotification()
 void TPScriptsListVC::viewWillAppear()
 {
     reloadData();
+}
+
+void TPScriptsListVC::onHistoryTapped()
+{
+    if (TPNavigationStack *stack = navigationController())
+        stack->pushViewController(new TPHistoryVC);
 }
 
 void TPScriptsListVC::onRefreshTapped()

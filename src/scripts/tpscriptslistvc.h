@@ -62,6 +62,8 @@ public slots:
 
     void onAddTapped();
     void onRefreshTapped();
+    // Every file the app has kept versions of, deleted ones too.
+    void onHistoryTapped();
     // The pull-to-refresh control was pulled: it spins until the next reload ends.
     void onRefreshControlPulled();
     void didSelectRow(int row);

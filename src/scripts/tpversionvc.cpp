@@ -1,0 +1,137 @@
+#include "tpversionvc.h"
+
+#include "tpalertcontroller.h"
+#include "tpeditorvc.h"
+#include "tpengineapi.h"
+#include "tplang.h"
+#include "tpnavigationstack.h"
+
+TPVersionVC::TPVersionVC(const TPScriptVersion &version, TPEditorVC *editor, bool deleted,
+                         QObject *parent)
+    : TPViewController(parent), m_version(version), m_editor(editor), m_deleted(deleted),
+      m_lines(new TPHistoryRowsModel(this))
+{
+    setTitle(TPLDateTime(version.time));
+}
+
+QUrl TPVersionVC::viewUrl() const
+{
+    return QUrl(QStringLiteral("qrc:/TPCompanion/VersionPage.qml"));
+}
+
+QFont TPVersionVC::font() const
+{
+    return TPEditorVC::editorFont();
+}
+
+QString TPVersionVC::restoreTitle() const
+{
+    return TPL("draft_restore");
+}
+
+void TPVersionVC::viewDidLoad()
+{
+    TPScriptHistory::shared()->contents(m_version.blob, this,
+                                        [this](const std::optional<QByteArray> &bytes) {
+                                            m_bytes = bytes.value_or(QByteArray());
+                                            showLines();
+                                            emit loadingChanged();
+                                        });
+}
+
+void TPVersionVC::showLines()
+{
+    // Against the editor's text when it is open; on its own otherwise.
+    const QByteArray current = m_editor ? TPEngineAPI::scriptData(m_editor->text()) : *m_bytes;
+    QList<TPHistoryRowsModel::Row> rows;
+    for (const TPDiffLine &line : TPScriptHistory::compare(current, *m_bytes)) {
+        const QString mark = line.origin == '+'   ? QStringLiteral("added")
+                             : line.origin == '-' ? QStringLiteral("removed")
+                                                  : QString();
+        rows.append({line.text, QString(), mark});
+    }
+    m_lines->setRows(rows);
+}
+
+void TPVersionVC::onRestoreTapped()
+{
+    if (!m_bytes)
+        return;
+    if (m_deleted) {
+        undelete();
+        return;
+    }
+    const std::optional<QString> text = TPEngineAPI::scriptText(*m_bytes);
+    if (!text) {
+        saveAsItIs();
+        return;
+    }
+    if (m_editor) {
+        m_editor->restoreText(*text);
+        returnToEditor();
+        return;
+    }
+    if (TPNavigationStack *stack = navigationController()) {
+        auto *editor = new TPEditorVC(m_version.path);
+        editor->restoreWhenRead(*text);
+        stack->pushViewController(editor);
+    }
+}
+
+void TPVersionVC::returnToEditor()
+{
+    TPNavigationStack *stack = navigationController();
+    while (stack && m_editor && stack->depth() > 1 && stack->topViewController() != m_editor)
+        stack->popViewController();
+}
+
+void TPVersionVC::undelete()
+{
+    QPointer<TPVersionVC> self(this);
+    const QString path = m_version.path;
+    const QByteArray bytes = *m_bytes;
+    TPEngineAPI::createScript(path, [self, path, bytes](const TPEngineAPI::Error &error) {
+        if (!self)
+            return;
+        if (error) {
+            self->showAlert(TPL("alert_error"), TPL("err_offline"));
+            return;
+        }
+        TPEngineAPI::saveScriptData(path, bytes, [self](const TPEngineAPI::Error &saveError) {
+            if (!self)
+                return;
+            if (saveError) {
+                self->showAlert(TPL("alert_error"), TPL("err_save_fail"));
+                return;
+            }
+            self->m_deleted = false;
+            self->showAlert(TPL("alert_ok"), TPL("history_restored"));
+        });
+    });
+}
+
+void TPVersionVC::saveAsItIs()
+{
+    auto *alert = new TPAlertController(TPL("history_save_version"), QString(),
+                                        TPAlertController::Style::Alert);
+    // Cancel comes first and is the default: nothing reaches the engine without a tap.
+    alert->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
+    QPointer<TPVersionVC> self(this);
+    alert->addAction(TPL("guard_replace"), TPAlertAction::Style::Destructive, [self] {
+        if (!self)
+            return;
+        TPEngineAPI::saveScriptData(
+            self->m_version.path, *self->m_bytes, [self](const TPEngineAPI::Error &error) {
+                if (!self)
+                    return;
+                if (error) {
+                    self->showAlert(TPL("alert_error"), TPL("err_save_fail"));
+                    return;
+                }
+                if (self->m_editor)
+                    self->m_editor->loadContent();
+                self->showAlert(TPL("alert_ok"), TPL("history_restored"));
+            });
+    });
+    presentAlert(alert);
+}
