@@ -158,7 +158,10 @@ QString TPLDateTime(const QDateTime &time)
 {
     const QLocale locale(TPCurrentLang() == QLatin1String("en") ? QLocale::English
                                                                 : QLocale::Vietnamese);
-    return locale.toString(time.toLocalTime(), QLocale::ShortFormat);
+    // The language's short date, and the time on a 24-hour clock in both.
+    const QDateTime local = time.toLocalTime();
+    return locale.toString(local.date(), QLocale::ShortFormat) + u' ' +
+           local.time().toString(QStringLiteral("HH:mm"));
 }
 
 QString TPCurrentLang()

@@ -32,5 +32,5 @@ inline QString TPL(const char *key)
     return TPL(QString::fromLatin1(key));
 }
 
-// A date and time as the current language writes it, short.
+// A date as the current language writes it, short, and the time on a 24-hour clock.
 QString TPLDateTime(const QDateTime &time);

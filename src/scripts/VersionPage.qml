@@ -40,6 +40,7 @@ ScreenPage {
             Accessible.name: (mark === "added" ? "+ " : mark === "removed" ? "- " : "") + title
             Text {
                 id: line
+                objectName: "versionLine"
                 anchors { left: parent.left; right: parent.right; leftMargin: 8; rightMargin: 8 }
                 text: parent.title
                 wrapMode: Text.WrapAnywhere

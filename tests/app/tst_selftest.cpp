@@ -12,6 +12,7 @@
 #include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickWindow>
+#include <QRegularExpression>
 #include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
 
@@ -34,7 +35,7 @@ void recordWarnings(QtMsgType type, const QMessageLogContext &context, const QSt
 // The items each stop must show, by object name.
 const QHash<QString, QStringList> kExpectedItems = {
     {"first-run-prompt", {"alertBox", "alertTextField", "alertAction0"}},
-    {"scripts", {"scriptsList", "row0", "addButton", "refreshButton"}},
+    {"scripts", {"scriptsList", "row0", "addButton", "refreshButton", "historyButton"}},
     {"folder", {"scriptsList", "row0", "backButton"}},
     {"add-sheet", {"sheet", "sheetAction0", "sheetAction1"}},
     {"new-folder-prompt", {"alertBox", "alertTextField", "alertAction1"}},
@@ -44,6 +45,10 @@ const QHash<QString, QStringList> kExpectedItems = {
     {"editor-find",
      {"findBar", "findField", "findNext", "findPrevious", "regexToggle", "caseToggle"}},
     {"editor-syntax-error", {"editor", "gutter", "syntaxMessage", "syntaxMessageBar"}},
+    {"history-versions", {"historyList", "historyRow0", "backButton"}},
+    {"history-version", {"versionLines", "restoreButton", "backButton"}},
+    {"editor-draft", {"editor", "noticeBar", "noticeText", "notice_restore", "notice_discard"}},
+    {"history-files", {"historyList", "historyRow0", "backButton"}},
     {"alert", {"alertBox", "alertAction0"}},
     {"store", {"storeLabel"}},
     {"settings", {"settingsTable", "switch4", "segments_langCell", "segments_segCell"}},
@@ -90,24 +95,45 @@ QStringList dataShownAsItIs()
     return data;
 }
 
-// A text the app shows is its own when it is one of the two tables' texts in the current
-// language, data shown as it is, or has no letters (numbers, glyphs).
+// A text the app shows is its own when each of its parts (its lines, and the pieces a row
+// joins with " · ") is one of the two tables' texts in the current language, with anything
+// in place of its %1, %2, data shown as it is, or has no letters (numbers, glyphs).
 QStringList foreignTexts(QQuickItem *root)
 {
     QStringList own;
+    QList<QRegularExpression> templates;
     for (const TPLangTableMap *table : {&TPLangTable(), &TPLangExtraTable()}) {
-        for (const TPLangEntry &entry : *table)
-            own.append(entry.value(TPCurrentLang()));
+        for (const TPLangEntry &entry : *table) {
+            const QString text = entry.value(TPCurrentLang());
+            own.append(text);
+            if (text.contains(QLatin1String("%1"))) {
+                static const QRegularExpression placeholder(QStringLiteral("%\\d"));
+                QStringList pieces = text.split(placeholder);
+                for (QString &piece : pieces)
+                    piece = QRegularExpression::escape(piece);
+                templates.append(
+                    QRegularExpression(u'^' + pieces.join(QStringLiteral(".+")) + u'$'));
+            }
+        }
     }
     static const QStringList data = dataShownAsItIs();
-    const auto isOwn = [&](const QString &text) {
-        const QString trimmed = text.trimmed();
+    const auto isOwnPart = [&](const QString &part) {
+        const QString trimmed = part.trimmed();
         if (std::none_of(trimmed.begin(), trimmed.end(), [](QChar c) { return c.isLetter(); }))
             return true;
         if (own.contains(trimmed, Qt::CaseInsensitive))
             return true;
+        if (std::any_of(templates.begin(), templates.end(), [&](const QRegularExpression &form) {
+                return form.match(trimmed).hasMatch();
+            }))
+            return true;
         return std::any_of(data.begin(), data.end(),
                            [&](const QString &datum) { return trimmed.contains(datum); });
+    };
+    const auto isOwn = [&](const QString &text) {
+        static const QRegularExpression parts(QStringLiteral("\n| · "));
+        const QStringList pieces = text.split(parts);
+        return std::all_of(pieces.begin(), pieces.end(), isOwnPart);
     };
     QStringList foreign;
     forEachShownItem(root, [&](QQuickItem *item) {
@@ -118,6 +144,8 @@ QStringList foreignTexts(QQuickItem *root)
         shown.append(item->property("placeholderText").toString());
         if (item->objectName() == QLatin1String("syntaxMessage"))
             return; // the Lua compiler's own message, beside the table's "syntax error"
+        if (item->objectName() == QLatin1String("versionLine"))
+            return; // a line of a script, as the history kept it
         for (const QString &text : std::as_const(shown)) {
             if (!isOwn(text))
                 foreign.append(describe(item) + QStringLiteral(": ") + text);

@@ -5,6 +5,7 @@
 #include "tpdeviceaddress.h"
 #include "tpeditorvc.h"
 #include "tpengineapi.h"
+#include "tphistoryvc.h"
 #include "tplang.h"
 #include "tpnavigationstack.h"
 #include "tpownerfile.h"
@@ -12,6 +13,7 @@
 #include "tpscriptslistvc.h"
 #include "tpsettingsvc.h"
 #include "tptabbarcontroller.h"
+#include "tpversionvc.h"
 
 #include "tpquicktestutil.h"
 #include "tptestutil.h"
@@ -241,7 +243,43 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
         return fail(QStringLiteral("saving showed no alert"));
     if (!stop("alert") || !answerAlert("alertAction0"))
         return false;
-    if (!touch(QStringLiteral("runButton")) || !answerAlert("alertAction0") || !goBack())
+    if (!touch(QStringLiteral("runButton")) || !answerAlert("alertAction0"))
+        return false;
+
+    // The versions read and saved, and one of them.
+    if (!touch(QStringLiteral("historyButton")))
+        return false;
+    auto *versions = qobject_cast<TPHistoryVC *>(scriptsStack->topViewController());
+    if (!versions || !waitFor([&] { return versions->rows()->rowCount() > 0; }))
+        return fail(QStringLiteral("the editor's history listed no version"));
+    if (!stop("history-versions") || !touch(QStringLiteral("historyRow0")))
+        return false;
+    auto *version = qobject_cast<TPVersionVC *>(scriptsStack->topViewController());
+    if (!version || !waitFor([&] { return !version->loading(); }))
+        return fail(QStringLiteral("the version did not show"));
+    if (!stop("history-version") || !goBack() || !goBack())
+        return false;
+
+    // Typing, then leaving without saving: the text is kept as a draft and offered when the
+    // file is opened again.
+    if (!type(QStringLiteral("editor"), QStringLiteral("x")) || !goBack())
+        return false;
+    settle();
+    if (!touchRow(scripts, "main.lua"))
+        return false;
+    auto *reopened = qobject_cast<TPEditorVC *>(scriptsStack->topViewController());
+    if (!reopened || !waitFor([&] { return reopened->notice()->shown(); }))
+        return fail(QStringLiteral("the kept draft was not offered"));
+    if (!stop("editor-draft") || !touch(QStringLiteral("notice_discard")) || !goBack())
+        return false;
+
+    settle();
+    if (!touch(QStringLiteral("historyButton")))
+        return false;
+    auto *files = qobject_cast<TPHistoryVC *>(scriptsStack->topViewController());
+    if (!files || !waitFor([&] { return files->rows()->rowCount() > 0 && !files->loading(); }))
+        return fail(QStringLiteral("the history listed no file"));
+    if (!stop("history-files") || !goBack())
         return false;
 
     settle();
