@@ -13,6 +13,8 @@ ScreenPage {
     barItems: Row {
         BarButton {
             objectName: "historyButton"
+            // A clock face; the word is its spoken name.
+            glyph: "◷"
             text: page.controller ? page.controller.texts.history : ""
             onClicked: page.controller.onHistoryTapped()
         }

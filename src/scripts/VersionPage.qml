@@ -43,7 +43,7 @@ ScreenPage {
                 objectName: "versionLine"
                 anchors { left: parent.left; right: parent.right; leftMargin: 8; rightMargin: 8 }
                 text: parent.title
-                wrapMode: Text.WrapAnywhere
+                wrapMode: Text.WrapAtWordBoundaryOrAnywhere
                 textFormat: Text.PlainText
                 font: page.controller.font
                 color: Theme.label

@@ -4,7 +4,6 @@
 #include "tpengineapi.h"
 #include "tplang.h"
 #include "tpnavigationstack.h"
-#include "tppathrules.h"
 #include "tpscripttree.h"
 #include "tpversionvc.h"
 
@@ -18,7 +17,7 @@ TPHistoryVC::TPHistoryVC(const QString &path, TPEditorVC *editor, bool deleted, 
     : TPViewController(parent), m_filesMode(false), m_path(path), m_editor(editor),
       m_deleted(deleted), m_rows(new TPHistoryRowsModel(this))
 {
-    setTitle(TPLastPathSegment(path));
+    setTitle(TPL("history_title"));
 }
 
 QUrl TPHistoryVC::viewUrl() const

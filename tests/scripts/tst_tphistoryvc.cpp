@@ -75,7 +75,7 @@ private slots:
         editor->onHistoryTapped();
         auto *history = top<TPHistoryVC>();
         QVERIFY(history);
-        QCOMPARE(history->title(), QStringLiteral("a.lua"));
+        QCOMPARE(history->title(), QString::fromUtf8("Lịch sử"));
         QTRY_VERIFY(!history->loading());
         QCOMPARE(history->rows()->rowCount(), 2);
         const QStringList rows = shownRows(history->rows());
