@@ -209,11 +209,7 @@ void TPEditorVC::showNotice()
         lines.append(TPL("read_not_text"));
     }
     if (m_draftOnOffer) {
-        const QLocale locale(TPCurrentLang() == QLatin1String("en") ? QLocale::English
-                                                                    : QLocale::Vietnamese);
-        lines.append(
-            TPL("draft_found")
-                .arg(locale.toString(m_draftOnOffer->savedAt.toLocalTime(), QLocale::ShortFormat)));
+        lines.append(TPL("draft_found").arg(TPLDateTime(m_draftOnOffer->savedAt)));
         actions.append({QStringLiteral("restore"), TPL("draft_restore")});
         actions.append({QStringLiteral("discard"), TPL("draft_discard")});
     }

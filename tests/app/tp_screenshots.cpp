@@ -48,9 +48,11 @@ int main(int argc, char *argv[])
     }
     const QString output = arguments.at(2);
     QDir().mkpath(output);
-    const QStringList wanted = {"first-run-prompt",    "scripts", "add-sheet", "editor",
-                                "editor-syntax-error", "alert",   "store",     "settings",
-                                "settings-touch-debug"};
+    const QStringList wanted = {
+        "first-run-prompt",    "scripts",      "add-sheet",     "editor",
+        "editor-syntax-error", "editor-draft", "history-files", "history-versions",
+        "history-version",     "alert",        "store",         "settings",
+        "settings-touch-debug"};
 
     TPAppTour tour;
     QString error;
