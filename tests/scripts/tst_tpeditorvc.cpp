@@ -5,6 +5,7 @@
 #include "tpscreenfixture.h"
 
 #include <QFontInfo>
+#include <QProcess>
 #include <QSettings>
 #include <QTest>
 
@@ -144,6 +145,31 @@ private slots:
         QTRY_COMPARE(m_fixture.alertText(), QString::fromUtf8("OK|Đã lưu"));
         QCOMPARE(m_fixture.requestsTo(QStringLiteral("/script")).last().body, tricky.toUtf8());
         QCOMPARE(TPDraftStore::read(QStringLiteral("lib/a.lua")), std::nullopt);
+    }
+
+    // The app quits with a draft's write pending; a new app process offers it and restores
+    // it byte for byte.
+    void aDraftWrittenAsTheAppQuitsIsRestoredByANewProcess()
+    {
+        const QString tricky =
+            QString::fromUtf8("\xEF\xBB\xBFlocal a = 1\r\nb\rc\u00A0d\u2028e\r\nend");
+        QProcess child;
+        child.start(QStringLiteral(TP_DRAFT_CHILD),
+                    {QStringLiteral("lib/q.lua"), QString::fromLatin1(tricky.toUtf8().toHex()),
+                     QCoreApplication::applicationName()});
+        QVERIFY(child.waitForFinished(30000));
+        QCOMPARE(child.exitCode(), 0);
+        QVERIFY(TPDraftStore::read(QStringLiteral("lib/q.lua")));
+        QCOMPARE(TPDraftStore::read(QStringLiteral("lib/q.lua"))->bytes, tricky.toUtf8());
+
+        serve("engine\n");
+        TPEditorVC *editor = open(QStringLiteral("lib/q.lua"));
+        QTRY_VERIFY(editor->notice()->shown());
+        editor->notice()->trigger(QStringLiteral("restore"));
+        QCOMPARE(editor->text(), tricky);
+        editor->onSaveTapped();
+        QTRY_COMPARE(m_fixture.alertText(), QString::fromUtf8("OK|Đã lưu"));
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/script")).last().body, tricky.toUtf8());
     }
 
     void aDraftIsWrittenAtOnceWhenTheAppLeavesTheForegroundOrTheEditorCloses_data()
