@@ -10,31 +10,8 @@ if [ "$#" -lt 1 ] || [ "$#" -gt 2 ]; then
     sed -n '2,7p' "$0" | sed 's/^# \{0,1\}//' >&2
     exit 2
 fi
-source_dir=$1
-prefix=${2:-build-curl-ios/prefix}
-if [ ! -f "$source_dir/CMakeLists.txt" ] || [ ! -f "$source_dir/include/curl/curl.h" ]; then
-    echo "error: $source_dir is not an unpacked curl release" >&2
-    exit 1
-fi
-
-cmake -S "$source_dir" -B build-curl-ios/build -G Xcode \
-    -DCMAKE_SYSTEM_NAME=iOS \
-    -DCMAKE_OSX_ARCHITECTURES=arm64 \
-    -DCMAKE_OSX_DEPLOYMENT_TARGET=15.0 \
-    -DCMAKE_INSTALL_PREFIX="$prefix" \
-    -DBUILD_SHARED_LIBS=OFF \
-    -DBUILD_CURL_EXE=OFF \
-    -DBUILD_TESTING=OFF \
-    -DHTTP_ONLY=ON \
-    -DCURL_ENABLE_SSL=OFF \
-    -DCURL_USE_LIBPSL=OFF \
-    -DCURL_USE_LIBSSH2=OFF \
-    -DUSE_LIBIDN2=OFF \
-    -DUSE_NGHTTP2=OFF \
-    -DCURL_BROTLI=OFF \
-    -DCURL_ZSTD=OFF \
-    -DCURL_ZLIB=ON \
-    -DENABLE_THREADED_RESOLVER=ON
-cmake --build build-curl-ios/build --config Release -- -sdk iphoneos
-cmake --install build-curl-ios/build --config Release
-echo "libcurl for iOS is in $prefix"
+exec "$(dirname "$0")/build-ios-static.sh" curl "$1" include/curl/curl.h \
+    "${2:-build-curl-ios/prefix}" \
+    -DBUILD_CURL_EXE=OFF -DBUILD_TESTING=OFF -DHTTP_ONLY=ON -DCURL_ENABLE_SSL=OFF \
+    -DCURL_USE_LIBPSL=OFF -DCURL_USE_LIBSSH2=OFF -DUSE_LIBIDN2=OFF -DUSE_NGHTTP2=OFF \
+    -DCURL_BROTLI=OFF -DCURL_ZSTD=OFF -DCURL_ZLIB=ON -DENABLE_THREADED_RESOLVER=ON

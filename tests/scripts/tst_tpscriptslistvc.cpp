@@ -57,6 +57,29 @@ class TestTPScriptsListVC : public QObject
         return -1;
     }
 
+    // The root list, shown and listed, with `typed` entered in its New File or New Folder
+    // prompt and Create tapped; nothing sent since the listing is recorded.
+    TPScriptsListVC *createOnRoot(bool isFolder, const QString &typed)
+    {
+        TPScriptsListVC *list = show(QString());
+        if (!QTest::qWaitFor([list] { return list->rows()->rowCount() > 0; }))
+            return nullptr;
+        m_fixture.engine->clearRequests();
+        list->promptNameWithTitle(TPL(isFolder ? "new_folder" : "new_file"),
+                                  TPL(isFolder ? "ph_folder_name" : "ph_file_name"), isFolder);
+        m_fixture.alert()->setText(typed);
+        m_fixture.alert()->triggerAction(1);
+        return list;
+    }
+
+    // Only the listing request: nothing else was sent since the last clear.
+    void verifyOnlyTheListingIsSent(TPScriptsListVC *list)
+    {
+        list->onRefreshTapped();
+        QTRY_COMPARE(m_fixture.engine->requests().size(), 1);
+        QCOMPARE(m_fixture.engine->requests().first().path, QStringLiteral("/scripts"));
+    }
+
 private slots:
     void init()
     {
@@ -242,16 +265,11 @@ private slots:
 
     void nameOfOnlyDroppedCharactersShowsBadNameAndSendsNothing()
     {
-        TPScriptsListVC *list = show(QString());
-        QTRY_COMPARE(list->rows()->rowCount(), 2);
-        m_fixture.engine->clearRequests();
-        list->promptNameWithTitle(TPL("new_file"), TPL("ph_file_name"), false);
-        m_fixture.alert()->setText(QStringLiteral("###"));
-        m_fixture.alert()->triggerAction(1);
+        TPScriptsListVC *list = createOnRoot(false, QStringLiteral("###"));
+        QVERIFY(list);
+        QCOMPARE(list->rows()->rowCount(), 2);
         QCOMPARE(m_fixture.alertText(), QString::fromUtf8("Lỗi|Tên không hợp lệ"));
-        list->onRefreshTapped();
-        QTRY_COMPARE(m_fixture.engine->requests().size(), 1);
-        QCOMPARE(m_fixture.engine->requests().first().path, QStringLiteral("/scripts"));
+        verifyOnlyTheListingIsSent(list);
     }
 
     void failedCreateShowsOfflineAlertAndOpensNothing()
@@ -335,22 +353,11 @@ private slots:
         QCOMPARE(m_fixture.engine->requests().at(1).path, QStringLiteral("/scripts"));
     }
 
-    // Only the listing request: nothing else was sent since the last clear.
-    void verifyOnlyTheListingIsSent(TPScriptsListVC *list)
-    {
-        list->onRefreshTapped();
-        QTRY_COMPARE(m_fixture.engine->requests().size(), 1);
-        QCOMPARE(m_fixture.engine->requests().first().path, QStringLiteral("/scripts"));
-    }
-
     void newFileOverAnExistingFileAsksFirstAndCancelSendsNothing()
     {
-        TPScriptsListVC *list = show(QString());
-        QTRY_COMPARE(list->rows()->rowCount(), 2);
-        m_fixture.engine->clearRequests();
-        list->promptNameWithTitle(TPL("new_file"), TPL("ph_file_name"), false);
-        m_fixture.alert()->setText(QStringLiteral("main"));
-        m_fixture.alert()->triggerAction(1);
+        TPScriptsListVC *list = createOnRoot(false, QStringLiteral("main"));
+        QVERIFY(list);
+        QCOMPARE(list->rows()->rowCount(), 2);
         QCOMPARE(m_fixture.alertText(), QString::fromUtf8("Thay thế main.lua?|"));
         QCOMPARE(m_fixture.actionTitles(), QStringList({u8"Huỷ", u8"Thay thế"}));
         QCOMPARE(m_fixture.alert()->actions().at(0)->style(), TPAlertAction::Style::Cancel);
@@ -363,12 +370,9 @@ private slots:
     void confirmingTheReplaceSendsTheDescribedCreate()
     {
         QSettings().setValue(TPLangKey, QStringLiteral("en"));
-        TPScriptsListVC *list = show(QString());
-        QTRY_COMPARE(list->rows()->rowCount(), 2);
-        m_fixture.engine->clearRequests();
-        list->promptNameWithTitle(TPL("new_file"), TPL("ph_file_name"), false);
-        m_fixture.alert()->setText(QStringLiteral("main"));
-        m_fixture.alert()->triggerAction(1);
+        TPScriptsListVC *list = createOnRoot(false, QStringLiteral("main"));
+        QVERIFY(list);
+        QCOMPARE(list->rows()->rowCount(), 2);
         QCOMPARE(m_fixture.alertText(), QStringLiteral("Replace main.lua?|"));
         m_fixture.alert()->triggerAction(1);
         QTRY_VERIFY(qobject_cast<TPEditorVC *>(m_stack->topViewController()));
@@ -391,12 +395,9 @@ private slots:
     {
         QFETCH(QString, typed);
         QFETCH(QString, named);
-        TPScriptsListVC *list = show(QString());
-        QTRY_COMPARE(list->rows()->rowCount(), 2);
-        m_fixture.engine->clearRequests();
-        list->promptNameWithTitle(TPL("new_folder"), TPL("ph_folder_name"), true);
-        m_fixture.alert()->setText(typed);
-        m_fixture.alert()->triggerAction(1);
+        TPScriptsListVC *list = createOnRoot(true, typed);
+        QVERIFY(list);
+        QCOMPARE(list->rows()->rowCount(), 2);
         QCOMPARE(m_fixture.alertText(),
                  QString::fromUtf8("Lỗi|Đã có “%1” trong thư mục này").arg(named));
         m_fixture.alert()->triggerAction(0);
@@ -406,12 +407,9 @@ private slots:
     void newFileNamedLikeAFolderSaysSoAndSendsNothing()
     {
         m_fixture.serveListing(R"({"entries":[{"path":"old.lua","dir":true}]})");
-        TPScriptsListVC *list = show(QString());
-        QTRY_COMPARE(list->rows()->rowCount(), 1);
-        m_fixture.engine->clearRequests();
-        list->promptNameWithTitle(TPL("new_file"), TPL("ph_file_name"), false);
-        m_fixture.alert()->setText(QStringLiteral("old"));
-        m_fixture.alert()->triggerAction(1);
+        TPScriptsListVC *list = createOnRoot(false, QStringLiteral("old"));
+        QVERIFY(list);
+        QCOMPARE(list->rows()->rowCount(), 1);
         QCOMPARE(m_fixture.alertText(), QString::fromUtf8("Lỗi|Đã có “old.lua” trong thư mục này"));
         m_fixture.alert()->triggerAction(0);
         verifyOnlyTheListingIsSent(list);
@@ -449,9 +447,7 @@ private slots:
             m_fixture.alert()->triggerAction(1);
             QCOMPARE(m_fixture.alert(), nullptr);
         }
-        list->onRefreshTapped();
-        QTRY_COMPARE(m_fixture.engine->requests().size(), 1);
-        QCOMPARE(m_fixture.engine->requests().first().path, QStringLiteral("/scripts"));
+        verifyOnlyTheListingIsSent(list);
     }
 
     void rowRunDisablesItsButtonAndReportsFailureOnly()
