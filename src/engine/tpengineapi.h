@@ -66,8 +66,7 @@ public:
     static QByteArray scriptData(const QString &content);
     static void saveScript(const QString &path, const QString &content, Completion completion);
     // The same save, of bytes given exactly (a version kept in the history, text or not).
-    static void saveScriptData(const QString &path, const QByteArray &bytes,
-                               Completion completion);
+    static void saveScriptData(const QString &path, const QByteArray &bytes, Completion completion);
     static void deleteScript(const QString &path, Completion completion);
     static void createScript(const QString &path, Completion completion);
     static void createFolder(const QString &path, Completion completion);

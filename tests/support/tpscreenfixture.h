@@ -2,11 +2,11 @@
 
 #include "tpalertcontroller.h"
 #include "tpdraftstore.h"
-#include "tpscripthistory.h"
 #include "tpengineapi.h"
 #include "tpownerfile.h"
 #include "tppresenter.h"
 #include "tprecordingengine.h"
+#include "tpscripthistory.h"
 #include "tptestutil.h"
 
 #include <QCoreApplication>
