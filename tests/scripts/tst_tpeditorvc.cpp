@@ -3,6 +3,7 @@
 #include "tplang.h"
 #include "tpnotificationcenter.h"
 #include "tpscreenfixture.h"
+#include "tpscripthistory.h"
 
 #include <QFontInfo>
 #include <QProcess>
@@ -343,6 +344,20 @@ private slots:
         m_fixture.alert()->triggerAction(0);
         QVERIFY(m_fixture.engine->flush());
         QCOMPARE(m_fixture.engine->requests().size(), 0);
+
+        // Its history keeps the bytes as they came, so that it can be restored.
+        std::optional<QList<TPScriptVersion>> versions;
+        TPScriptHistory::shared()->versions(
+            QStringLiteral("latin1.lua"), this,
+            [&versions](const QList<TPScriptVersion> &found) { versions = found; });
+        QTRY_VERIFY(versions.has_value());
+        QCOMPARE(versions->size(), 1);
+        std::optional<QByteArray> kept;
+        TPScriptHistory::shared()->contents(
+            versions->first().blob, this,
+            [&kept](const std::optional<QByteArray> &bytes) { kept = bytes.value_or("<none>"); });
+        QTRY_VERIFY(kept.has_value());
+        QCOMPARE(*kept, QByteArray("print('caf\xe9')\n"));
     }
 
     void saveSendsTheWholeTextAndConfirms()
