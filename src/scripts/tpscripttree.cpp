@@ -63,14 +63,16 @@ QString childPrefix(const QString &folder)
 
 namespace {
 
-// Full Unicode case folding ("ß" is "ss", "ﬀ" is "ff"), the same in every locale, then code
-// point order. ICU takes ill-formed text as it is, so there is no failure to handle.
+// Full Unicode case folding ("ß" is "ss", "ﬀ" is "ff"), the same in every locale, then
+// UTF-16 code unit order, as the platform's case-insensitive compare orders: a name that
+// starts beyond the basic plane (a surrogate) sorts before one that starts at U+E000 or
+// above. ICU takes ill-formed text as it is, so there is no failure to handle.
 int compareFolded(const QString &a, const QString &b)
 {
     UErrorCode status = U_ZERO_ERROR;
     return u_strCaseCompare(reinterpret_cast<const UChar *>(a.utf16()), int32_t(a.size()),
                             reinterpret_cast<const UChar *>(b.utf16()), int32_t(b.size()),
-                            U_FOLD_CASE_DEFAULT | U_COMPARE_CODE_POINT_ORDER, &status);
+                            U_FOLD_CASE_DEFAULT, &status);
 }
 
 } // namespace

@@ -145,6 +145,17 @@ private slots:
                                      << "a~.lua";
         QTest::newRow("ascii digits") << "0.lua"
                                       << "a.lua";
+        // The platform's compare orders UTF-16 units after folding: a character beyond the
+        // basic plane starts with a surrogate (0xD800 to 0xDFFF), which comes before the
+        // basic plane's characters from 0xE000 on, whatever its code point.
+        QTest::newRow("surrogate before fullwidth a")
+            << QString::fromUtf8("📁x.lua") << QString::fromUtf8("ａ.lua");
+        QTest::newRow("surrogate before private use")
+            << QString::fromUtf8("𝐀.lua") << QString::fromUtf8("\uE000.lua");
+        QTest::newRow("hangul before surrogate")
+            << QString::fromUtf8("한.lua") << QString::fromUtf8("😀.lua");
+        QTest::newRow("fullwidth capital folds before surrogate")
+            << QString::fromUtf8("Ａ.lua") << QString::fromUtf8("ｂ.lua");
     }
     void namesSortByFullCaseFolding()
     {
