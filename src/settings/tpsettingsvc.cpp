@@ -45,6 +45,11 @@ void TPSettingsVC::viewDidLoad()
     reloadData();
 }
 
+void TPSettingsVC::viewWillAppear()
+{
+    reloadSection(kConnectionSection);
+}
+
 QString TPSettingsVC::titleForHeaderInSection(int section) const
 {
     if (section == kConnectionSection)

@@ -42,6 +42,10 @@ public:
     void reloadData();
     void reloadSection(int section);
 
+    // The device's address may change while the app runs (another Wi-Fi network): it is
+    // read again each time the screen appears.
+    void viewWillAppear() override;
+
 public slots:
     void didSelectRow(int section, int row);
     void onDeviceIPRowTapped();

@@ -93,6 +93,19 @@ private slots:
         TPSetInterfaceSource({});
     }
 
+    // A new address (another Wi-Fi network) shows as soon as the screen appears again, not
+    // only after a language change.
+    void theDeviceAddressIsReadAgainEachTimeTheScreenAppears()
+    {
+        TPSettingsVC *settings = show();
+        QCOMPARE(section(0).first().detail, QStringLiteral("192.168.1.23:8090"));
+        useInterfaces({TPIPv4Interface("en0", "192.168.7.9")});
+        settings->viewWillDisappear();
+        QCOMPARE(section(0).first().detail, QStringLiteral("192.168.1.23:8090"));
+        settings->viewWillAppear();
+        QCOMPARE(section(0).first().detail, QStringLiteral("192.168.7.9:8090"));
+    }
+
     void tableHasThreeTitledSections()
     {
         TPSettingsVC *settings = show();
