@@ -210,6 +210,7 @@ ScreenPage {
             textFormat: TextEdit.PlainText
             wrapMode: page.controller.wrap ? TextEdit.WrapAtWordBoundaryOrAnywhere : TextEdit.NoWrap
             font: page.controller.font
+            tabStopDistance: page.controller.tabStopDistance
             color: Theme.label
             selectionColor: Theme.selection
             selectedTextColor: Theme.label

@@ -40,10 +40,18 @@ TPCodeEditor::~TPCodeEditor()
         m_view->removeEventFilter(this);
 }
 
+int TPCodeEditor::indentColumns() const
+{
+    return m_indentUnit == QLatin1String("\t") ? 4 : int(m_indentUnit.size());
+}
+
 void TPCodeEditor::setText(const QString &text)
 {
     m_text.setText(text);
+    const QString previousUnit = m_indentUnit;
     m_indentUnit = TPCodeEditRules::indentUnit(m_text);
+    if (m_indentUnit != previousUnit)
+        emit indentChanged();
     m_history.clear();
     if (m_highlighter)
         m_highlighter->colourFromTop();

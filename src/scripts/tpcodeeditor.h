@@ -60,6 +60,8 @@ public:
     bool canRedo() const { return m_history.canRedo(); }
     int syntaxErrorLine() const { return m_syntax.line; }
     QString syntaxMessage() const { return m_syntax.message; }
+    // Columns one indent step takes: the file's own spaces, or four for a tab.
+    int indentColumns() const;
     // The keys a phone keyboard hides, in the order the key row shows them.
     QStringList symbolKeys() const;
     TPFindReplace *find() const { return m_find; }
@@ -97,6 +99,8 @@ signals:
     void syntaxChecked();
     // The view should bring the cursor into sight.
     void cursorMoved();
+    // A new text brought its own indent step.
+    void indentChanged();
 
 private slots:
     void redrawText();

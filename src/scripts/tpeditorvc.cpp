@@ -27,6 +27,12 @@ TPEditorVC::TPEditorVC(const QString &relPath, QObject *parent)
     readToolTexts();
     connect(_textView, &TPCodeEditor::edited, this, &TPEditorVC::onTextEdited);
     connect(m_notice, &TPEditorNotice::triggered, this, &TPEditorVC::onNoticeAction);
+    connect(_textView, &TPCodeEditor::indentChanged, this, &TPEditorVC::tabStopDistanceChanged);
+}
+
+qreal TPEditorVC::tabStopDistance() const
+{
+    return QFontMetricsF(_font).horizontalAdvance(QLatin1Char(' ')) * _textView->indentColumns();
 }
 
 TPEditorVC::~TPEditorVC()

@@ -8,6 +8,7 @@
 #include "tpviewcontroller.h"
 
 #include <QFont>
+#include <QFontMetricsF>
 #include <QMarginsF>
 #include <QMetaObject>
 #include <QRectF>
@@ -36,6 +37,8 @@ class TPEditorVC : public TPViewController
     // The symbol row's keys: each a map of "key" (what it sends) and "label" (what it shows).
     Q_PROPERTY(QVariantList symbolKeys READ symbolKeys NOTIFY barTitlesChanged)
     Q_PROPERTY(QFont font READ font CONSTANT)
+    // A tab character shows as wide as one indent step.
+    Q_PROPERTY(qreal tabStopDistance READ tabStopDistance NOTIFY tabStopDistanceChanged)
     Q_PROPERTY(qreal bottomInset READ bottomInset NOTIFY contentInsetsChanged)
     Q_PROPERTY(bool loading READ loading NOTIFY loadingChanged)
     Q_PROPERTY(bool wrap READ wrap WRITE setWrap NOTIFY wrapChanged)
@@ -73,6 +76,7 @@ public:
     void setWrap(bool wrap);
     bool keyboardShown() const { return m_keyboardShown; }
     QFont font() const { return _font; }
+    qreal tabStopDistance() const;
     QMarginsF contentInsets() const { return _contentInsets; }
     // The scroll indicators always follow the content insets.
     QMarginsF scrollIndicatorInsets() const { return _contentInsets; }
@@ -114,6 +118,7 @@ signals:
     void loadingChanged();
     void wrapChanged();
     void keyboardShownChanged();
+    void tabStopDistanceChanged();
 
 protected:
     void viewDidLoad() override;

@@ -175,6 +175,39 @@ private slots:
         QCOMPARE(m_editor->text(), QStringLiteral("f(\"a\")"));
     }
 
+    // A tab character shows as wide as one indent step, as the Tab key indents.
+    void aTabShowsAsWideAsOneIndentStep_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<int>("columns");
+        QTest::newRow("four-space file") << QByteArray("if a then\n    b()\nend\n\tx = 1\n") << 4;
+        QTest::newRow("two-space file") << QByteArray("if a then\n  b()\nend\n\tx = 1\n") << 2;
+        QTest::newRow("tab-indented file") << QByteArray("if a then\n\tb()\nend\n\tx = 1\n") << 4;
+    }
+    void aTabShowsAsWideAsOneIndentStep()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(int, columns);
+        serve(content);
+        QVERIFY(open(QStringLiteral("tabs.lua")));
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        QVERIFY(editor);
+        QTRY_COMPARE(editor->property("text").toString(), QString::fromUtf8(content));
+        const qreal space = QFontMetricsF(m_editor->font()).horizontalAdvance(QLatin1Char(' '));
+        // The line "\tx = 1" starts after the three lines before it.
+        const int tab = int(content.lastIndexOf('\t'));
+        QRectF before;
+        QRectF after;
+        QMetaObject::invokeMethod(editor, "positionToRectangle", Q_RETURN_ARG(QRectF, before),
+                                  Q_ARG(int, tab));
+        QMetaObject::invokeMethod(editor, "positionToRectangle", Q_RETURN_ARG(QRectF, after),
+                                  Q_ARG(int, tab + 1));
+        QVERIFY2(qAbs((after.x() - before.x()) - columns * space) < 1.0,
+                 qPrintable(QStringLiteral("%1 wide, not %2")
+                                .arg(after.x() - before.x())
+                                .arg(columns * space)));
+    }
+
     void linesWrapByDefaultAndTheToggleIsRemembered()
     {
         serve("x = 1\n");
