@@ -94,6 +94,7 @@ Item {
                     placeholderText: host.alert ? host.alert.placeholder : ""
                     inputMethodHints: host.alert ? host.hintsFor(host.alert) : Qt.ImhNone
                     onTextEdited: if (host.alert) host.alert.text = text
+                    onAccepted: if (host.alert) host.alert.submit()
                     Connections {
                         target: host
                         function onAlertChanged() {

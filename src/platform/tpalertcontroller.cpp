@@ -61,6 +61,16 @@ void TPAlertController::triggerAction(int index)
     m_actions.at(index)->trigger();
 }
 
+void TPAlertController::submit()
+{
+    for (qsizetype i = m_actions.size() - 1; i >= 0; --i) {
+        if (m_actions.at(i)->style() == TPAlertAction::Style::Default) {
+            triggerAction(int(i));
+            return;
+        }
+    }
+}
+
 void TPAlertController::dismissByCancel()
 {
     for (int i = 0; i < m_actions.size(); ++i) {

@@ -109,6 +109,9 @@ public:
     Q_INVOKABLE void triggerAction(int index);
     // A tap outside a sheet dismisses it as its cancel action would.
     Q_INVOKABLE void dismissByCancel();
+    // Return in the text field submits, as the platform's keyboard does: the last action of
+    // the default style (Create, Save, OK), when it is enabled; otherwise nothing.
+    Q_INVOKABLE void submit();
 
 signals:
     void textChanged();

@@ -1,5 +1,6 @@
 #include "appdelegate.h"
 #include "tpnavigationstack.h"
+#include "tpownerfile.h"
 #include "tpquicktestutil.h"
 #include "tpscreenfixture.h"
 #include "tpscriptslistvc.h"
@@ -281,6 +282,27 @@ private slots:
         QVERIFY(!app.ownerSaveAction()->isEnabled());
         QQuickItem *save = TPFindItem(m_view->rootObject(), QStringLiteral("alertAction0"));
         QVERIFY(save && !save->isEnabled());
+    }
+
+    // Return in a prompt's field submits its default action, as the platform's keyboard
+    // does, and only when that action is enabled.
+    void returnInThePromptSubmitsItsDefaultAction()
+    {
+        AppDelegate app;
+        app.didFinishLaunching();
+        QVERIFY(app.presenter()->current());
+        QVERIFY(showPage("AlertHost",
+                         {{QStringLiteral("presenter"), QVariant::fromValue(app.presenter())}}));
+        QQuickItem *field = TPFindItem(m_view->rootObject(), QStringLiteral("alertTextField"));
+        QVERIFY(field);
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(field));
+        QTRY_VERIFY(field->hasActiveFocus());
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        QVERIFY(app.presenter()->current());
+        QTest::keyClick(m_view.get(), Qt::Key_T);
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        QTRY_COMPARE(app.presenter()->current(), nullptr);
+        QCOMPARE(TPReadOwnerFile(), QStringLiteral("t"));
     }
 
     void sliderDragReportsOnceOnRelease()

@@ -236,6 +236,26 @@ private slots:
         QCOMPARE(m_fixture.requestsTo(QStringLiteral("/scripts")).size(), 0);
     }
 
+    // Return in the name prompts submits Create and OK, their default actions.
+    void returnSubmitsTheCreateAndRenamePrompts()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows()->rowCount(), 3);
+        m_fixture.engine->clearRequests();
+        list->promptNameWithTitle(TPL("new_folder"), TPL("ph_folder_name"), true);
+        m_fixture.alert()->setText(QStringLiteral("made"));
+        m_fixture.alert()->submit();
+        QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/mkdir")).size(), 1);
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/mkdir")).first().rawQuery,
+                 QStringLiteral("name=lib/made"));
+        list->promptRenameForPath(QStringLiteral("lib/a.lua"));
+        m_fixture.alert()->setText(QStringLiteral("b.lua"));
+        m_fixture.alert()->submit();
+        QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/rename")).size(), 1);
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/rename")).first().rawQuery,
+                 QStringLiteral("from=lib/a.lua&to=lib/b.lua"));
+    }
+
     void creatingFolderSanitizesTheNameAndReloads()
     {
         TPScriptsListVC *list = show(QString());
