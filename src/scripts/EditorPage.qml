@@ -239,6 +239,10 @@ ScreenPage {
         height: visible ? message.implicitHeight + 12 : 0
         visible: page.code.syntaxMessage !== ""
         color: Theme.errorBackground
+        // A tap on the message takes the cursor to the line it is about.
+        TapHandler {
+            onTapped: page.code.goToSyntaxError()
+        }
         Label {
             id: message
             objectName: "syntaxMessage"

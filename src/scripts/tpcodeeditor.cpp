@@ -282,6 +282,12 @@ void TPCodeEditor::goToLine(int line)
     select(m_text.lineStart(index), m_text.lineStart(index));
 }
 
+void TPCodeEditor::goToSyntaxError()
+{
+    if (m_syntax.line > 0)
+        goToLine(m_syntax.line);
+}
+
 void TPCodeEditor::checkSyntaxNow()
 {
     m_checkDelay.stop();

@@ -89,6 +89,8 @@ public slots:
     void outdent();
     // Puts the cursor at the start of a 1-based line (clamped to the text).
     void goToLine(int line);
+    // Puts the cursor on the line the syntax check marked, if any.
+    void goToSyntaxError();
     // Compiles the text now instead of after the pause in typing.
     void checkSyntaxNow();
 

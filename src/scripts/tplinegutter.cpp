@@ -11,6 +11,9 @@
 namespace {
 
 constexpr qreal kSidePadding = 6;
+// The error dot's size, as a share of a line's height, and its gap to the numbers.
+constexpr qreal kDotShare = 0.4;
+constexpr qreal kDotGap = 2;
 
 } // namespace
 
@@ -68,8 +71,10 @@ void TPLineGutter::updateWidth()
         return;
     m_digits = std::max(digits, 2);
     const QFontMetricsF metrics(m_font);
-    setImplicitWidth(
-        std::ceil(metrics.horizontalAdvance(QString(m_digits, u'9')) + 2 * kSidePadding));
+    // The numbers' widest, then a column for the error dot, so that the dot never covers a
+    // digit.
+    setImplicitWidth(std::ceil(metrics.horizontalAdvance(QString(m_digits, u'9')) +
+                               2 * kSidePadding + metrics.height() * kDotShare + kDotGap));
 }
 
 void TPLineGutter::updateCurrentLine()
@@ -104,23 +109,34 @@ QList<std::pair<int, qreal>> TPLineGutter::visibleNumbers() const
     return numbers;
 }
 
+QRectF TPLineGutter::dotRect(qreal y) const
+{
+    const qreal lineHeight = QFontMetricsF(m_font).height();
+    const qreal size = lineHeight * kDotShare;
+    return QRectF(kSidePadding / 2, y + (lineHeight - size) / 2, size, size);
+}
+
+QRectF TPLineGutter::numberRect(int number, qreal y) const
+{
+    const QFontMetricsF metrics(m_font);
+    const qreal digits = metrics.horizontalAdvance(QString::number(number));
+    const qreal right = width() - kSidePadding;
+    return QRectF(right - digits, y, digits, metrics.height());
+}
+
 void TPLineGutter::paint(QPainter *painter)
 {
     painter->setFont(m_font);
-    const QFontMetricsF metrics(m_font);
-    const qreal lineHeight = metrics.height();
-    const qreal right = width() - kSidePadding;
     for (const auto &[number, y] : visibleNumbers()) {
-        const QRectF box(0, y, right, lineHeight);
         if (number == m_errorLine) {
             painter->setPen(Qt::NoPen);
             painter->setBrush(m_errorColor);
-            const qreal size = lineHeight * 0.4;
-            painter->drawEllipse(QRectF(2, y + (lineHeight - size) / 2, size, size));
+            painter->drawEllipse(dotRect(y));
         }
         painter->setPen(number == m_errorLine     ? m_errorColor
                         : number == m_currentLine ? m_currentNumberColor
                                                   : m_numberColor);
-        painter->drawText(box, Qt::AlignRight | Qt::AlignTop, QString::number(number));
+        painter->drawText(numberRect(number, y), Qt::AlignRight | Qt::AlignTop,
+                          QString::number(number));
     }
 }

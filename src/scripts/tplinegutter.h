@@ -35,6 +35,11 @@ public:
 
     // The 1-based line numbers in sight and where each is drawn, top to bottom.
     QList<std::pair<int, qreal>> visibleNumbers() const;
+    // Where the error dot of the line drawn at `y` goes: in a column of its own, left of
+    // every number the gutter is wide enough for.
+    QRectF dotRect(qreal y) const;
+    // The box the digits of `number` take when drawn at `y`, right-aligned.
+    QRectF numberRect(int number, qreal y) const;
 
     void paint(QPainter *painter) override;
 

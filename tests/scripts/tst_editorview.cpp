@@ -278,6 +278,39 @@ private slots:
         QCOMPARE(saveAndTakeBody(), QByteArray("for i = 1, 3 do\n  tap(i, i)\n"));
     }
 
+    // From line 10 on, numbers have two digits or more; the error dot has a column of its
+    // own and covers none of them.
+    void theErrorDotCoversNoDigitOfALineNumber()
+    {
+        QByteArray script;
+        for (int line = 1; line < 12; ++line)
+            script += "print(" + QByteArray::number(line) + ")\n";
+        script += "for i = 1, 3 do\n";
+        serve(script);
+        QVERIFY(open(QStringLiteral("long.lua")));
+        auto *gutter = qobject_cast<TPLineGutter *>(item(QStringLiteral("gutter")));
+        QTRY_COMPARE_WITH_TIMEOUT(gutter->property("errorLine").toInt(), 13, 5000);
+        const auto numbers = gutter->visibleNumbers();
+        QVERIFY(numbers.size() >= 13);
+        for (const auto &[number, y] : numbers) {
+            QVERIFY2(gutter->dotRect(y).right() < gutter->numberRect(number, y).left(),
+                     qPrintable(QString::number(number)));
+            QVERIFY(gutter->numberRect(number, y).left() >= 0);
+        }
+    }
+
+    // A tap on the syntax message takes the cursor to the line it is about.
+    void tappingTheSyntaxMessageGoesToItsLine()
+    {
+        serve("print(1)\nprint(2)\nfor i = 1, 3 do\n");
+        QVERIFY(open(QStringLiteral("bad.lua")));
+        QTRY_COMPARE_WITH_TIMEOUT(m_editor->code()->syntaxErrorLine(), 4, 5000);
+        QCOMPARE(m_editor->code()->selection().second, 0);
+        click(QStringLiteral("syntaxMessageBar"));
+        QTRY_COMPARE(m_editor->code()->selection().second,
+                     qsizetype(QByteArray("print(1)\nprint(2)\nfor i = 1, 3 do\n").size()));
+    }
+
     void validCodeShowsNoMarkAndNoMessage()
     {
         serve("print(1)\n");
