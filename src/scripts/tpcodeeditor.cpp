@@ -174,6 +174,20 @@ void TPCodeEditor::onDocumentEdited(const TPTextEdit &edit)
     m_history.record({edit}, true);
     emit historyChanged();
     afterChange();
+    // A closing word typed in the view moves its line back once the view's own change is
+    // done.
+    if (edit.removed.isEmpty() && edit.inserted.size() == 1)
+        QMetaObject::invokeMethod(
+            this, [this, after = edit.offset + 1] { outdentClosingAt(after); },
+            Qt::QueuedConnection);
+}
+
+void TPCodeEditor::outdentClosingAt(qsizetype cursor)
+{
+    if (cursor > m_text.text().size() || selection() != std::pair(cursor, cursor))
+        return;
+    if (const auto action = TPCodeEditRules::outdentClosing(m_text, cursor, m_indentUnit))
+        applyStep({action->edit}, action->cursor);
 }
 
 void TPCodeEditor::afterChange()
@@ -229,6 +243,7 @@ void TPCodeEditor::typeCharacter(QChar character)
     }
     const qsizetype from = std::min(anchor, cursor);
     applyStep({{from, m_text.text().mid(from, std::abs(cursor - anchor)), QString(character)}});
+    outdentClosingAt(from + 1);
 }
 
 void TPCodeEditor::newLine()

@@ -109,6 +109,8 @@ private slots:
 
 private:
     void onDocumentEdited(const TPTextEdit &edit);
+    // Moves the cursor's line back a level when a closing word was just typed before it.
+    void outdentClosingAt(qsizetype cursor);
     void afterChange();
     // Applies an undo or redo step taken from the history, without recording it again.
     void replayHistoryStep(const TPEditHistory::Step &step);

@@ -100,6 +100,32 @@ Action newLine(const TPScriptText &text, qsizetype anchor, qsizetype cursor, con
     return {{from, text.text().mid(from, to - from), inserted}, cursorAfter};
 }
 
+std::optional<Action> outdentClosing(const TPScriptText &text, qsizetype cursor,
+                                     const QString &unit)
+{
+    static const QStringList closing = {QStringLiteral("end"), QStringLiteral("else"),
+                                        QStringLiteral("elseif"), QStringLiteral("until"),
+                                        QStringLiteral("}")};
+    const int line = text.lineAt(cursor);
+    const QString lineText = text.lineText(line);
+    const QString indent = leadingWhitespace(lineText);
+    const qsizetype column = cursor - text.lineStart(line);
+    const QString word = lineText.mid(indent.size(), column - indent.size());
+    if (indent.size() < unit.size() || !indent.endsWith(unit) || !closing.contains(word) ||
+        !lineText.mid(column).trimmed().isEmpty())
+        return std::nullopt;
+    for (int above = line - 1; above >= 0; --above) {
+        const QString previous = text.lineText(above);
+        if (previous.trimmed().isEmpty())
+            continue;
+        if (leadingWhitespace(previous) != indent)
+            return std::nullopt;
+        const qsizetype from = text.lineStart(line) + indent.size() - unit.size();
+        return Action{{from, unit, QString()}, cursor - unit.size()};
+    }
+    return std::nullopt;
+}
+
 std::optional<Action> typed(const TPScriptText &text, qsizetype anchor, qsizetype cursor,
                             QChar character)
 {

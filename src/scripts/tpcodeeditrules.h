@@ -34,6 +34,14 @@ Action newLine(const TPScriptText &text, qsizetype anchor, qsizetype cursor, con
 std::optional<Action> typed(const TPScriptText &text, qsizetype anchor, qsizetype cursor,
                             QChar character);
 
+// After a character typed just before `cursor`: when the line up to the cursor is its
+// indentation and then exactly "end", "else", "elseif", "until" or "}", nothing but blanks
+// follows, and the line is indented as deep as the nearest line above it with text (where
+// Enter put it), the line moves back one level, as auto-indent moved it in. Nothing
+// otherwise.
+std::optional<Action> outdentClosing(const TPScriptText &text, qsizetype cursor,
+                                     const QString &unit);
+
 // Backspace between an empty pair removes both halves.
 std::optional<Action> backspace(const TPScriptText &text, qsizetype anchor, qsizetype cursor);
 

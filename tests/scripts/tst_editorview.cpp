@@ -166,6 +166,50 @@ private slots:
                  QByteArray("for i = 1, 3 do\r\n    print(i)\r\n    tap(i, i)\r\nend\r\n"));
     }
 
+    // A word that closes a block, typed at the start of the line Enter indented, moves the
+    // line back one level, as Enter moved it in; one undo moves it in again.
+    void typingAClosingWordAtTheLineStartMovesItBackALevel_data()
+    {
+        QTest::addColumn<QByteArray>("opening");
+        QTest::addColumn<QString>("closing");
+        QTest::newRow("end") << QByteArray("if a then\n    b()") << "end";
+        QTest::newRow("else") << QByteArray("if a then\n    b()") << "else";
+        QTest::newRow("elseif") << QByteArray("if a then\n    b()") << "elseif";
+        QTest::newRow("until") << QByteArray("repeat\n    b()") << "until";
+        QTest::newRow("brace") << QByteArray("t = {\n    1,") << "}";
+    }
+    void typingAClosingWordAtTheLineStartMovesItBackALevel()
+    {
+        QFETCH(QByteArray, opening);
+        QFETCH(QString, closing);
+        serve(opening);
+        QVERIFY(open(QStringLiteral("block.lua")));
+        placeCursor(int(opening.size()));
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        typeText(closing);
+        const QString outdented = QString::fromUtf8(opening) + u'\n' + closing;
+        QTRY_COMPARE(m_editor->text(), outdented);
+        QTRY_COMPARE(item(QStringLiteral("editor"))->property("text").toString(), outdented);
+        // "elseif" is "else", moved back, then "if" typed after it: undo takes the "if".
+        if (closing == QLatin1String("elseif"))
+            return;
+        m_editor->code()->undo();
+        QCOMPARE(m_editor->text(), QString::fromUtf8(opening) + QStringLiteral("\n    ") + closing);
+    }
+
+    // Words that do not close a block, and closing words not at the line's start, stay.
+    void otherWordsKeepTheirIndentation()
+    {
+        serve("if a then\n    b()");
+        QVERIFY(open(QStringLiteral("block.lua")));
+        placeCursor(17);
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        typeText(QStringLiteral("x = end"));
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        typeText(QStringLiteral("en"));
+        QCOMPARE(saveAndTakeBody(), QByteArray("if a then\n    b()\n    x = end\n    en"));
+    }
+
     void closingCharacterTypesOverTheAutomaticOne()
     {
         serve("");
