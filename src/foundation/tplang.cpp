@@ -94,6 +94,8 @@ constexpr TPLangRow kExtraRows[] = {
     {"list_search", "Tìm theo tên", "Search by name"},
     {"list_refresh", "Làm mới", "Refresh"},
     {"list_add", "Thêm", "Add"},
+    {"list_no_matches", "Không có kết quả", "No matches"},
+    {"list_clear_search", "Xoá tìm kiếm", "Clear search"},
     {"row_more", "Tuỳ chọn khác", "More actions"},
     {"swatch_red", "Đỏ", "Red"},
     {"swatch_orange", "Cam", "Orange"},

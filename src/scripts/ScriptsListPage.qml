@@ -67,14 +67,46 @@ ScreenPage {
             width: ListView.view.width
             height: 52
             ThemedTextField {
+                id: searchField
                 objectName: "searchField"
                 anchors { fill: parent; margins: 8 }
+                rightPadding: clearSearch.visible ? clearSearch.width : leftPadding
                 placeholderText: page.controller ? page.controller.texts.search : ""
                 inputMethodHints: Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText
                 text: page.controller ? page.controller.searchText : ""
                 onTextEdited: page.controller.searchText = text
                 Accessible.name: placeholderText
+                AbstractButton {
+                    id: clearSearch
+                    objectName: "clearSearchButton"
+                    anchors { right: parent.right; verticalCenter: parent.verticalCenter }
+                    width: 44
+                    height: 44
+                    visible: searchField.text !== ""
+                    focusPolicy: Qt.NoFocus
+                    Accessible.name: page.controller ? page.controller.texts.clearSearch : ""
+                    Accessible.role: Accessible.Button
+                    onClicked: page.controller.clearSearch()
+                    contentItem: Text {
+                        text: "✕"
+                        color: Theme.secondaryLabel
+                        font.pixelSize: 14
+                        horizontalAlignment: Text.AlignHCenter
+                        verticalAlignment: Text.AlignVCenter
+                    }
+                }
             }
+        }
+        footer: Label {
+            objectName: "noMatches"
+            width: ListView.view.width
+            height: visible ? 60 : 0
+            visible: page.controller ? page.controller.noMatches : false
+            text: page.controller ? page.controller.texts.noMatches : ""
+            horizontalAlignment: Text.AlignHCenter
+            verticalAlignment: Text.AlignVCenter
+            color: Theme.secondaryLabel
+            font.pixelSize: Theme.bodySize
         }
         boundsBehavior: Flickable.DragAndOvershootBounds
         clip: true

@@ -21,6 +21,9 @@ TPScriptsListVC::TPScriptsListVC(const QString &folder, QObject *parent)
 {
     setTitle(_folder.isEmpty() ? TPL("tab_scripts") : TPLastPathSegment(_folder));
     readTexts();
+    // The rows are replaced whole, by a reload or a search.
+    connect(_rows, &TPScriptRowsModel::modelReset, this, &TPScriptsListVC::noMatchesChanged);
+    connect(this, &TPScriptsListVC::searchTextChanged, this, &TPScriptsListVC::noMatchesChanged);
 }
 
 void TPScriptsListVC::readTexts()
@@ -30,7 +33,9 @@ void TPScriptsListVC::readTexts()
                {QStringLiteral("unreachable"), TPL("row_unreachable")},
                {QStringLiteral("refresh"), TPL("list_refresh")},
                {QStringLiteral("add"), TPL("list_add")},
-               {QStringLiteral("history"), TPL("history_title")}};
+               {QStringLiteral("history"), TPL("history_title")},
+               {QStringLiteral("noMatches"), TPL("list_no_matches")},
+               {QStringLiteral("clearSearch"), TPL("list_clear_search")}};
     emit textsChanged();
 }
 
@@ -60,6 +65,11 @@ void TPScriptsListVC::onRowButtonTapped(const QString &action, int row)
         onRunButtonTapped(row);
     else if (action == QLatin1String("more"))
         onMoreButtonTapped(row);
+}
+
+void TPScriptsListVC::clearSearch()
+{
+    setSearchText(QString());
 }
 
 void TPScriptsListVC::setSearchText(const QString &text)

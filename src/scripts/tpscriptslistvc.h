@@ -22,6 +22,8 @@ class TPScriptsListVC : public TPViewController
     // A reload is in flight, from whatever started it.
     Q_PROPERTY(bool reloading READ isReloading NOTIFY reloadingChanged)
     Q_PROPERTY(QString searchText READ searchText WRITE setSearchText NOTIFY searchTextChanged)
+    // A search that matches no row says so, instead of an empty list.
+    Q_PROPERTY(bool noMatches READ noMatches NOTIFY noMatchesChanged)
     // The screen's own texts by key, in the current language.
     Q_PROPERTY(QVariantMap texts READ texts NOTIFY textsChanged)
 
@@ -36,6 +38,7 @@ public:
     bool isRefreshing() const { return _refreshing; }
     bool isReloading() const { return m_reloadsInFlight > 0; }
     QString searchText() const { return m_searchText; }
+    bool noMatches() const { return !m_searchText.isEmpty() && _rows->rowCount() == 0; }
     void setSearchText(const QString &text);
     QVariantMap texts() const { return m_texts; }
 
@@ -75,11 +78,14 @@ public slots:
     void onRunButtonTapped(int row);
     void onMoreButtonTapped(int row);
     void onRowButtonTapped(const QString &action, int row);
+    // The search field's clear button.
+    void clearSearch();
 
 signals:
     void refreshingChanged();
     void reloadingChanged();
     void searchTextChanged();
+    void noMatchesChanged();
     void textsChanged();
 
 protected:

@@ -284,6 +284,33 @@ private slots:
         QVERIFY(save && !save->isEnabled());
     }
 
+    // A search that matches nothing says "No matches" in the current language, and the
+    // field's clear button empties the search and brings every row back.
+    void aSearchWithoutMatchesSaysSoAndTheClearButtonEmptiesIt()
+    {
+        TPScriptsListVC *list = showList();
+        QVERIFY(list);
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
+        QQuickItem *field = TPFindItem(m_view->rootObject(), QStringLiteral("searchField"));
+        QVERIFY(field);
+        QQuickItem *noMatches = TPFindItem(m_view->rootObject(), QStringLiteral("noMatches"));
+        QVERIFY(noMatches && !noMatches->isVisible());
+        QQuickItem *clear = TPFindItem(m_view->rootObject(), QStringLiteral("clearSearchButton"));
+        QVERIFY(clear && !clear->isVisible());
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(field));
+        for (const char key : {'z', 'z', 'z'})
+            QTest::keyClick(m_view.get(), key);
+        QTRY_COMPARE(list->rows()->rowCount(), 0);
+        QTRY_VERIFY(noMatches->isVisible());
+        QCOMPARE(noMatches->property("text").toString(), QString::fromUtf8("Không có kết quả"));
+        QVERIFY(clear->isVisible());
+        QVERIFY(clear->width() >= 44 && clear->height() >= 44);
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(clear));
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
+        QCOMPARE(field->property("text").toString(), QString());
+        QVERIFY(!noMatches->isVisible());
+    }
+
     // Return in a prompt's field submits its default action, as the platform's keyboard
     // does, and only when that action is enabled.
     void returnInThePromptSubmitsItsDefaultAction()
