@@ -240,6 +240,8 @@ ScreenPage {
         visible: page.code.syntaxMessage !== ""
         color: Theme.errorBackground
         // A tap on the message takes the cursor to the line it is about.
+        Accessible.role: Accessible.Button
+        Accessible.name: page.texts.editor_syntax_error + ": " + page.code.syntaxMessage
         TapHandler {
             onTapped: page.code.goToSyntaxError()
         }

@@ -114,7 +114,7 @@ private slots:
     // lists marked deleted. Restoring it creates it again and saves its exact bytes.
     void aDeletedFileIsListedAndRestoredThroughCreateAndSave()
     {
-        const QByteArray bytes("\xEF\xBB\xBF-- kept\r\nprint(1)\r\nend", 27);
+        const QByteArray bytes("\xEF\xBB\xBF-- kept\r\nprint(1)\r\nend");
         TPScriptHistory::shared()->record(QStringLiteral("lib/gone.lua"), bytes);
         TPScriptHistory::shared()->record(QStringLiteral("main.lua"), "x");
         m_fixture.serveListing(R"({"entries":[{"path":"main.lua","dir":false}]})");
