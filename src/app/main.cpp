@@ -1,6 +1,7 @@
 #include "appdelegate.h"
 #include "tpappidentity.h"
 #include "tpownerfile.h"
+#include "tptheme.h"
 
 #include <QCommandLineParser>
 #include <QDir>
@@ -9,6 +10,9 @@
 #include <QQuickStyle>
 #include <QWindow>
 #include <QtQml/qqmlextensionplugin.h>
+
+#include <QtQml/qqmlextensionplugin.h>
+#include <cstdio>
 
 Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
 
@@ -29,7 +33,19 @@ int main(int argc, char *argv[])
                        "(for running on a desktop)."),
         QStringLiteral("DIR"));
     parser.addOption(ownerRoot);
+    const QCommandLineOption appearance(
+        QStringLiteral("appearance"),
+        QStringLiteral("Show the light or dark appearance whatever the desktop's (light, dark "
+                       "or auto)."),
+        QStringLiteral("light|dark|auto"), QStringLiteral("auto"));
+    parser.addOption(appearance);
     parser.process(app);
+    const auto forced = TPTheme::appearanceNamed(parser.value(appearance));
+    if (!forced) {
+        std::fprintf(stderr, "--appearance takes light, dark or auto\n");
+        return EXIT_FAILURE;
+    }
+    TPTheme::shared()->setAppearance(*forced);
     if (parser.isSet(ownerRoot)) {
         const QString root = QDir(parser.value(ownerRoot)).absolutePath();
         TPSetOwnerFileLocations({root, root + QStringLiteral("/AppGroup")});

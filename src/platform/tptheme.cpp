@@ -127,9 +127,28 @@ bool TPTheme::eventFilter(QObject *watched, QEvent *event)
     return QObject::eventFilter(watched, event);
 }
 
+void TPTheme::setAppearance(Appearance appearance)
+{
+    m_appearance = appearance;
+    followPlatformPalette();
+}
+
+std::optional<TPTheme::Appearance> TPTheme::appearanceNamed(const QString &name)
+{
+    if (name == QLatin1String("light"))
+        return Appearance::Light;
+    if (name == QLatin1String("dark"))
+        return Appearance::Dark;
+    if (name == QLatin1String("auto"))
+        return Appearance::FollowPlatform;
+    return std::nullopt;
+}
+
 void TPTheme::followPlatformPalette()
 {
-    const bool dark = QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
+    const bool dark = m_appearance == Appearance::FollowPlatform
+                          ? QGuiApplication::palette().color(QPalette::Window).lightness() < 128
+                          : m_appearance == Appearance::Dark;
     if (dark == m_dark)
         return;
     m_dark = dark;

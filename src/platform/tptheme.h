@@ -2,8 +2,10 @@
 
 #include <QColor>
 #include <QObject>
+
 #include <QVariantMap>
 #include <QtQml/qqmlregistration.h>
+#include <optional>
 
 class QJSEngine;
 class QQmlEngine;
@@ -105,6 +107,13 @@ public:
 
     // The one theme of the process, shared by the views and the controllers.
     static TPTheme *shared();
+
+    // The appearance the app shows: the platform's, or one forced for trying the app on a
+    // desktop (the --appearance option).
+    enum class Appearance { FollowPlatform, Light, Dark };
+    void setAppearance(Appearance appearance);
+    // "light", "dark" or "auto" (the platform's); nothing for any other text.
+    static std::optional<Appearance> appearanceNamed(const QString &name);
     static TPTheme *create(QQmlEngine *, QJSEngine *);
 
     bool isDark() const { return m_dark; }
@@ -157,4 +166,5 @@ private:
     void followPlatformPalette();
 
     bool m_dark = false;
+    Appearance m_appearance = Appearance::FollowPlatform;
 };

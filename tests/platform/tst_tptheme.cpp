@@ -48,6 +48,30 @@ private slots:
         QCOMPARE(theme->background(), QColor(QStringLiteral("#FFFFFF")));
     }
 
+    // A forced appearance holds whatever the platform's palette says, until it is given back
+    // to the platform.
+    void aForcedAppearanceHoldsUntilGivenBackToThePlatform()
+    {
+        TPTheme *theme = TPTheme::shared();
+        QCOMPARE(TPTheme::appearanceNamed(QStringLiteral("dark")), TPTheme::Appearance::Dark);
+        QCOMPARE(TPTheme::appearanceNamed(QStringLiteral("light")), TPTheme::Appearance::Light);
+        QCOMPARE(TPTheme::appearanceNamed(QStringLiteral("auto")),
+                 TPTheme::Appearance::FollowPlatform);
+        QCOMPARE(TPTheme::appearanceNamed(QStringLiteral("Dark")), std::nullopt);
+        theme->setAppearance(TPTheme::Appearance::Dark);
+        QVERIFY(theme->isDark());
+        QCOMPARE(theme->background(), TPTheme::darkPalette().background);
+        QGuiApplication::setPalette(paletteWithWindow(QColor(0xF0, 0xF0, 0xF0)));
+        QVERIFY(theme->isDark());
+        theme->setAppearance(TPTheme::Appearance::Light);
+        QGuiApplication::setPalette(paletteWithWindow(QColor(0x20, 0x20, 0x20)));
+        QVERIFY(!theme->isDark());
+        theme->setAppearance(TPTheme::Appearance::FollowPlatform);
+        QVERIFY(theme->isDark());
+        QGuiApplication::setPalette(paletteWithWindow(QColor(0xF0, 0xF0, 0xF0)));
+        QVERIFY(!theme->isDark());
+    }
+
     void everyColourIsValidInBothPalettes()
     {
         for (const QColor &window : {QColor(0xEF, 0xEF, 0xEF), QColor(0x1C, 0x1C, 0x1E)}) {
