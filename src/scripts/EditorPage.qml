@@ -182,6 +182,12 @@ ScreenPage {
             bottomPadding: page.controller.bottomInset
         }
 
+        // Puts a line in the middle of the text's area, as far as the text lets it.
+        function centreOn(r) {
+            const centred = r.y + r.height / 2 - height / 2
+            contentY = Math.max(0, Math.min(centred, contentHeight - height))
+        }
+
         function ensureVisible(r) {
             if (contentX >= r.x)
                 contentX = r.x
@@ -271,6 +277,7 @@ ScreenPage {
     Connections {
         target: page.code
         function onCursorMoved() { flick.ensureVisible(editor.cursorRectangle) }
+        function onLineJumped() { flick.centreOn(editor.cursorRectangle) }
     }
 
     Connections {

@@ -12,6 +12,8 @@ Rectangle {
 
     implicitHeight: column.implicitHeight + 12
     color: Theme.groupedBackground
+    // Opening the bar is asking to search: the search field takes the keyboard.
+    onVisibleChanged: if (visible) findField.forceActiveFocus()
 
     Column {
         id: column

@@ -295,6 +295,7 @@ void TPCodeEditor::goToLine(int line)
 {
     const int index = std::clamp(line - 1, 0, m_text.lineCount() - 1);
     select(m_text.lineStart(index), m_text.lineStart(index));
+    emit lineJumped();
 }
 
 void TPCodeEditor::goToSyntaxError()

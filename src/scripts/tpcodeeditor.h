@@ -101,6 +101,9 @@ signals:
     void syntaxChecked();
     // The view should bring the cursor into sight.
     void cursorMoved();
+    // The cursor was sent to a line (go to line, the syntax message): the view shows that
+    // line in the middle, clear of the bars above and below.
+    void lineJumped();
     // A new text brought its own indent step.
     void indentChanged();
 

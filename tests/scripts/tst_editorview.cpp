@@ -166,6 +166,39 @@ private slots:
                  QByteArray("for i = 1, 3 do\r\n    print(i)\r\n    tap(i, i)\r\nend\r\n"));
     }
 
+    // Opening Find gives the search field the keyboard.
+    void openingFindFocusesTheSearchField()
+    {
+        serve("print(1)\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        click(QStringLiteral("findButton"));
+        QQuickItem *field = item(QStringLiteral("findField"));
+        QVERIFY(field);
+        QTRY_VERIFY(field->hasActiveFocus());
+        QTest::keyClick(m_view.get(), Qt::Key_P);
+        QTRY_COMPARE(m_editor->code()->find()->query(), QStringLiteral("p"));
+    }
+
+    // Going to a line shows it in the middle of the text's area, not at its edge.
+    void goingToALineCentresIt()
+    {
+        QByteArray script;
+        for (int line = 1; line <= 200; ++line)
+            script += "print(" + QByteArray::number(line) + ")\n";
+        serve(script);
+        QVERIFY(open(QStringLiteral("long.lua")));
+        QQuickItem *flick = item(QStringLiteral("editorFlickable"));
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        m_editor->code()->goToLine(120);
+        QTRY_VERIFY(flick->property("contentY").toReal() > 0);
+        const QRectF cursor = editor->property("cursorRectangle").toRectF();
+        const qreal middle = flick->property("contentY").toReal() + flick->height() / 2;
+        QVERIFY2(
+            qAbs(cursor.center().y() - middle) <= cursor.height(),
+            qPrintable(
+                QStringLiteral("line at %1, middle at %2").arg(cursor.center().y()).arg(middle)));
+    }
+
     // A word that closes a block, typed at the start of the line Enter indented, moves the
     // line back one level, as Enter moved it in; one undo moves it in again.
     void typingAClosingWordAtTheLineStartMovesItBackALevel_data()
