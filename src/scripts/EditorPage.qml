@@ -280,6 +280,30 @@ ScreenPage {
         function onLineJumped() { flick.centreOn(editor.cursorRectangle) }
     }
 
+    // A desktop's or a hardware keyboard's shortcuts, while this page is the one shown.
+    // Undo and redo are the code editor's own keys while the text has the keyboard.
+    Shortcut {
+        sequences: [StandardKey.Save]
+        enabled: page.visible
+        onActivated: page.controller.onSaveTapped()
+    }
+    Shortcut {
+        sequences: [StandardKey.Find]
+        enabled: page.visible
+        onActivated: {
+            page.findOpen = true
+            findBar.focusFind()
+        }
+    }
+    Shortcut {
+        sequence: "Ctrl+G"
+        enabled: page.visible
+        onActivated: {
+            page.findOpen = true
+            findBar.focusGoToLine()
+        }
+    }
+
     Connections {
         target: Qt.inputMethod
         function onKeyboardRectangleChanged() {

@@ -13,7 +13,15 @@ Rectangle {
     implicitHeight: column.implicitHeight + 12
     color: Theme.groupedBackground
     // Opening the bar is asking to search: the search field takes the keyboard.
-    onVisibleChanged: if (visible) findField.forceActiveFocus()
+    onVisibleChanged: if (visible) focusFind()
+
+    function focusFind() {
+        findField.forceActiveFocus()
+    }
+    // The line field takes the keyboard (Ctrl+G).
+    function focusGoToLine() {
+        lineField.forceActiveFocus()
+    }
 
     Column {
         id: column

@@ -179,6 +179,34 @@ private slots:
         QTRY_COMPARE(m_editor->code()->find()->query(), QStringLiteral("p"));
     }
 
+    // A keyboard's shortcuts: Ctrl+S saves, Ctrl+F finds, Ctrl+G goes to a line, Ctrl+Z and
+    // Ctrl+Shift+Z undo and redo.
+    void keyboardShortcutsSaveFindGoToAndUndo()
+    {
+        serve("print(1)\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        placeCursor(0);
+        typeText(QStringLiteral("x"));
+        QTRY_COMPARE(m_editor->text(), QStringLiteral("xprint(1)\n"));
+        QTest::keyClick(m_view.get(), Qt::Key_Z, Qt::ControlModifier);
+        QTRY_COMPARE(m_editor->text(), QStringLiteral("print(1)\n"));
+        QTest::keyClick(m_view.get(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        QTRY_COMPARE(m_editor->text(), QStringLiteral("xprint(1)\n"));
+
+        m_fixture.engine->clearRequests();
+        QTest::keyClick(m_view.get(), Qt::Key_S, Qt::ControlModifier);
+        QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/script")).size(), 1);
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/script")).first().body,
+                 QByteArray("xprint(1)\n"));
+        QTRY_VERIFY(m_fixture.alert());
+        m_fixture.alert()->triggerAction(0);
+
+        QTest::keyClick(m_view.get(), Qt::Key_F, Qt::ControlModifier);
+        QTRY_VERIFY(item(QStringLiteral("findField"))->hasActiveFocus());
+        QTest::keyClick(m_view.get(), Qt::Key_G, Qt::ControlModifier);
+        QTRY_VERIFY(item(QStringLiteral("goToLineField"))->hasActiveFocus());
+    }
+
     // Going to a line shows it in the middle of the text's area, not at its edge.
     void goingToALineCentresIt()
     {
