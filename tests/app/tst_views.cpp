@@ -58,6 +58,21 @@ class TestViews : public QObject
         return QTest::qWaitForWindowExposed(m_view.get());
     }
 
+    // The first-run prompt of a launching app, shown, its field holding the keyboard.
+    bool showFirstRunPromptWithTheKeyboard(AppDelegate &app)
+    {
+        app.didFinishLaunching();
+        if (!app.presenter()->current() ||
+            !showPage("AlertHost",
+                      {{QStringLiteral("presenter"), QVariant::fromValue(app.presenter())}}))
+            return false;
+        QQuickItem *field = TPFindItem(m_view->rootObject(), QStringLiteral("alertTextField"));
+        if (!field)
+            return false;
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(field));
+        return QTest::qWaitFor([field] { return field->hasActiveFocus(); });
+    }
+
     TPScriptsListVC *showList()
     {
         auto *list = new TPScriptsListVC(QString());
@@ -264,14 +279,7 @@ private slots:
     void typingIntoTheFirstRunPromptFollowsTheTrimmedText()
     {
         AppDelegate app;
-        app.didFinishLaunching();
-        QVERIFY(app.presenter()->current());
-        QVERIFY(showPage("AlertHost",
-                         {{QStringLiteral("presenter"), QVariant::fromValue(app.presenter())}}));
-        QQuickItem *field = TPFindItem(m_view->rootObject(), QStringLiteral("alertTextField"));
-        QVERIFY(field);
-        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(field));
-        QTRY_VERIFY(field->hasActiveFocus());
+        QVERIFY(showFirstRunPromptWithTheKeyboard(app));
         QTest::keyClick(m_view.get(), Qt::Key_Space);
         QTest::keyClick(m_view.get(), Qt::Key_Space);
         QCOMPARE(app.presenter()->current()->text(), QStringLiteral("  "));
@@ -316,14 +324,7 @@ private slots:
     void returnInThePromptSubmitsItsDefaultAction()
     {
         AppDelegate app;
-        app.didFinishLaunching();
-        QVERIFY(app.presenter()->current());
-        QVERIFY(showPage("AlertHost",
-                         {{QStringLiteral("presenter"), QVariant::fromValue(app.presenter())}}));
-        QQuickItem *field = TPFindItem(m_view->rootObject(), QStringLiteral("alertTextField"));
-        QVERIFY(field);
-        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(field));
-        QTRY_VERIFY(field->hasActiveFocus());
+        QVERIFY(showFirstRunPromptWithTheKeyboard(app));
         QTest::keyClick(m_view.get(), Qt::Key_Return);
         QVERIFY(app.presenter()->current());
         QTest::keyClick(m_view.get(), Qt::Key_T);
