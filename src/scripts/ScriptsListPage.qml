@@ -132,7 +132,8 @@ ScreenPage {
             required property var buttons
             objectName: "row" + index
             width: ListView.view.width
-            height: unreachable ? 60 : 44
+            // A note under the name wraps to as many lines as it needs on a narrow phone.
+            height: unreachable ? Math.max(60, nameColumn.implicitHeight + topPadding + bottomPadding) : 44
             swipe.enabled: canEdit
             Accessible.name: unreachable ? label + ". " + page.controller.texts.unreachable : label
             onClicked: {
@@ -146,6 +147,7 @@ ScreenPage {
             contentItem: RowLayout {
                 spacing: 0
                 Column {
+                    id: nameColumn
                     Layout.fillWidth: true
                     Layout.rightMargin: 4
                     Text {
@@ -160,7 +162,7 @@ ScreenPage {
                         width: parent.width
                         visible: row.unreachable
                         text: page.controller.texts.unreachable
-                        elide: Text.ElideRight
+                        wrapMode: Text.Wrap
                         font.pixelSize: 12
                         color: Theme.secondaryLabel
                     }

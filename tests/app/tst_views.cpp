@@ -1,4 +1,5 @@
 #include "appdelegate.h"
+#include "tplang.h"
 #include "tpnavigationstack.h"
 #include "tpownerfile.h"
 #include "tpquicktestutil.h"
@@ -211,6 +212,22 @@ private slots:
         QQuickItem *row = TPFindItem(m_view->rootObject(), QStringLiteral("row0"));
         QQuickItem *note = TPFindItem(row, QStringLiteral("unreachableNote"));
         QVERIFY(note && note->isVisible());
+        // On a phone the note is shown whole: wrapped, never cut, and inside its row.
+        QCOMPARE(m_view->width(), 390);
+        QCOMPARE(note->property("text").toString(), TPL("row_unreachable"));
+        QVERIFY(!note->property("truncated").toBool());
+        QVERIFY(note->property("lineCount").toInt() >= 2);
+        const QRectF inRow = note->mapRectToItem(row, QRectF(0, 0, note->width(), note->height()));
+        QVERIFY2(inRow.bottom() <= row->height(),
+                 qPrintable(QStringLiteral("%1 > %2").arg(inRow.bottom()).arg(row->height())));
+    }
+
+    void anOrdinaryRowIs44High()
+    {
+        QVERIFY(showList());
+        QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("row1")));
+        QCOMPARE(TPFindItem(m_view->rootObject(), QStringLiteral("row0"))->height(), 44.0);
+        QCOMPARE(TPFindItem(m_view->rootObject(), QStringLiteral("row1"))->height(), 44.0);
     }
 
     void theAddSheetHasCancelOnAPhoneAndIsAPopoverOnAWideWindow()
