@@ -133,7 +133,7 @@ ScreenPage {
             objectName: "row" + index
             width: ListView.view.width
             // A note under the name wraps to as many lines as it needs on a narrow phone.
-            height: unreachable ? Math.max(60, nameColumn.implicitHeight + topPadding + bottomPadding) : 44
+            height: unreachable ? Math.max(60, contentItem.implicitHeight + topPadding + bottomPadding) : 44
             swipe.enabled: canEdit
             Accessible.name: unreachable ? label + ". " + page.controller.texts.unreachable : label
             onClicked: {
@@ -147,7 +147,6 @@ ScreenPage {
             contentItem: RowLayout {
                 spacing: 0
                 Column {
-                    id: nameColumn
                     Layout.fillWidth: true
                     Layout.rightMargin: 4
                     Text {
