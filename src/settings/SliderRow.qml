@@ -40,5 +40,33 @@ Item {
                 value = Qt.binding(() => sliderRow.cell ? sliderRow.cell.value : 0)
             }
         }
+        // The theme's colours, so that the filled and the empty part both read in either
+        // appearance: the filled part in the tint, the empty part as a switch that is off.
+        background: Rectangle {
+            objectName: "sliderTrack"
+            x: slider.leftPadding
+            y: slider.topPadding + slider.availableHeight / 2 - height / 2
+            width: slider.availableWidth
+            height: 4
+            radius: 2
+            color: Theme.switchOff
+            Rectangle {
+                objectName: "sliderFill"
+                width: slider.visualPosition * parent.width
+                height: parent.height
+                radius: 2
+                color: Theme.tint
+            }
+        }
+        handle: Rectangle {
+            objectName: "sliderHandle"
+            x: slider.leftPadding + slider.visualPosition * (slider.availableWidth - width)
+            y: slider.topPadding + slider.availableHeight / 2 - height / 2
+            width: 28
+            height: 28
+            radius: 14
+            color: Theme.switchKnob
+            border.color: Theme.switchKnobBorder
+        }
     }
 }

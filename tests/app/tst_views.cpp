@@ -6,6 +6,7 @@
 #include "tpscreenfixture.h"
 #include "tpscriptslistvc.h"
 #include "tpslidercell.h"
+#include "tptheme.h"
 
 #include <QQuickItem>
 #include <QQuickStyle>
@@ -348,6 +349,22 @@ private slots:
         QTest::keyClick(m_view.get(), Qt::Key_Return);
         QTRY_COMPARE(app.presenter()->current(), nullptr);
         QCOMPARE(TPReadOwnerFile(), QStringLiteral("t"));
+    }
+
+    // The slider's filled and empty parts take the theme's colours, which contrast in both
+    // appearances (checked with the theme).
+    void theSliderIsDrawnInTheThemesColours()
+    {
+        TPSliderCell cell;
+        cell.configureWithTitle(QStringLiteral("Size"), 8, 120, 44);
+        QVERIFY(showPage("SliderRow", {{QStringLiteral("cell"), QVariant::fromValue(&cell)}},
+                         QSize(390, 72)));
+        QQuickItem *track = TPFindItem(m_view->rootObject(), QStringLiteral("sliderTrack"));
+        QQuickItem *fill = TPFindItem(m_view->rootObject(), QStringLiteral("sliderFill"));
+        QVERIFY(track && fill);
+        QCOMPARE(track->property("color").value<QColor>(), TPTheme::shared()->switchOff());
+        QCOMPARE(fill->property("color").value<QColor>(), TPTheme::shared()->tint());
+        QTRY_VERIFY(fill->width() > 0 && fill->width() < track->width());
     }
 
     void sliderDragReportsOnceOnRelease()

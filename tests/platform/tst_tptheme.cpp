@@ -10,6 +10,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <cmath>
+
 namespace {
 
 QPalette paletteWithWindow(const QColor &window)
@@ -20,6 +22,21 @@ QPalette paletteWithWindow(const QColor &window)
 }
 
 } // namespace
+
+// The contrast ratio of two colours, from their relative luminance (WCAG 2).
+double contrast(const QColor &a, const QColor &b)
+{
+    const auto luminance = [](const QColor &colour) {
+        const auto channel = [](double value) {
+            return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * channel(colour.redF()) + 0.7152 * channel(colour.greenF()) +
+               0.0722 * channel(colour.blueF());
+    };
+    const double first = luminance(a);
+    const double second = luminance(b);
+    return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
+}
 
 class TestTPTheme : public QObject
 {
@@ -70,6 +87,20 @@ private slots:
         QVERIFY(theme->isDark());
         QGuiApplication::setPalette(paletteWithWindow(QColor(0xF0, 0xF0, 0xF0)));
         QVERIFY(!theme->isDark());
+    }
+
+    // A slider's filled part stands out from its empty part, and the empty part from the
+    // background, in both appearances (3:1 for the fill, as for any control's state).
+    void aSlidersPartsContrastInBothPalettes()
+    {
+        for (const TPTheme::Palette *palette :
+             {&TPTheme::lightPalette(), &TPTheme::darkPalette()}) {
+            QVERIFY2(contrast(palette->tint, palette->switchOff) >= 3.0,
+                     qPrintable(QString::number(contrast(palette->tint, palette->switchOff))));
+            QVERIFY2(contrast(palette->tint, palette->groupedCell) >= 3.0,
+                     qPrintable(QString::number(contrast(palette->tint, palette->groupedCell))));
+            QVERIFY(contrast(palette->switchOff, palette->groupedCell) >= 1.1);
+        }
     }
 
     void everyColourIsValidInBothPalettes()
