@@ -47,6 +47,20 @@ void TPViewController::showAlert(const QString &title, const QString &message)
     presentAlert(alert);
 }
 
+void TPViewController::confirm(const QString &question, const QString &confirmTitle,
+                               std::function<void()> confirmed)
+{
+    auto *alert = new TPAlertController(question, QString(), TPAlertController::Style::Alert);
+    alert->addAction(TPL(QStringLiteral("cancel")), TPAlertAction::Style::Cancel);
+    QPointer<TPViewController> self(this);
+    alert->addAction(confirmTitle, TPAlertAction::Style::Destructive,
+                     [self, confirmed = std::move(confirmed)] {
+                         if (self)
+                             confirmed();
+                     });
+    presentAlert(alert);
+}
+
 void TPViewController::setTitle(const QString &title)
 {
     if (m_title == title)

@@ -6,6 +6,8 @@
 #include <QUrl>
 #include <QtQml/qqmlregistration.h>
 
+#include <functional>
+
 #include "tppresenter.h"
 
 class TPNavigationStack;
@@ -44,6 +46,11 @@ public:
 
     // A one-button alert: the title, the message and TPL("alert_ok").
     void showAlert(const QString &title, const QString &message);
+    // Asks `question` before something the user may not mean: Cancel first and the
+    // default, then `confirmTitle` in the destructive style, whose tap runs `confirmed` while
+    // the screen still exists.
+    void confirm(const QString &question, const QString &confirmTitle,
+                 std::function<void()> confirmed);
 
 signals:
     void titleChanged();

@@ -1,6 +1,5 @@
 #include "tpeditorvc.h"
 
-#include "tpalertcontroller.h"
 #include "tpengineapi.h"
 #include "tphistoryvc.h"
 #include "tplang.h"
@@ -279,19 +278,10 @@ void TPEditorVC::whenReplacingIsAgreed(std::function<void()> proceed)
         proceed();
         return;
     }
-    auto *alert =
-        new TPAlertController(TPL("replace_unread"), QString(), TPAlertController::Style::Alert);
-    // Cancel comes first and is the default: the file is not replaced without a tap.
-    alert->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
-    QPointer<TPEditorVC> self(this);
-    alert->addAction(TPL("guard_replace"), TPAlertAction::Style::Destructive,
-                     [self, proceed = std::move(proceed)] {
-                         if (!self)
-                             return;
-                         self->m_replaceAgreed = true;
-                         proceed();
-                     });
-    presentAlert(alert);
+    confirm(TPL("replace_unread"), TPL("guard_replace"), [this, proceed = std::move(proceed)] {
+        m_replaceAgreed = true;
+        proceed();
+    });
 }
 
 void TPEditorVC::saveWithCompletion(std::function<void(bool)> completion)

@@ -290,16 +290,8 @@ void TPScriptsListVC::createUnlessItExists(const QString &name, bool isFolder)
 
 void TPScriptsListVC::confirmReplace(const QString &name)
 {
-    auto *alert = new TPAlertController(TPL("guard_replace_title").arg(name), QString(),
-                                        TPAlertController::Style::Alert);
-    // Cancel comes first and is the default: nothing is replaced without a deliberate tap.
-    alert->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
-    QPointer<TPScriptsListVC> self(this);
-    alert->addAction(TPL("guard_replace"), TPAlertAction::Style::Destructive, [self, name] {
-        if (self)
-            self->createEntryNamed(name, false);
-    });
-    presentAlert(alert);
+    confirm(TPL("guard_replace_title").arg(name), TPL("guard_replace"),
+            [this, name] { createEntryNamed(name, false); });
 }
 
 void TPScriptsListVC::showExistsAlert(const QString &name)

@@ -1,6 +1,5 @@
 #include "tpversionvc.h"
 
-#include "tpalertcontroller.h"
 #include "tpeditorvc.h"
 #include "tpengineapi.h"
 #include "tplang.h"
@@ -112,14 +111,8 @@ void TPVersionVC::undelete()
 
 void TPVersionVC::saveAsItIs()
 {
-    auto *alert = new TPAlertController(TPL("history_save_version"), QString(),
-                                        TPAlertController::Style::Alert);
-    // Cancel comes first and is the default: nothing reaches the engine without a tap.
-    alert->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
     QPointer<TPVersionVC> self(this);
-    alert->addAction(TPL("guard_replace"), TPAlertAction::Style::Destructive, [self] {
-        if (!self)
-            return;
+    confirm(TPL("history_save_version"), TPL("guard_replace"), [self] {
         TPEngineAPI::saveScriptData(
             self->m_version.path, *self->m_bytes, [self](const TPEngineAPI::Error &error) {
                 if (!self)
@@ -133,5 +126,4 @@ void TPVersionVC::saveAsItIs()
                 self->showAlert(TPL("alert_ok"), TPL("history_restored"));
             });
     });
-    presentAlert(alert);
 }
