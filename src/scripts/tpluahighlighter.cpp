@@ -69,14 +69,21 @@ void TPLuaHighlighter::setColor(Token token, const QColor &color)
 
 void TPLuaHighlighter::colourFromTop()
 {
-    m_colouredThrough = -1;
+    QTextDocument *doc = document();
+    if (!doc)
+        return;
     // Every line forgets its state, so each step of the pass flows through its lines.
-    if (QTextDocument *doc = document()) {
-        for (QTextBlock block = doc->begin(); block.isValid(); block = block.next())
-            block.setUserState(-1);
-    }
-    m_nextLine = 0;
+    for (QTextBlock block = doc->begin(); block.isValid(); block = block.next())
+        block.setUserState(-1);
+    m_frontier = QTextCursor(doc);
+    // Text inserted at the frontier, such as a whole new text, is not coloured yet.
+    m_frontier.setKeepPositionOnInsert(true);
     m_slicer.start();
+}
+
+bool TPLuaHighlighter::isColoured(const QTextBlock &block) const
+{
+    return !m_slicer.isActive() || block.position() < m_frontier.position();
 }
 
 void TPLuaHighlighter::colourNextSlice()
@@ -90,7 +97,7 @@ void TPLuaHighlighter::colourNextSlice()
     // slice: told line by line, its layout would walk the whole document for every line.
     QElapsedTimer slice;
     slice.start();
-    QTextBlock block = doc->findBlockByNumber(m_nextLine);
+    QTextBlock block = doc->findBlock(m_frontier.position());
     const int from = block.isValid() ? block.position() : 0;
     int to = from;
     int state = block.previous().isValid() ? block.previous().userState() : -1;
@@ -100,11 +107,10 @@ void TPLuaHighlighter::colourNextSlice()
             ranges.append({span.start, span.length, m_formats[span.token]});
         block.layout()->setFormats(ranges);
         block.setUserState(state);
-        m_colouredThrough = block.blockNumber();
         to = block.position() + block.length();
         block = block.next();
     }
-    m_nextLine = m_colouredThrough + 1;
+    m_frontier.setPosition(block.isValid() ? block.position() : doc->characterCount() - 1);
     if (to > from) {
         // Inside an edit block the document also reports the change, as it does for the
         // highlighter's own re-colouring, so that a view of it redraws the lines.
@@ -236,7 +242,7 @@ QList<TPLuaHighlighter::Span> TPLuaHighlighter::tokenize(const QString &text, in
 
 void TPLuaHighlighter::highlightBlock(const QString &text)
 {
-    if (currentBlock().blockNumber() > m_colouredThrough) {
+    if (!isColoured(currentBlock())) {
         setCurrentBlockState(-1);
         return;
     }

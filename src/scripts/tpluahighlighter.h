@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QSyntaxHighlighter>
 #include <QTextCharFormat>
+#include <QTextCursor>
 #include <QTimer>
 
 // Colours Lua in a text document: keywords, strings (long brackets too), comments (long
@@ -45,12 +46,15 @@ protected:
 
 private:
     void colourNextSlice();
+    // Whether the first pass has reached the line; once it has ended, every line is, however
+    // many lines were typed since.
+    bool isColoured(const QTextBlock &block) const;
 
     QTextCharFormat m_formats[TokenCount];
     QTimer m_slicer;
-    // Lines after this one are not coloured yet: the first pass has not reached them.
-    int m_colouredThrough = -1;
-    // The next line a pass colours, and how many lines a slice colours.
-    int m_nextLine = 0;
+    // The start of the first line the first pass has not reached. A cursor moves with every
+    // edit, so lines typed or removed above it never shift the pass off its line.
+    QTextCursor m_frontier;
+    // How many lines a slice colours.
     int m_linesPerSlice = 100;
 };

@@ -5,6 +5,7 @@
 #include "tpscreenfixture.h"
 #include "tpscriptslistvc.h"
 #include "tpsettingsstore.h"
+#include "tptheme.h"
 
 #include <QFontMetricsF>
 #include <QQuickItem>
@@ -345,6 +346,48 @@ private slots:
                         gutter->visibleNumbers().value(0).second <
                     1.5 * rowHeight);
         QCOMPARE(gutter->visibleNumbers().value(2).first, 3);
+    }
+
+    // New lines, and lines pushed down by them, are coloured as they are typed, in the frame.
+    void aKeywordTypedOnANewLineIsColouredOnScreen()
+    {
+        serve("x = 1");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        const QColor keyword =
+            TPTheme::shared()->syntaxColors().value(QStringLiteral("keyword")).value<QColor>();
+        QVERIFY(keyword.isValid());
+        const qreal rowHeight = QFontMetricsF(m_editor->font()).height();
+        // Pixels of the keyword's colour on the text's row `row` (from 0).
+        const auto keywordInkOnRow = [&](int row) {
+            const QImage shot = m_view->grabWindow();
+            const QPointF origin = editor->mapToScene(QPointF(
+                editor->property("leftPadding").toReal(), editor->property("topPadding").toReal()));
+            int ink = 0;
+            for (int y = int(origin.y() + row * rowHeight);
+                 y < int(origin.y() + (row + 1) * rowHeight); ++y) {
+                for (int x = int(origin.x()); x < shot.width() - 10; ++x) {
+                    const QColor pixel = shot.pixelColor(x, y);
+                    ink += qAbs(pixel.red() - keyword.red()) < 24 &&
+                                   qAbs(pixel.green() - keyword.green()) < 24 &&
+                                   qAbs(pixel.blue() - keyword.blue()) < 24
+                               ? 1
+                               : 0;
+                }
+            }
+            return ink;
+        };
+        QCOMPARE(keywordInkOnRow(0), 0);
+        placeCursor(documentLength());
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        typeText(QStringLiteral("local y"));
+        QTRY_VERIFY(keywordInkOnRow(1) > 0);
+        // A new line above pushes the typed one down; both stay coloured.
+        placeCursor(0);
+        typeText(QStringLiteral("return"));
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        QTRY_VERIFY(keywordInkOnRow(0) > 0);
+        QTRY_VERIFY(keywordInkOnRow(2) > 0);
     }
 
     void turningWrapOffRedrawsTheLines()

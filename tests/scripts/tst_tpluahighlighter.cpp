@@ -101,6 +101,41 @@ private slots:
         QCOMPARE(colourAt(1000, 0), kKeyword);
     }
 
+    void linesAddedAfterTheFirstPassAreColouredAsTyped()
+    {
+        colour(QStringLiteral("x = 1"));
+        QTextCursor end(m_document.get());
+        end.movePosition(QTextCursor::End);
+        end.insertText(QStringLiteral("\nlocal y\nwhile"));
+        QCOMPARE(colourAt(1, 0), kKeyword);
+        QCOMPARE(colourAt(2, 0), kKeyword);
+        QTextCursor(m_document.get()).insertText(QStringLiteral("if\n"));
+        QCOMPARE(colourAt(0, 0), kKeyword);
+        QCOMPARE(colourAt(3, 0), kKeyword);
+    }
+
+    void linesRemovedAboveThePassDoNotMakeItSkipALine()
+    {
+        m_document = std::make_unique<QTextDocument>();
+        m_document->documentLayout();
+        m_highlighter = new TPLuaHighlighter(m_document.get());
+        m_highlighter->setColor(TPLuaHighlighter::Keyword, kKeyword);
+        QString text;
+        for (int i = 0; i < 20000; ++i)
+            text += QStringLiteral("local v%1 = %1\n").arg(i);
+        m_highlighter->colourFromTop();
+        m_document->setPlainText(text);
+        // One slice has run; then the first ten lines go while the pass is under way.
+        QTRY_VERIFY(colourAt(0, 0) == kKeyword);
+        QVERIFY(m_highlighter->isColouring());
+        QTextCursor cut(m_document.get());
+        cut.movePosition(QTextCursor::Down, QTextCursor::KeepAnchor, 10);
+        cut.removeSelectedText();
+        QTRY_VERIFY_WITH_TIMEOUT(!m_highlighter->isColouring(), 30000);
+        for (int line = 0; line < m_document->blockCount() - 1; ++line)
+            QVERIFY2(colourAt(line, 0) == kKeyword, qPrintable(QString::number(line)));
+    }
+
     void openingALongCommentRecoloursTheLinesBelow()
     {
         colour(QStringLiteral("a = 1\nb = 2\nc = 3"));
