@@ -132,6 +132,9 @@ ScreenPage {
             required property var buttons
             objectName: "row" + index
             width: ListView.view.width
+            // The row's buttons are 44 high, as tall as the row: with the style's padding the
+            // content would be laid out taller than its room and sink to the row's bottom.
+            verticalPadding: unreachable ? 8 : 0
             // A note under the name wraps to as many lines as it needs on a narrow phone.
             height: unreachable ? Math.max(60, contentItem.implicitHeight + topPadding + bottomPadding) : 44
             swipe.enabled: canEdit
@@ -150,6 +153,7 @@ ScreenPage {
                     Layout.fillWidth: true
                     Layout.rightMargin: 4
                     Text {
+                        objectName: "rowLabel"
                         width: parent.width
                         text: row.unreachable ? row.label + "  ⚠" : row.label
                         elide: Text.ElideRight

@@ -112,6 +112,21 @@ private slots:
         QQuickItem *deleteButton = TPFindItem(fileRow, QStringLiteral("deleteButton"));
         QVERIFY(deleteButton);
         QTRY_VERIFY(deleteButton->isVisible());
+        // Drawn on its row: the same top and height, flush with the right edge.
+        const QRectF rowRect =
+            fileRow->mapRectToScene(QRectF(0, 0, fileRow->width(), fileRow->height()));
+        const QRectF buttonRect = deleteButton->mapRectToScene(
+            QRectF(0, 0, deleteButton->width(), deleteButton->height()));
+        QCOMPARE(buttonRect.top(), rowRect.top());
+        QCOMPARE(buttonRect.height(), rowRect.height());
+        QCOMPARE(buttonRect.right(), rowRect.right());
+        // The row's name is drawn at the middle of the row, as the button's text is.
+        QQuickItem *label = TPFindItem(fileRow, QStringLiteral("rowLabel"));
+        QVERIFY(label);
+        const qreal labelMiddle = label->mapToScene(QPointF(0, label->height() / 2)).y();
+        QVERIFY2(
+            qAbs(labelMiddle - buttonRect.center().y()) <= 1.5,
+            qPrintable(QStringLiteral("%1 vs %2").arg(labelMiddle).arg(buttonRect.center().y())));
         // In the interface's language.
         QCOMPARE(TPFindItem(deleteButton, QStringLiteral("deleteButtonText"))
                      ->property("text")
