@@ -72,6 +72,7 @@ constexpr TPLangRow kExtraRows[] = {
     {"editor_redo", "Làm lại", "Redo"},
     {"editor_find", "Tìm", "Find"},
     {"editor_wrap", "Ngắt dòng", "Wrap"},
+    {"editor_symbols", "Phím ký hiệu", "Symbol keys"},
     {"editor_loading", "Đang tải…", "Loading…"},
     {"editor_unsaved", "Chưa lưu", "Unsaved changes"},
     {"editor_line_numbers", "Số dòng", "Line numbers"},

@@ -89,7 +89,6 @@ Item {
                     id: field
                     objectName: "alertTextField"
                     anchors { left: parent.left; right: parent.right; margins: 16; bottom: parent.bottom }
-                    height: 30
                     font.pixelSize: 14
                     placeholderText: host.alert ? host.alert.placeholder : ""
                     inputMethodHints: host.alert ? host.hintsFor(host.alert) : Qt.ImhNone

@@ -41,7 +41,8 @@ Rectangle {
                     color: Theme.label
                 }
                 MouseArea {
-                    anchors.fill: parent
+                    // As tall as a finger needs, above and below the drawn segment.
+                    anchors { fill: parent; topMargin: -8; bottomMargin: -8 }
                     onClicked: {
                         if (parent.index !== control.currentIndex) {
                             control.currentIndex = parent.index

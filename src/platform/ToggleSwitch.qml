@@ -5,13 +5,15 @@ import TPCompanion
 // An on/off switch drawn like the phone's: green when on.
 Switch {
     id: control
+    // The drawn switch is 51x31; a finger may land anywhere in 51x44.
     implicitWidth: 51
-    implicitHeight: 31
+    implicitHeight: 44
     padding: 0
     Accessible.role: Accessible.CheckBox
     Accessible.checkable: true
     Accessible.checked: checked
     indicator: Rectangle {
+        y: (control.height - height) / 2
         width: 51
         height: 31
         radius: 15.5

@@ -1,10 +1,26 @@
 #include "tptheme.h"
 
+#include <cmath>
+
 #include <QCoreApplication>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QPalette>
 #include <QQmlEngine>
+
+double TPTheme::contrast(const QColor &a, const QColor &b)
+{
+    const auto luminance = [](const QColor &colour) {
+        const auto channel = [](double value) {
+            return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * channel(colour.redF()) + 0.7152 * channel(colour.greenF()) +
+               0.0722 * channel(colour.blueF());
+    };
+    const double first = luminance(a);
+    const double second = luminance(b);
+    return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
+}
 
 const TPTheme::Palette &TPTheme::lightPalette()
 {

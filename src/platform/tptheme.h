@@ -58,6 +58,9 @@ class TPTheme : public QObject
     Q_PROPERTY(int barHeight READ barHeight CONSTANT)
     Q_PROPERTY(int tabBarHeight READ tabBarHeight CONSTANT)
     Q_PROPERTY(int bodySize READ bodySize CONSTANT)
+    // The widest a list or a settings table is laid out; a wider window centres it, as a
+    // tablet's readable width does, instead of stretching rows across the screen.
+    Q_PROPERTY(int readableWidth READ readableWidth CONSTANT)
 
 public:
     struct Palette
@@ -101,6 +104,10 @@ public:
         QColor addedLine;
         QColor removedLine;
     };
+
+    // The contrast ratio of two opaque colours, from their relative luminance (WCAG 2): 1 for
+    // the same colour, 21 for black on white.
+    static double contrast(const QColor &a, const QColor &b);
 
     static const Palette &lightPalette();
     static const Palette &darkPalette();
@@ -154,6 +161,7 @@ public:
     int barHeight() const { return 44; }
     int tabBarHeight() const { return 56; }
     int bodySize() const { return 17; }
+    int readableWidth() const { return 672; }
 
 signals:
     void paletteChanged();

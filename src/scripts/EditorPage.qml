@@ -36,22 +36,34 @@ ScreenPage {
     Rectangle {
         id: tools
         anchors { left: parent.left; right: parent.right; top: parent.top }
-        height: 40
+        height: 44
         color: Theme.barBackground
 
         Row {
-            anchors { left: parent.left; leftMargin: 4; verticalCenter: parent.verticalCenter }
+            anchors { left: parent.left; verticalCenter: parent.verticalCenter }
+            // Glyphs leave room in a phone's width for the symbol keys' button.
             ToolTextButton {
                 objectName: "undoButton"
-                text: page.texts.editor_undo
+                text: "↶"
+                textSize: 22
+                Accessible.name: page.texts.editor_undo
                 enabled: page.code.canUndo
                 onClicked: page.code.undo()
             }
             ToolTextButton {
                 objectName: "redoButton"
-                text: page.texts.editor_redo
+                text: "↷"
+                textSize: 22
+                Accessible.name: page.texts.editor_redo
                 enabled: page.code.canRedo
                 onClicked: page.code.redo()
+            }
+            ToolTextButton {
+                objectName: "symbolsButton"
+                text: "{ }"
+                Accessible.name: page.texts.editor_symbols
+                checked: page.controller.symbolRowShown
+                onClicked: page.controller.symbolRowRequested = !page.controller.symbolRowRequested
             }
         }
         BusyIndicator {
@@ -64,7 +76,7 @@ ScreenPage {
             Accessible.name: page.texts.editor_loading
         }
         Row {
-            anchors { right: parent.right; rightMargin: 4; verticalCenter: parent.verticalCenter }
+            anchors { right: parent.right; verticalCenter: parent.verticalCenter }
             ToolTextButton {
                 objectName: "historyButton"
                 text: page.texts.history_title
@@ -133,7 +145,6 @@ ScreenPage {
                         required property var modelData
                         objectName: "notice_" + modelData.id
                         text: modelData.title
-                        implicitHeight: 44
                         onClicked: noticeBar.notice.trigger(modelData.id)
                     }
                 }
@@ -267,7 +278,7 @@ ScreenPage {
     SymbolKeyRow {
         id: symbolRow
         objectName: "symbolRow"
-        visible: page.controller.keyboardShown
+        visible: page.controller.symbolRowShown
         anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
         anchors.bottomMargin: page.controller.bottomInset
         keys: page.controller.symbolKeys

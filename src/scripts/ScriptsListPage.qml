@@ -8,6 +8,8 @@ import TPCompanion
 // Pulling the list down refreshes it.
 ScreenPage {
     id: page
+    // On a wide window the rows keep a readable width in the middle.
+    readonly property real sideInset: Math.max(0, (width - Theme.readableWidth) / 2)
     required property TPScriptsListVC controller
 
     barItems: Row {
@@ -69,7 +71,8 @@ ScreenPage {
             ThemedTextField {
                 id: searchField
                 objectName: "searchField"
-                anchors { fill: parent; margins: 8 }
+                anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter }
+                anchors { leftMargin: 8 + page.sideInset; rightMargin: 8 + page.sideInset }
                 rightPadding: clearSearch.visible ? clearSearch.width : leftPadding
                 placeholderText: page.controller ? page.controller.texts.search : ""
                 inputMethodHints: Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText
@@ -135,6 +138,8 @@ ScreenPage {
             // The row's buttons are 44 high, as tall as the row: with the style's padding the
             // content would be laid out taller than its room and sink to the row's bottom.
             verticalPadding: unreachable ? 8 : 0
+            leftPadding: 12 + page.sideInset
+            rightPadding: 12 + page.sideInset
             // A note under the name wraps to as many lines as it needs on a narrow phone.
             height: unreachable ? Math.max(60, contentItem.implicitHeight + topPadding + bottomPadding) : 44
             swipe.enabled: canEdit
@@ -194,7 +199,8 @@ ScreenPage {
             background: Rectangle {
                 color: row.pressed ? Theme.highlight : Theme.background
                 Rectangle {
-                    anchors { left: parent.left; leftMargin: 16; right: parent.right; bottom: parent.bottom }
+                    anchors { left: parent.left; leftMargin: 16 + page.sideInset; right: parent.right
+                              rightMargin: page.sideInset; bottom: parent.bottom }
                     height: 0.5
                     color: Theme.separator
                 }
@@ -203,7 +209,7 @@ ScreenPage {
                 objectName: "deleteButton"
                 height: row.height
                 width: 88
-                anchors.right: parent.right
+                anchors { right: parent.right; rightMargin: page.sideInset }
                 Accessible.name: page.controller.texts.delete
                 onClicked: {
                     row.swipe.close()

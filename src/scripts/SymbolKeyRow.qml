@@ -9,7 +9,7 @@ Rectangle {
     required property var keys
     signal keyPressed(string key)
 
-    implicitHeight: 44
+    implicitHeight: 48
     height: implicitHeight
     color: Theme.barBackground
 
@@ -20,17 +20,21 @@ Rectangle {
     }
 
     ListView {
-        anchors { fill: parent; margins: 4 }
+        anchors { fill: parent; topMargin: 2; bottomMargin: 2 }
         orientation: ListView.Horizontal
-        spacing: 4
         model: row.keys
         delegate: AbstractButton {
             id: key
             required property var modelData
             objectName: "symbolKey_" + modelData.key
             focusPolicy: Qt.NoFocus
-            width: Math.max(36, contentItem.implicitWidth + 16)
-            height: 36
+            // Keys touch each other at 44x44 points; each is drawn 36 high with a gap around it.
+            width: Math.max(44, contentItem.implicitWidth + 16)
+            height: 44
+            topInset: 4
+            bottomInset: 4
+            leftInset: 2
+            rightInset: 2
             text: modelData.label
             Accessible.name: modelData.label
             onClicked: row.keyPressed(modelData.key)

@@ -395,4 +395,13 @@ void TPEditorVC::setKeyboardShown(bool shown)
         return;
     m_keyboardShown = shown;
     emit keyboardShownChanged();
+    emit symbolRowShownChanged();
+}
+
+void TPEditorVC::setSymbolRowRequested(bool requested)
+{
+    if (m_symbolRowRequested == requested)
+        return;
+    m_symbolRowRequested = requested;
+    emit symbolRowShownChanged();
 }

@@ -44,6 +44,11 @@ class TPEditorVC : public TPViewController
     Q_PROPERTY(bool wrap READ wrap WRITE setWrap NOTIFY wrapChanged)
     // The software keyboard is up, so the row of symbol keys shows above it.
     Q_PROPERTY(bool keyboardShown READ keyboardShown NOTIFY keyboardShownChanged)
+    // The symbol-key row shows above an on-screen keyboard, or whenever the user asks for it
+    // (a desktop or a hardware keyboard has no on-screen one).
+    Q_PROPERTY(bool symbolRowRequested READ symbolRowRequested WRITE setSymbolRowRequested NOTIFY
+                   symbolRowShownChanged)
+    Q_PROPERTY(bool symbolRowShown READ symbolRowShown NOTIFY symbolRowShownChanged)
 
 public:
     // Where the file's read stands. Until a read has succeeded with text, Save and Run ask
@@ -75,6 +80,9 @@ public:
     bool wrap() const;
     void setWrap(bool wrap);
     bool keyboardShown() const { return m_keyboardShown; }
+    bool symbolRowRequested() const { return m_symbolRowRequested; }
+    void setSymbolRowRequested(bool requested);
+    bool symbolRowShown() const { return m_keyboardShown || m_symbolRowRequested; }
     QFont font() const { return _font; }
     qreal tabStopDistance() const;
     QMarginsF contentInsets() const { return _contentInsets; }
@@ -118,6 +126,7 @@ signals:
     void loadingChanged();
     void wrapChanged();
     void keyboardShownChanged();
+    void symbolRowShownChanged();
     void tabStopDistanceChanged();
 
 protected:
@@ -150,6 +159,7 @@ private:
     QVariantMap m_toolTexts;
     bool m_loading = false;
     bool m_keyboardShown = false;
+    bool m_symbolRowRequested = false;
     // The text the engine last confirmed (a save, or the read); shared, not copied.
     QString m_savedText;
     TPEditorNotice *m_notice;

@@ -7,6 +7,8 @@ import TPCompanion
 ScreenPage {
     id: page
     required property TPSettingsVC controller
+    // On a wide window the table keeps a readable width in the middle.
+    readonly property real sideInset: Math.max(0, (width - Theme.readableWidth) / 2)
 
     Rectangle {
         anchors.fill: parent
@@ -26,7 +28,7 @@ ScreenPage {
             required property string section
             width: ListView.view.width
             height: 52
-            leftPadding: 32
+            leftPadding: 32 + page.sideInset
             bottomPadding: 6
             verticalAlignment: Text.AlignBottom
             text: section.toUpperCase()
@@ -64,7 +66,7 @@ ScreenPage {
             Accessible.name: accessibleName
 
             Rectangle {
-                anchors { fill: parent; leftMargin: 16; rightMargin: 16 }
+                anchors { fill: parent; leftMargin: 16 + page.sideInset; rightMargin: 16 + page.sideInset }
                 color: tapArea.pressed && cellItem.highlightsOnTap ? Theme.highlight : Theme.groupedCell
                 Rectangle {
                     anchors { left: parent.left; leftMargin: 16; right: parent.right; bottom: parent.bottom }
@@ -74,12 +76,12 @@ ScreenPage {
             }
             MouseArea {
                 id: tapArea
-                anchors.fill: parent
+                anchors { fill: parent; leftMargin: page.sideInset; rightMargin: page.sideInset }
                 enabled: cellItem.highlightsOnTap
                 onClicked: page.controller.didSelectRow(cellItem.section, cellItem.row)
             }
             Loader {
-                anchors { fill: parent; leftMargin: 16; rightMargin: 16 }
+                anchors { fill: parent; leftMargin: 16 + page.sideInset; rightMargin: 16 + page.sideInset }
                 sourceComponent: {
                     switch (cellItem.kind) {
                     case TPSettingsRowKind.Swatch: return swatchComponent

@@ -27,8 +27,10 @@ Item {
         objectName: "slider"
         Accessible.role: Accessible.Slider
         Accessible.name: sliderRow.cell ? sliderRow.cell.title : ""
+        // Under the title, as tall as a finger needs.
         anchors { left: parent.left; right: parent.right; leftMargin: 16; rightMargin: 16
-                  top: title.bottom; topMargin: 4; bottom: parent.bottom; bottomMargin: 8 }
+                  bottom: parent.bottom; bottomMargin: 2 }
+        height: 44
         from: sliderRow.cell ? sliderRow.cell.minimum : 0
         to: sliderRow.cell ? sliderRow.cell.maximum : 1
         value: sliderRow.cell ? sliderRow.cell.value : 0

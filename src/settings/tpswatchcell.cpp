@@ -21,6 +21,15 @@ QColor TPSwatchCell::separatorColor()
     return TPTheme::shared()->separator();
 }
 
+QColor TPSwatchCell::outlineColor(const QColor &fill)
+{
+    // The contrast a control's edge needs with what is around it (WCAG 2, non-text).
+    constexpr double kVisibleEdge = 3.0;
+    const TPTheme::Palette &palette = TPTheme::shared()->palette();
+    return TPTheme::contrast(fill, palette.groupedCell) < kVisibleEdge ? palette.sectionHeader
+                                                                       : QColor(Qt::transparent);
+}
+
 TPSwatchCell::TPSwatchCell(QObject *parent)
     : QObject(parent),
       _presetRGBs({0xFF3B30, 0xFF9500, 0xFFCC00, 0x34C759, 0x007AFF, 0xAF52DE, 0xFFFFFF, 0x000000})
@@ -49,6 +58,7 @@ QVariantList TPSwatchCell::buttons() const
             QVariantMap{{QStringLiteral("color"), button.color},
                         {QStringLiteral("borderWidth"), button.borderWidth},
                         {QStringLiteral("borderColor"), button.borderColor},
+                        {QStringLiteral("outlineColor"), outlineColor(button.color)},
                         {QStringLiteral("selected"), selected},
                         {QStringLiteral("accessibleName"),
                          i < qsizetype(std::size(nameKeys)) ? TPL(nameKeys[i]) : QString()}});

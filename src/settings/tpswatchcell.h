@@ -34,13 +34,18 @@ public:
     // The theme's label and separator colours, in the current appearance.
     static QColor labelColor();
     static QColor separatorColor();
+    // A ring drawn just outside a swatch whose fill barely stands out from the cell (black in
+    // the dark, white and yellow in the light), so that it can still be seen and aimed at;
+    // transparent for the others. The border stays as it is.
+    static QColor outlineColor(const QColor &fill);
 
     explicit TPSwatchCell(QObject *parent = nullptr);
 
     QList<quint32> presetRGBs() const { return _presetRGBs; }
     QList<Button> buttonStates() const { return _buttons; }
     // For the view: one map per swatch with "color", "borderWidth", "borderColor",
-    // "selected" and "accessibleName" (the colour's name in the current language).
+    // "outlineColor", "selected" and "accessibleName" (the colour's name in the current
+    // language).
     QVariantList buttons() const;
 
     // Marks every swatch whose colour equals `rgb` exactly; reports nothing.

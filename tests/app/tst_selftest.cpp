@@ -282,6 +282,7 @@ private slots:
         // for the tests named after them.
         QStringList foreign;
         QStringList unnamed;
+        QStringList cramped;
         const auto check = [&](const QString &stop) {
             visited.append(stop);
             QQuickItem *root = tour.window()->contentItem();
@@ -289,6 +290,8 @@ private slots:
                 foreign.append(stop + QStringLiteral(": ") + problem);
             for (const QString &problem : controlsWithoutName(root))
                 unnamed.append(stop + QStringLiteral(": ") + problem);
+            for (const QString &problem : TPTouchTargetFaults(root))
+                cramped.append(stop + QStringLiteral(": ") + problem);
             for (const QString &name : kExpectedItems.value(stop)) {
                 QQuickItem *item = TPFindShownItem(tour.window()->contentItem(), name);
                 if (!item)
@@ -304,6 +307,7 @@ private slots:
         if (walked) {
             m_foreignTexts.insert(language, foreign);
             m_controlsWithoutName.insert(language, unnamed);
+            m_touchTargetFaults.insert(language, cramped);
         }
         QVERIFY2(problems.isEmpty(), qPrintable(problems.join(u'\n')));
         QVERIFY2(walked, qPrintable(error));
@@ -331,10 +335,21 @@ private slots:
         QVERIFY2(problems.isEmpty(), qPrintable(problems.join(u'\n')));
     }
 
+    void everyControlAFingerUsesHasA44PxAreaOfItsOwn_data() { languages(); }
+    void everyControlAFingerUsesHasA44PxAreaOfItsOwn()
+    {
+        QFETCH(QString, language);
+        const QStringList problems = m_touchTargetFaults.contains(language)
+                                         ? m_touchTargetFaults.value(language)
+                                         : problemsAlongTheTour(language, TPTouchTargetFaults);
+        QVERIFY2(problems.isEmpty(), qPrintable(problems.join(u'\n')));
+    }
+
 private:
     // What the walks of everyScreenShowsWithoutWarnings found, by language.
     QHash<QString, QStringList> m_foreignTexts;
     QHash<QString, QStringList> m_controlsWithoutName;
+    QHash<QString, QStringList> m_touchTargetFaults;
 
     static void languages()
     {

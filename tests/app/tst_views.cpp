@@ -6,6 +6,7 @@
 #include "tpscreenfixture.h"
 #include "tpscriptslistvc.h"
 #include "tpslidercell.h"
+#include "tpswatchcell.h"
 #include "tptheme.h"
 
 #include <QQuickItem>
@@ -380,6 +381,37 @@ private slots:
         QCOMPARE(track->property("color").value<QColor>(), TPTheme::shared()->switchOff());
         QCOMPARE(fill->property("color").value<QColor>(), TPTheme::shared()->tint());
         QTRY_VERIFY(fill->width() > 0 && fill->width() < track->width());
+    }
+
+    // A tap on a swatch, at its middle or at its far edge, picks that swatch: each answers
+    // a finger in its own tile of the row, the outer ones too.
+    void tappingASwatchOrJustBesideItPicksIt()
+    {
+        TPSwatchCell cell;
+        QList<quint32> picks;
+        cell.setOnPick([&picks](quint32 rgb) { picks.append(rgb); });
+        // The row inside a phone's grouped cell: 390 less the cell's 16-point insets.
+        QVERIFY(showPage("SwatchRow", {{QStringLiteral("cell"), QVariant::fromValue(&cell)}},
+                         QSize(358, 56)));
+        QTRY_VERIFY(TPFindShownItem(m_view->rootObject(), QStringLiteral("swatch7")));
+        QVERIFY(TPTouchTargetFaults(m_view->rootObject()).isEmpty());
+        // Where the swatches are drawn; a pick redraws them in the same places.
+        QHash<int, QPoint> centres;
+        for (int index : {0, 3, 7}) {
+            centres.insert(index,
+                           TPCentreOf(TPFindShownItem(m_view->rootObject(),
+                                                      QStringLiteral("swatch%1").arg(index))));
+        }
+        const auto tapAt = [&](int index, int dx) {
+            QTest::mouseClick(m_view.get(), Qt::LeftButton, {},
+                              centres.value(index) + QPoint(dx, 0));
+        };
+        tapAt(7, 0);
+        tapAt(0, -14);
+        tapAt(7, 14);
+        tapAt(3, 0);
+        QTRY_COMPARE(picks, (QList<quint32>{0x000000, 0xFF3B30, 0x000000, 0x34C759}));
+        QCOMPARE(cell.buttonStates().at(3).borderWidth, 3);
     }
 
     void sliderDragReportsOnceOnRelease()

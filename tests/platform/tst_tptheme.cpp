@@ -23,19 +23,20 @@ QPalette paletteWithWindow(const QColor &window)
 
 } // namespace
 
-// The contrast ratio of two colours, from their relative luminance (WCAG 2).
 double contrast(const QColor &a, const QColor &b)
 {
-    const auto luminance = [](const QColor &colour) {
-        const auto channel = [](double value) {
-            return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-        };
-        return 0.2126 * channel(colour.redF()) + 0.7152 * channel(colour.greenF()) +
-               0.0722 * channel(colour.blueF());
+    return TPTheme::contrast(a, b);
+}
+
+// `colour` drawn over the opaque `background`.
+QColor over(const QColor &colour, const QColor &background)
+{
+    const auto mix = [&](double top, double bottom) {
+        return top * colour.alphaF() + bottom * (1 - colour.alphaF());
     };
-    const double first = luminance(a);
-    const double second = luminance(b);
-    return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
+    return QColor::fromRgbF(float(mix(colour.redF(), background.redF())),
+                            float(mix(colour.greenF(), background.greenF())),
+                            float(mix(colour.blueF(), background.blueF())));
 }
 
 class TestTPTheme : public QObject
@@ -131,6 +132,32 @@ private slots:
         QTRY_COMPARE(changed.size(), 1);
         QCOMPARE(cell.buttonStates().at(4).borderColor, TPTheme::darkPalette().label);
         QCOMPARE(cell.buttonStates().at(0).borderColor, TPTheme::darkPalette().separator);
+    }
+
+    // A swatch stands out from its cell in both appearances: by its fill, or else by the
+    // ring around it (black in the dark, white in the light). Its border stays the separator.
+    void everySwatchCanBeSeenInBothPalettes()
+    {
+        for (const QColor window : {QColor(0xEF, 0xEF, 0xEF), QColor(0x1C, 0x1C, 0x1E)}) {
+            QGuiApplication::setPalette(paletteWithWindow(window));
+            QTRY_COMPARE(TPTheme::shared()->isDark(), window.lightness() < 128);
+            const QColor cell = TPTheme::shared()->groupedCell();
+            TPSwatchCell swatches;
+            const QVariantList shown = swatches.buttons();
+            for (const QVariant &entry : shown) {
+                const QVariantMap swatch = entry.toMap();
+                const QColor fill = swatch.value(QStringLiteral("color")).value<QColor>();
+                const QColor ring = swatch.value(QStringLiteral("outlineColor")).value<QColor>();
+                QCOMPARE(swatch.value(QStringLiteral("borderColor")).value<QColor>(),
+                         TPTheme::shared()->separator());
+                const double edge =
+                    std::max(contrast(fill, cell), contrast(over(ring, cell), cell));
+                QVERIFY2(
+                    edge >= 3.0,
+                    qPrintable(
+                        QStringLiteral("%1 on %2: %3").arg(fill.name(), cell.name()).arg(edge)));
+            }
+        }
     }
 
     // Every colour a view shows comes from the theme, so that both appearances cover it.

@@ -483,6 +483,35 @@ private slots:
         QTRY_VERIFY(!item(QStringLiteral("symbolRow"))->isVisible());
     }
 
+    // Without an on-screen keyboard (a desktop, a hardware keyboard) the tools' button
+    // shows the row; its keys type where the cursor is, and a second tap hides it.
+    void theSymbolKeysButtonShowsTheRowWithoutAKeyboard()
+    {
+        serve("x 1\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QQuickItem *row = item(QStringLiteral("symbolRow"));
+        QVERIFY(!row->isVisible());
+        QCOMPARE(item(QStringLiteral("symbolsButton"))->property("checked").toBool(), false);
+        placeCursor(2);
+        click(QStringLiteral("symbolsButton"));
+        QTRY_VERIFY(row->isVisible());
+        QVERIFY(m_editor->symbolRowShown());
+        QCOMPARE(item(QStringLiteral("symbolsButton"))->property("checked").toBool(), true);
+        // The text keeps the keyboard and its cursor.
+        QVERIFY(item(QStringLiteral("editor"))->hasActiveFocus());
+        QTRY_VERIFY(TPFindShownItem(row, QStringLiteral("symbolKey_=")));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {},
+                          TPCentreOf(TPFindShownItem(row, QStringLiteral("symbolKey_="))));
+        QCOMPARE(m_editor->text(), QStringLiteral("x =1\n"));
+        // The row's keys are a finger wide and tall each, and the text stops above the row.
+        QVERIFY2(TPTouchTargetFaults(row).isEmpty(),
+                 qPrintable(TPTouchTargetFaults(row).join(u'\n')));
+        const QQuickItem *bar = item(QStringLiteral("syntaxMessageBar"));
+        QCOMPARE(bar->mapToScene(QPointF(0, bar->height())).y(), row->mapToScene(QPointF()).y());
+        click(QStringLiteral("symbolsButton"));
+        QTRY_VERIFY(!row->isVisible());
+    }
+
     void undoAndRedoButtonsTakeBackAndRedoTyping()
     {
         serve("a\r\n");

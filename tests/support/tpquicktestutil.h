@@ -2,6 +2,7 @@
 
 #include <QQuickItem>
 #include <QString>
+#include <QStringList>
 
 // Finding and touching items of a Qt Quick scene in view tests.
 
@@ -48,3 +49,11 @@ inline QPoint TPCentreOf(const QQuickItem *item)
 {
     return item->mapToScene(QPointF(item->width() / 2, item->height() / 2)).toPoint();
 }
+
+// Everything a finger can use in the scene below `root` that breaks the touch rule: each
+// control answers in an area at least 44x44 px, and no two such areas overlap unless one
+// control holds the other (a row's buttons lie on the row). Each fault is described for the
+// failure message; an empty list is a scene that keeps the rule. Controls are buttons and
+// switches, text fields, sliders and enabled mouse areas that are shown, at least partly,
+// in the window.
+QStringList TPTouchTargetFaults(QQuickItem *root);
