@@ -27,8 +27,11 @@ Item {
             height: 0.5
             color: Theme.separator
         }
+        // On a wide window the tabs keep a readable width in the middle, as a tablet's do.
         Row {
-            anchors.fill: parent
+            id: tabRow
+            anchors { top: parent.top; bottom: parent.bottom; horizontalCenter: parent.horizontalCenter }
+            width: Math.min(parent.width, Theme.readableWidth)
             Repeater {
                 model: tabsView.tabs
                 delegate: AbstractButton {
@@ -37,7 +40,7 @@ Item {
                     required property string title
                     required property url iconSource
                     objectName: "tab" + index
-                    width: tabBar.width / 3
+                    width: tabRow.width / 3
                     height: tabBar.height
                     readonly property bool selected: tabsView.tabs.selectedIndex === index
                     onClicked: tabsView.tabs.selectedIndex = index

@@ -5,6 +5,7 @@
 #include "tpquicktestutil.h"
 #include "tpscreenfixture.h"
 #include "tpscriptslistvc.h"
+#include "tpsettingsvc.h"
 #include "tpslidercell.h"
 #include "tpswatchcell.h"
 #include "tptheme.h"
@@ -263,6 +264,54 @@ private slots:
         QTRY_VERIFY(cancel->isVisible());
         QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(cancel));
         QTRY_COMPARE(m_fixture.alert(), nullptr);
+    }
+
+    // A desktop or tablet window does not stretch rows across its width: the list, its
+    // search field, the settings table and the tabs keep a readable width in the middle.
+    void aWideWindowKeepsTheListAndTheSettingsAtAReadableWidth()
+    {
+        const qreal readable = TPTheme::shared()->readableWidth();
+        const QSize wide(1200, 700);
+        const qreal left = (wide.width() - readable) / 2;
+        const qreal right = left + readable;
+        const auto horizontalSpan = [](const QQuickItem *item) {
+            const QRectF area = item->mapRectToScene(QRectF(0, 0, item->width(), item->height()));
+            return std::pair(area.left(), area.right());
+        };
+        const auto within = [&](const QString &name) {
+            QQuickItem *item = TPFindShownItem(m_view->rootObject(), name);
+            if (!item)
+                return name + QStringLiteral(" not shown");
+            const auto [from, to] = horizontalSpan(item);
+            return from >= left && to <= right
+                       ? QString()
+                       : QStringLiteral("%1 spans %2..%3").arg(name).arg(from).arg(to);
+        };
+
+        m_stack = std::make_unique<TPNavigationStack>(new TPScriptsListVC(QString()),
+                                                      m_fixture.presenter.get());
+        m_stack->setVisible(true);
+        QVERIFY(showPage(
+            "ScriptsListPage",
+            {{QStringLiteral("controller"), QVariant::fromValue(m_stack->topViewController())}},
+            wide));
+        QTRY_VERIFY(TPFindShownItem(m_view->rootObject(), QStringLiteral("rowButton_more_1")));
+        for (const QString &name :
+             {QStringLiteral("searchField"), QStringLiteral("rowLabel"),
+              QStringLiteral("rowButton_more_1"), QStringLiteral("rowButton_run_1")})
+            QCOMPARE(within(name), QString());
+
+        TPSettingsVC settings;
+        settings.setPresenter(m_fixture.presenter.get());
+        settings.loadViewIfNeeded();
+        settings.viewWillAppear();
+        QVERIFY(showPage("SettingsPage",
+                         {{QStringLiteral("controller"), QVariant::fromValue(&settings)}}, wide));
+        QTRY_VERIFY(TPFindShownItem(m_view->rootObject(), QStringLiteral("switch0")));
+        for (const QString &name : {QStringLiteral("switch0"), QStringLiteral("detail"),
+                                    QStringLiteral("segments_langCell")})
+            QCOMPARE(within(name), QString());
+        QVERIFY(TPTouchTargetFaults(m_view->rootObject()).isEmpty());
     }
 
     void swipingFolderRowRevealsNothing()
