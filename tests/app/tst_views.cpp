@@ -314,6 +314,31 @@ private slots:
         QVERIFY(TPTouchTargetFaults(m_view->rootObject()).isEmpty());
     }
 
+    // A launch builds the first tab's screens only; another tab's are built the first time
+    // it is shown, and kept when the user goes back.
+    void aTabsScreensAreBuiltWhenItIsFirstShown()
+    {
+        QVERIFY(TPWriteOwnerFile(QStringLiteral("Tester")));
+        AppDelegate app;
+        app.didFinishLaunching();
+        QVERIFY(app.tabBarController());
+        QVERIFY(showPage("TabsView",
+                         {{QStringLiteral("tabs"), QVariant::fromValue(app.tabBarController())}}));
+        QTRY_VERIFY(TPFindShownItem(m_view->rootObject(), QStringLiteral("scriptsList")));
+        QVERIFY(!TPFindItem(m_view->rootObject(), QStringLiteral("settingsTable")));
+        QVERIFY(!TPFindItem(m_view->rootObject(), QStringLiteral("storeLabel")));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {},
+                          TPCentreOf(TPFindItem(m_view->rootObject(), QStringLiteral("tab2"))));
+        QTRY_VERIFY(TPFindShownItem(m_view->rootObject(), QStringLiteral("settingsTable")));
+        QVERIFY(!TPFindItem(m_view->rootObject(), QStringLiteral("storeLabel")));
+        QQuickItem *settings = TPFindItem(m_view->rootObject(), QStringLiteral("settingsTable"));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {},
+                          TPCentreOf(TPFindItem(m_view->rootObject(), QStringLiteral("tab0"))));
+        QTRY_VERIFY(!settings->isVisible());
+        QCOMPARE(TPFindItem(m_view->rootObject(), QStringLiteral("settingsTable")), settings);
+        QVERIFY(TPFindShownItem(m_view->rootObject(), QStringLiteral("scriptsList")));
+    }
+
     void swipingFolderRowRevealsNothing()
     {
         QVERIFY(showList());
