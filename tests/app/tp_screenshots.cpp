@@ -7,14 +7,19 @@
 #include <QDir>
 #include <QGuiApplication>
 #include <QPalette>
+#include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QStandardPaths>
+#include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
 
 Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
 
 namespace {
+
+// A tablet's window in landscape.
+constexpr QSize kWideWindow(1024, 768);
 
 // A platform palette as a phone in dark appearance gives it.
 QPalette darkPlatformPalette()
@@ -54,6 +59,7 @@ int main(int argc, char *argv[])
         "history-version",     "alert",        "store",         "settings",
         "settings-touch-debug"};
 
+    const QStringList wideShots = {QStringLiteral("scripts"), QStringLiteral("settings")};
     TPAppTour tour;
     QString error;
     if (!tour.prepare(arguments.at(1), &error)) {
@@ -76,6 +82,24 @@ int main(int argc, char *argv[])
                 return false;
             }
             qInfo("wrote %s", qPrintable(path));
+            // The list and the settings also as a tablet or desktop window shows them.
+            if (!wideShots.contains(name))
+                return true;
+            QQuickWindow *window = tour.window();
+            const QSize phone = window->size();
+            window->resize(kWideWindow);
+            const bool laidOut = QTest::qWaitFor(
+                [window] { return window->contentItem()->width() == kWideWindow.width(); });
+            const QString widePath = QStringLiteral("%1/%2-%3-wide.png").arg(output, run, name);
+            const bool written = laidOut && window->grabWindow().save(widePath);
+            window->resize(phone);
+            if (!written || !QTest::qWaitFor([window, phone] {
+                    return window->contentItem()->width() == phone.width();
+                })) {
+                qWarning("cannot write %s", qPrintable(widePath));
+                return false;
+            }
+            qInfo("wrote %s", qPrintable(widePath));
             return true;
         };
         if (!tour.run(language, shoot, &error)) {
