@@ -13,6 +13,8 @@
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QRegularExpression>
+#include <QSettings>
+#include <QStandardPaths>
 #include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
 
@@ -231,6 +233,17 @@ private slots:
         g_previousHandler = qInstallMessageHandler(recordWarnings);
     }
     void init() { g_messages.clear(); }
+
+    // The tour clears the settings it starts from: it must never reach the user's own.
+    void theTourWritesOnlyToTheTestFolders()
+    {
+        TPAppTour tour;
+        QVERIFY(QStandardPaths::isTestModeEnabled());
+        QVERIFY2(QSettings().fileName().contains(QLatin1String("/.qttest/")),
+                 qPrintable(QSettings().fileName()));
+        QVERIFY(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)
+                    .contains(QLatin1String("/.qttest/")));
+    }
 
     void everyQmlFileCompiles()
     {

@@ -24,6 +24,7 @@
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
 #include <QSettings>
+#include <QStandardPaths>
 #include <QTest>
 
 #include <arpa/inet.h>
@@ -77,7 +78,12 @@ int rowOfPath(const TPScriptsListVC *list, const QString &path)
 
 } // namespace
 
-TPAppTour::TPAppTour() = default;
+TPAppTour::TPAppTour()
+{
+    // The tour clears and writes settings, drafts and history as the app does: never in the
+    // user's own folders.
+    QStandardPaths::setTestModeEnabled(true);
+}
 
 TPAppTour::~TPAppTour()
 {

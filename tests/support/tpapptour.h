@@ -15,7 +15,9 @@ class TPDevEngine;
 // Runs the real app, Main.qml and all, against a development engine serving a copy of the
 // sample scripts, and walks it through every screen as a person would, by touching what
 // the screens show and typing into their fields. At each stop it
-// calls `atScreen` with the stop's name; a false answer ends the tour.
+// calls `atScreen` with the stop's name; a false answer ends the tour. Making a tour puts
+// Qt's standard paths in test mode, so that the app's settings, drafts and history go to
+// the test folders.
 class TPAppTour
 {
 public:
