@@ -59,6 +59,8 @@ public:
     bool canUndo() const { return m_history.canUndo(); }
     bool canRedo() const { return m_history.canRedo(); }
     int syntaxErrorLine() const { return m_syntax.line; }
+    // Whether typing has started the wait before the next syntax check.
+    bool syntaxCheckPending() const { return m_checkDelay.isActive(); }
     QString syntaxMessage() const { return m_syntax.message; }
     // Columns one indent step takes: the file's own spaces, or four for a tab.
     int indentColumns() const;

@@ -6,8 +6,10 @@
 #include <QDateTime>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSet>
 #include <QTcpServer>
 #include <QTest>
+#include <QThread>
 #include <QUrlQuery>
 
 #include <cmath>
@@ -217,6 +219,41 @@ private slots:
         QTRY_COMPARE(outcome->calls, 1);
         QCOMPARE(outcome->result.entries,
                  QJsonDocument::fromJson(body).object().value(QStringLiteral("entries")).toArray());
+    }
+
+    // A listing's body is read as it arrives on the client's own thread, so that a large one
+    // never holds up the screens; its completion comes on the main thread.
+    void aListingBodyIsReadOffTheMainThreadAndCompletedOnIt()
+    {
+        QByteArray body = "{\"entries\":[";
+        for (int i = 0; i < 20000; ++i)
+            body += (i ? "," : "") + QByteArray("{\"path\":\"dir/file") + QByteArray::number(i) +
+                    ".lua\",\"dir\":false}";
+        body += "]}";
+        m_engine->setDefaultAnswer(TPScriptedAnswer::ok(body));
+        QThread *const mainThread = QCoreApplication::instance()->thread();
+        struct Seen
+        {
+            QSet<QThread *> readers;
+            qsizetype readBytes = 0;
+            bool completed = false;
+            bool completedOnMain = false;
+        };
+        const auto seen = std::make_shared<Seen>();
+        TPEngineAPI::scriptsBodyWithCompletion(
+            [seen](const QByteArray &received, bool) {
+                seen->readers.insert(QThread::currentThread());
+                seen->readBytes = std::max(seen->readBytes, received.size());
+            },
+            [seen, mainThread](const QByteArray &, const TPEngineAPI::Error &error) {
+                seen->completed = !error;
+                seen->completedOnMain = QThread::currentThread() == mainThread;
+            });
+        QTRY_VERIFY(seen->completed);
+        QVERIFY(seen->completedOnMain);
+        QVERIFY(!seen->readers.isEmpty());
+        QVERIFY(!seen->readers.contains(mainThread));
+        QCOMPARE(seen->readBytes, body.size());
     }
 
     void listingThatIsNotAnObjectWithEntriesArrayIsInvalid_data()

@@ -399,7 +399,8 @@ private slots:
         editor->onRunTapped();
         QTRY_COMPARE(m_fixture.alertText(),
                      QString::fromUtf8("Lỗi|Lưu thất bại (engine offline?)"));
-        QTest::qWait(200);
+        // Whatever the failed save's completion queued has run by now.
+        QCoreApplication::processEvents();
         QCOMPARE(m_fixture.alertCount(), 1);
         QCOMPARE(m_fixture.requestsTo(QStringLiteral("/runfile")).size(), 0);
     }

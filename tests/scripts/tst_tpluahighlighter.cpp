@@ -5,6 +5,9 @@
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QTextLayout>
+#include <QTimer>
+
+#include <algorithm>
 
 namespace {
 
@@ -144,7 +147,7 @@ private slots:
         QCOMPARE(colourAt(2, 0), kComment);
     }
 
-    void aLongFileIsColouredInSlicesNotAtOnce()
+    void aLongFileIsColouredInSlicesOfAtMost2000LinesWithEventsBetween()
     {
         m_document = std::make_unique<QTextDocument>();
         m_document->documentLayout();
@@ -158,7 +161,36 @@ private slots:
         // Nothing was coloured while the text was set; the slices come from the event loop.
         QCOMPARE(colourAt(19999, 0), QColor());
         QVERIFY(m_highlighter->isColouring());
+        // Every line starts with a keyword and the pass colours from the top, so the coloured
+        // lines are the ones above the first plain one. A zero timer, which runs between any
+        // two slices, sees how far each slice went.
+        const auto colouredLines = [this] {
+            int low = 0;
+            int high = m_document->blockCount() - 1;
+            while (low < high) {
+                const int middle = (low + high) / 2;
+                if (colourAt(middle, 0) == kKeyword)
+                    low = middle + 1;
+                else
+                    high = middle;
+            }
+            return low;
+        };
+        QList<int> steps;
+        int seen = 0;
+        QTimer ticker;
+        connect(&ticker, &QTimer::timeout, this, [&] {
+            const int now = colouredLines();
+            if (now > seen)
+                steps.append(now - seen);
+            seen = now;
+        });
+        ticker.start(0);
         QTRY_COMPARE_WITH_TIMEOUT(colourAt(19999, 0), kKeyword, 30000);
+        ticker.stop();
+        QVERIFY2(steps.size() >= 10, qPrintable(QString::number(steps.size())));
+        QVERIFY2(*std::max_element(steps.begin(), steps.end()) <= 2000,
+                 qPrintable(QString::number(*std::max_element(steps.begin(), steps.end()))));
     }
 };
 
