@@ -402,10 +402,12 @@ private slots:
             const QPointF origin = editor->mapToScene(
                 QPointF(editor->property("leftPadding").toReal(),
                         editor->property("topPadding").toReal() + 2.5 * rowHeight));
-            int dark = 0;
+            // Ink is whatever is far from the page's colour, in either appearance.
+            const int page = qGray(TPTheme::shared()->background().rgb());
+            int ink = 0;
             for (int x = int(origin.x()) + 20; x < shot.width() - 10; ++x)
-                dark += qGray(shot.pixel(x, int(origin.y()))) < 128 ? 1 : 0;
-            return dark;
+                ink += qAbs(qGray(shot.pixel(x, int(origin.y()))) - page) > 100 ? 1 : 0;
+            return ink;
         };
         QTRY_VERIFY(inkOnThirdRow() > 0);
         click(QStringLiteral("wrapButton"));
