@@ -414,6 +414,41 @@ private slots:
         QTRY_COMPARE(inkOnThirdRow(), 0);
     }
 
+    // The number of the line that holds the cursor is drawn in the label colour, the others
+    // in the gutter's grey; it follows the cursor.
+    void theCursorsLineNumberIsHighlightedInTheGutter()
+    {
+        serve("a = 1\nb = 2\nc = 3\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        auto *gutter = qobject_cast<TPLineGutter *>(item(QStringLiteral("gutter")));
+        const QColor strong = gutter->property("currentNumberColor").value<QColor>();
+        const QColor grey = gutter->property("numberColor").value<QColor>();
+        QVERIFY(TPTheme::contrast(strong, grey) > 2);
+        // Pixels of a number's box that are nearer the label colour than the grey is.
+        const auto strongInk = [&](int number) {
+            const QImage shot = m_view->grabWindow();
+            for (const auto &[shown, y] : gutter->visibleNumbers()) {
+                if (shown != number)
+                    continue;
+                const QRectF box = gutter->mapRectToScene(gutter->numberRect(number, y));
+                int ink = 0;
+                for (int py = int(box.top()); py < int(box.bottom()); ++py) {
+                    for (int px = int(box.left()); px < int(box.right()); ++px)
+                        ink += TPTheme::contrast(shot.pixelColor(px, py), strong) < 1.5 ? 1 : 0;
+                }
+                return ink;
+            }
+            return -1;
+        };
+        placeCursor(8);
+        QTRY_VERIFY(strongInk(2) > 0);
+        QCOMPARE(strongInk(1), 0);
+        QCOMPARE(strongInk(3), 0);
+        placeCursor(13);
+        QTRY_VERIFY(strongInk(3) > 0);
+        QCOMPARE(strongInk(2), 0);
+    }
+
     void aSyntaxErrorIsMarkedInTheGutterWithItsMessage()
     {
         serve("for i = 1, 3 do\n  tap(i, i)\n");
