@@ -4,7 +4,6 @@
 #include "tptestutil.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -392,21 +391,19 @@ private slots:
         QCOMPARE(paths(listing().entries), QStringList({"a.lua"}));
     }
 
-    void listingOfTenThousandFilesIsComplete()
+    // A folder of many files is listed whole, in order; how fast is for a benchmark to say.
+    void listingOfManyFilesIsComplete()
     {
-        constexpr int kFiles = 10000;
+        constexpr int kFiles = 2000;
         for (int i = 0; i < kFiles; ++i)
             QVERIFY(TPWriteFileBytes(
                 inRoot(QStringLiteral("bulk/f%1.lua").arg(i, 5, 10, QLatin1Char('0'))), ""));
-        QElapsedTimer clock;
-        clock.start();
         const TPListingResult result = listing();
-        const qint64 elapsed = clock.elapsed();
         QCOMPARE(result.error, std::nullopt);
         QCOMPARE(result.entries.size(), kFiles + 1);
         QCOMPARE(paths(result.entries).first(), QStringLiteral("bulk/"));
-        QCOMPARE(paths(result.entries).last(), QStringLiteral("bulk/f09999.lua"));
-        qInfo("benchmark: listing %d files took %lld ms", kFiles, elapsed);
+        QCOMPARE(paths(result.entries).at(1), QStringLiteral("bulk/f00000.lua"));
+        QCOMPARE(paths(result.entries).last(), QStringLiteral("bulk/f01999.lua"));
     }
 };
 
