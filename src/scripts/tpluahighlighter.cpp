@@ -127,117 +127,185 @@ void TPLuaHighlighter::colourNextSlice()
         m_slicer.stop();
 }
 
+namespace {
+
+// One line's tokens, scanned left to right: each kind of token has a reader that takes it
+// from the current position when it starts there.
+class LineScanner
+{
+public:
+    using Span = TPLuaHighlighter::Span;
+    using Token = TPLuaHighlighter::Token;
+
+    explicit LineScanner(const QString &text) : m_text(text) {}
+
+    // The tokens of the line that starts in `previousState`; `endState` is where it ends.
+    QList<Span> scan(int previousState, int *endState)
+    {
+        *endState = 0;
+        if (previousState > 0 &&
+            !finishLongBracket(0, (previousState - 1) / 2, (previousState - 1) % 2 == 1))
+            return stopWith(endState);
+        while (m_at < m_text.size()) {
+            if (m_text.at(m_at).isSpace()) {
+                ++m_at;
+                continue;
+            }
+            if (readComment() || readLongString()) {
+                if (m_open)
+                    return stopWith(endState);
+                continue;
+            }
+            if (readQuotedString() || readNumber() || readName())
+                continue;
+            m_afterFunctionKeyword = false;
+            ++m_at;
+        }
+        return m_spans;
+    }
+
+private:
+    bool startsAt(qsizetype at, QChar c) const { return at < m_text.size() && m_text.at(at) == c; }
+
+    void add(qsizetype start, qsizetype end, Token token)
+    {
+        m_spans.append({int(start), int(end - start), token});
+    }
+
+    QList<Span> stopWith(int *endState)
+    {
+        *endState = m_openState;
+        return m_spans;
+    }
+
+    // Colours from `from` up to the long bracket's end. False, and the line's end state set,
+    // when the bracket stays open past the line.
+    bool finishLongBracket(qsizetype from, int level, bool comment)
+    {
+        const QString closing = u']' + QString(level, u'=') + u']';
+        const qsizetype end = m_text.indexOf(closing, from);
+        const qsizetype stop = end < 0 ? m_text.size() : end + closing.size();
+        add(from, stop, comment ? TPLuaHighlighter::Comment : TPLuaHighlighter::String);
+        m_at = stop;
+        if (end < 0) {
+            m_open = true;
+            m_openState = TPLuaHighlighter::longBracketState(level, comment);
+            return false;
+        }
+        return true;
+    }
+
+    // "--" to the end of the line, or a long comment "--[[ ... ]]".
+    bool readComment()
+    {
+        if (!startsAt(m_at, u'-') || !startsAt(m_at + 1, u'-'))
+            return false;
+        if (const int level = longBracketLevel(m_text, m_at + 2); level >= 0) {
+            finishLongBracket(m_at, level, true);
+            return true;
+        }
+        add(m_at, m_text.size(), TPLuaHighlighter::Comment);
+        m_at = m_text.size();
+        return true;
+    }
+
+    // "[[ ... ]]", "[=[ ... ]=]" and so on.
+    bool readLongString()
+    {
+        const int level = longBracketLevel(m_text, m_at);
+        if (level < 0)
+            return false;
+        finishLongBracket(m_at, level, false);
+        return true;
+    }
+
+    // "..." or '...', with backslash escapes; an unclosed one ends with the line.
+    bool readQuotedString()
+    {
+        const QChar quote = m_text.at(m_at);
+        if (quote != u'"' && quote != u'\'')
+            return false;
+        qsizetype end = m_at + 1;
+        while (end < m_text.size() && m_text.at(end) != quote)
+            end += m_text.at(end) == u'\\' ? 2 : 1;
+        end = std::min(end + 1, m_text.size());
+        add(m_at, end, TPLuaHighlighter::String);
+        m_at = end;
+        return true;
+    }
+
+    // Decimal and hexadecimal numbers, with fractions and exponents ("1e-3", "0x1p+4").
+    bool readNumber()
+    {
+        const QChar c = m_text.at(m_at);
+        if (!c.isDigit() &&
+            !(c == u'.' && m_at + 1 < m_text.size() && m_text.at(m_at + 1).isDigit()))
+            return false;
+        qsizetype end = m_at + 1;
+        while (end < m_text.size()) {
+            const QChar d = m_text.at(end);
+            const QChar before = m_text.at(end - 1).toLower();
+            const bool exponentSign =
+                (d == u'+' || d == u'-') && (before == u'e' || before == u'p');
+            if (!(isNameChar(d) || d == u'.' || exponentSign))
+                break;
+            ++end;
+        }
+        add(m_at, end, TPLuaHighlighter::Number);
+        m_at = end;
+        return true;
+    }
+
+    // A keyword, or a name: a function's when it follows "function" (a path such as a.b:c
+    // included) or is called.
+    bool readName()
+    {
+        if (!isNameStart(m_text.at(m_at)))
+            return false;
+        qsizetype end = m_at + 1;
+        while (end < m_text.size() && isNameChar(m_text.at(end)))
+            ++end;
+        const QString word = m_text.mid(m_at, end - m_at);
+        if (keywords().contains(word)) {
+            add(m_at, end, TPLuaHighlighter::Keyword);
+            m_afterFunctionKeyword = word == QLatin1String("function");
+            m_at = end;
+            return true;
+        }
+        qsizetype nameEnd = end;
+        if (m_afterFunctionKeyword) {
+            while (nameEnd + 1 < m_text.size() &&
+                   (m_text.at(nameEnd) == u'.' || m_text.at(nameEnd) == u':') &&
+                   isNameStart(m_text.at(nameEnd + 1))) {
+                nameEnd += 2;
+                while (nameEnd < m_text.size() && isNameChar(m_text.at(nameEnd)))
+                    ++nameEnd;
+            }
+        }
+        qsizetype after = nameEnd;
+        while (after < m_text.size() && m_text.at(after) == u' ')
+            ++after;
+        if (m_afterFunctionKeyword || startsAt(after, u'('))
+            add(m_at, nameEnd, TPLuaHighlighter::FunctionName);
+        m_afterFunctionKeyword = false;
+        m_at = nameEnd;
+        return true;
+    }
+
+    const QString &m_text;
+    qsizetype m_at = 0;
+    QList<Span> m_spans;
+    bool m_afterFunctionKeyword = false;
+    bool m_open = false;
+    int m_openState = 0;
+};
+
+} // namespace
+
 QList<TPLuaHighlighter::Span> TPLuaHighlighter::tokenize(const QString &text, int previousState,
                                                          int *endState)
 {
-    QList<Span> spans;
-    *endState = 0;
-    const auto add = [&spans](qsizetype start, qsizetype end, Token token) {
-        spans.append({int(start), int(end - start), token});
-    };
-    // Colours up to the long bracket's end; returns where it ends, or -1 when the bracket
-    // stays open past the line.
-    const auto finishLongBracket = [&](qsizetype from, int level, bool comment) -> qsizetype {
-        const QString closing = u']' + QString(level, u'=') + u']';
-        const qsizetype end = text.indexOf(closing, from);
-        const qsizetype stop = end < 0 ? text.size() : end + closing.size();
-        add(from, stop, comment ? Comment : String);
-        if (end < 0) {
-            *endState = longBracketState(level, comment);
-            return -1;
-        }
-        return stop;
-    };
-    qsizetype at = 0;
-    if (previousState > 0) {
-        at = finishLongBracket(0, (previousState - 1) / 2, (previousState - 1) % 2 == 1);
-        if (at < 0)
-            return spans;
-    }
-    bool afterFunctionKeyword = false;
-    while (at < text.size()) {
-        const QChar c = text.at(at);
-        if (c.isSpace()) {
-            ++at;
-            continue;
-        }
-        if (c == u'-' && at + 1 < text.size() && text.at(at + 1) == u'-') {
-            const int level = longBracketLevel(text, at + 2);
-            if (level >= 0) {
-                at = finishLongBracket(at, level, true);
-                if (at < 0)
-                    return spans;
-                continue;
-            }
-            add(at, text.size(), Comment);
-            return spans;
-        }
-        if (const int level = longBracketLevel(text, at); level >= 0) {
-            at = finishLongBracket(at, level, false);
-            if (at < 0)
-                return spans;
-            continue;
-        }
-        if (c == u'"' || c == u'\'') {
-            qsizetype end = at + 1;
-            while (end < text.size() && text.at(end) != c)
-                end += text.at(end) == u'\\' ? 2 : 1;
-            end = std::min(end + 1, text.size());
-            add(at, end, String);
-            at = end;
-            continue;
-        }
-        if (c.isDigit() || (c == u'.' && at + 1 < text.size() && text.at(at + 1).isDigit())) {
-            qsizetype end = at + 1;
-            while (end < text.size()) {
-                const QChar d = text.at(end);
-                const QChar before = text.at(end - 1).toLower();
-                const bool exponentSign =
-                    (d == u'+' || d == u'-') && (before == u'e' || before == u'p');
-                if (!(isNameChar(d) || d == u'.' || exponentSign))
-                    break;
-                ++end;
-            }
-            add(at, end, Number);
-            at = end;
-            continue;
-        }
-        if (isNameStart(c)) {
-            qsizetype end = at + 1;
-            while (end < text.size() && isNameChar(text.at(end)))
-                ++end;
-            const QString word = text.mid(at, end - at);
-            if (keywords().contains(word)) {
-                add(at, end, Keyword);
-                afterFunctionKeyword = word == QLatin1String("function");
-                at = end;
-                continue;
-            }
-            // A declared name may be a path: function a.b:c().
-            qsizetype nameEnd = end;
-            if (afterFunctionKeyword) {
-                while (nameEnd + 1 < text.size() &&
-                       (text.at(nameEnd) == u'.' || text.at(nameEnd) == u':') &&
-                       isNameStart(text.at(nameEnd + 1))) {
-                    nameEnd += 2;
-                    while (nameEnd < text.size() && isNameChar(text.at(nameEnd)))
-                        ++nameEnd;
-                }
-            }
-            qsizetype after = nameEnd;
-            while (after < text.size() && text.at(after) == u' ')
-                ++after;
-            const bool called = after < text.size() && text.at(after) == u'(';
-            if (afterFunctionKeyword || called)
-                add(at, nameEnd, FunctionName);
-            afterFunctionKeyword = false;
-            at = nameEnd;
-            continue;
-        }
-        afterFunctionKeyword = false;
-        ++at;
-    }
-    return spans;
+    return LineScanner(text).scan(previousState, endState);
 }
 
 void TPLuaHighlighter::highlightBlock(const QString &text)
