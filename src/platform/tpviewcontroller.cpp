@@ -4,6 +4,7 @@
 #include "tplang.h"
 #include "tpnavigationstack.h"
 #include "tppresenter.h"
+#include "tpwhilealive.h"
 
 TPViewController::TPViewController(QObject *parent) : QObject(parent) {}
 
@@ -52,12 +53,10 @@ void TPViewController::confirm(const QString &question, const QString &confirmTi
 {
     auto *alert = new TPAlertController(question, QString(), TPAlertController::Style::Alert);
     alert->addAction(TPL(QStringLiteral("cancel")), TPAlertAction::Style::Cancel);
-    QPointer<TPViewController> self(this);
     alert->addAction(confirmTitle, TPAlertAction::Style::Destructive,
-                     [self, confirmed = std::move(confirmed)] {
-                         if (self)
-                             confirmed();
-                     });
+                     TPWhileAlive(this, [confirmed = std::move(confirmed)](TPViewController *) {
+                         confirmed();
+                     }));
     presentAlert(alert);
 }
 

@@ -7,6 +7,7 @@
 #include "tpnotificationcenter.h"
 #include "tppathrules.h"
 #include "tpscripthistory.h"
+#include "tpwhilealive.h"
 
 #include <QFontDatabase>
 #include <QGuiApplication>
@@ -168,15 +169,13 @@ void TPEditorVC::setContentInsets(const QMarginsF &insets)
 
 void TPEditorVC::loadContent()
 {
-    QPointer<TPEditorVC> self(this);
     setLoading(true);
     TPEngineAPI::readScriptData(
-        _relPath, [self](const std::optional<QByteArray> &bytes, const TPEngineAPI::Error &error) {
-            if (!self)
-                return;
+        _relPath, TPWhileAlive(this, [](TPEditorVC *self, const std::optional<QByteArray> &bytes,
+                                        const TPEngineAPI::Error &error) {
             self->setLoading(false);
             self->onReadFinished(bytes, error);
-        });
+        }));
 }
 
 void TPEditorVC::onReadFinished(const std::optional<QByteArray> &bytes,
@@ -331,11 +330,10 @@ void TPEditorVC::onSaved(const QString &sent)
 void TPEditorVC::onSaveTapped()
 {
     whenReplacingIsAgreed([this] {
-        QPointer<TPEditorVC> self(this);
-        saveWithCompletion([self](bool saved) {
-            if (saved && self)
+        saveWithCompletion(TPWhileAlive(this, [](TPEditorVC *self, bool saved) {
+            if (saved)
                 self->showAlert(TPL("alert_ok"), TPL("alert_saved"));
-        });
+        }));
     });
 }
 
@@ -346,20 +344,19 @@ void TPEditorVC::onRunTapped()
 
 void TPEditorVC::saveThenRun()
 {
-    QPointer<TPEditorVC> self(this);
-    saveWithCompletion([self](bool saved) {
+    saveWithCompletion(TPWhileAlive(this, [](TPEditorVC *self, bool saved) {
         // Never run unsaved text; the save already reported its failure.
-        if (!saved || !self)
+        if (!saved)
             return;
-        TPEngineAPI::runFile(self->_relPath, [self](const TPEngineAPI::Error &error) {
-            if (!self)
-                return;
-            if (error)
-                self->showAlert(TPL("alert_error"), TPL("err_run_fail"));
-            else
-                self->showAlert(TPL("alert_ok"), TPL("alert_ran"));
-        });
-    });
+        TPEngineAPI::runFile(
+            self->_relPath,
+            TPWhileAlive(self, [](TPEditorVC *editor, const TPEngineAPI::Error &error) {
+                if (error)
+                    editor->showAlert(TPL("alert_error"), TPL("err_run_fail"));
+                else
+                    editor->showAlert(TPL("alert_ok"), TPL("alert_ran"));
+            }));
+    }));
 }
 
 void TPEditorVC::keyboardWillChangeFrame(const QVariant &endFrame, qreal viewHeight)

@@ -6,6 +6,7 @@
 #include "tpnavigationstack.h"
 #include "tpscripttree.h"
 #include "tpversionvc.h"
+#include "tpwhilealive.h"
 
 TPHistoryVC::TPHistoryVC(QObject *parent)
     : TPViewController(parent), m_filesMode(true), m_rows(new TPHistoryRowsModel(this))
@@ -59,11 +60,8 @@ void TPHistoryVC::loadFiles()
         m_filesLoaded = true;
         showFiles();
     });
-    QPointer<TPHistoryVC> self(this);
-    TPEngineAPI::scriptsWithCompletion(
-        [self](const QJsonArray &entries, const TPEngineAPI::Error &error) {
-            if (!self)
-                return;
+    TPEngineAPI::scriptsWithCompletion(TPWhileAlive(
+        this, [](TPHistoryVC *self, const QJsonArray &entries, const TPEngineAPI::Error &error) {
             // Without a listing nothing is marked deleted: the engine may only be away.
             QSet<QString> listed;
             for (const QJsonValue &entry : entries)
@@ -73,7 +71,7 @@ void TPHistoryVC::loadFiles()
             else
                 self->m_listed = listed;
             self->showFiles();
-        });
+        }));
 }
 
 void TPHistoryVC::showFiles()

@@ -10,6 +10,7 @@
 #include "tpnotificationcenter.h"
 #include "tppathrules.h"
 #include "tpscripttree.h"
+#include "tpwhilealive.h"
 
 #include <QPointer>
 
@@ -141,7 +142,6 @@ void TPScriptsListVC::setRefreshing(bool refreshing)
 
 void TPScriptsListVC::reloadData()
 {
-    QPointer<TPScriptsListVC> self(this);
     setReloadsInFlight(m_reloadsInFlight + 1);
     // A listing may be large: it is decoded while it arrives, off the main thread (see
     // TPEngineSession::BodyReader), and only the folder's children come back to it.
@@ -159,10 +159,10 @@ void TPScriptsListVC::reloadData()
             else
                 decoding->stream.read(received);
         },
-        [self, decoding](const QByteArray &, const TPEngineAPI::Error &error) {
-            if (self)
-                self->onListingDecoded(error ? std::nullopt : std::move(decoding->children));
-        });
+        TPWhileAlive(this, [decoding](TPScriptsListVC *self, const QByteArray &,
+                                      const TPEngineAPI::Error &error) {
+            self->onListingDecoded(error ? std::nullopt : std::move(decoding->children));
+        }));
 }
 
 void TPScriptsListVC::onListingDecoded(const std::optional<QJsonArray> &children)
@@ -217,15 +217,12 @@ void TPScriptsListVC::deleteEntry(const QString &path)
 
 TPEngineAPI::Completion TPScriptsListVC::reloadOnSuccess()
 {
-    QPointer<TPScriptsListVC> self(this);
-    return [self](const TPEngineAPI::Error &error) {
-        if (!self)
-            return;
+    return TPWhileAlive(this, [](TPScriptsListVC *self, const TPEngineAPI::Error &error) {
         if (error)
             self->showOfflineAlert();
         else
             self->reloadData();
-    };
+    });
 }
 
 void TPScriptsListVC::onAddTapped()
@@ -233,15 +230,14 @@ void TPScriptsListVC::onAddTapped()
     auto *sheet =
         new TPAlertController(QString(), QString(), TPAlertController::Style::ActionSheet);
     sheet->setAnchor(QStringLiteral("add"));
-    QPointer<TPScriptsListVC> self(this);
-    sheet->addAction(TPL("new_file"), TPAlertAction::Style::Default, [self] {
-        if (self)
-            self->promptNameWithTitle(TPL("new_file"), TPL("ph_file_name"), false);
-    });
-    sheet->addAction(TPL("new_folder"), TPAlertAction::Style::Default, [self] {
-        if (self)
-            self->promptNameWithTitle(TPL("new_folder"), TPL("ph_folder_name"), true);
-    });
+    sheet->addAction(TPL("new_file"), TPAlertAction::Style::Default,
+                     TPWhileAlive(this, [](TPScriptsListVC *self) {
+                         self->promptNameWithTitle(TPL("new_file"), TPL("ph_file_name"), false);
+                     }));
+    sheet->addAction(TPL("new_folder"), TPAlertAction::Style::Default,
+                     TPWhileAlive(this, [](TPScriptsListVC *self) {
+                         self->promptNameWithTitle(TPL("new_folder"), TPL("ph_folder_name"), true);
+                     }));
     sheet->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
     presentAlert(sheet);
 }
@@ -302,19 +298,17 @@ void TPScriptsListVC::showExistsAlert(const QString &name)
 void TPScriptsListVC::createEntryNamed(const QString &name, bool isFolder)
 {
     const QString path = TPJoinPath(_folder, name);
-    QPointer<TPScriptsListVC> self(this);
-    const auto done = [self, path, isFolder](const TPEngineAPI::Error &error) {
-        if (!self)
-            return;
-        if (error) {
-            self->showOfflineAlert();
-        } else if (isFolder) {
-            self->reloadData();
-        } else if (TPNavigationStack *stack = self->navigationController()) {
-            // The list reloads when it is shown again.
-            stack->pushViewController(new TPEditorVC(path));
-        }
-    };
+    const auto done = TPWhileAlive(
+        this, [path, isFolder](TPScriptsListVC *self, const TPEngineAPI::Error &error) {
+            if (error) {
+                self->showOfflineAlert();
+            } else if (isFolder) {
+                self->reloadData();
+            } else if (TPNavigationStack *stack = self->navigationController()) {
+                // The list reloads when it is shown again.
+                stack->pushViewController(new TPEditorVC(path));
+            }
+        });
     if (isFolder)
         TPEngineAPI::createFolder(path, done);
     else
@@ -327,14 +321,12 @@ void TPScriptsListVC::onRunButtonTapped(int row)
         return;
     const QString path = TPScriptTree::entryPath(_rows->entryAt(row));
     _rows->setRunInFlight(path, true);
-    QPointer<TPScriptsListVC> self(this);
-    TPEngineAPI::runFile(path, [self, path](const TPEngineAPI::Error &error) {
-        if (!self)
-            return;
-        self->_rows->setRunInFlight(path, false);
-        if (error)
-            self->showAlert(TPL("alert_error"), TPL("err_run_fail"));
-    });
+    TPEngineAPI::runFile(
+        path, TPWhileAlive(this, [path](TPScriptsListVC *self, const TPEngineAPI::Error &error) {
+            self->_rows->setRunInFlight(path, false);
+            if (error)
+                self->showAlert(TPL("alert_error"), TPL("err_run_fail"));
+        }));
 }
 
 void TPScriptsListVC::onMoreButtonTapped(int row)
@@ -346,15 +338,12 @@ void TPScriptsListVC::onMoreButtonTapped(int row)
     auto *sheet =
         new TPAlertController(QString(), QString(), TPAlertController::Style::ActionSheet);
     sheet->setAnchor(QStringLiteral("row:%1").arg(row));
-    QPointer<TPScriptsListVC> self(this);
-    sheet->addAction(TPL("menu_rename"), TPAlertAction::Style::Default, [self, path] {
-        if (self)
-            self->promptRenameForPath(path);
-    });
-    sheet->addAction(TPL("menu_delete"), TPAlertAction::Style::Destructive, [self, path] {
-        if (self)
-            self->deleteEntry(path);
-    });
+    sheet->addAction(
+        TPL("menu_rename"), TPAlertAction::Style::Default,
+        TPWhileAlive(this, [path](TPScriptsListVC *self) { self->promptRenameForPath(path); }));
+    sheet->addAction(
+        TPL("menu_delete"), TPAlertAction::Style::Destructive,
+        TPWhileAlive(this, [path](TPScriptsListVC *self) { self->deleteEntry(path); }));
     sheet->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
     presentAlert(sheet);
 }

@@ -4,6 +4,7 @@
 #include "tpengineapi.h"
 #include "tplang.h"
 #include "tpnavigationstack.h"
+#include "tpwhilealive.h"
 
 TPVersionVC::TPVersionVC(const TPScriptVersion &version, TPEditorVC *editor, bool deleted,
                          QObject *parent)
@@ -86,37 +87,34 @@ void TPVersionVC::returnToEditor()
 
 void TPVersionVC::undelete()
 {
-    QPointer<TPVersionVC> self(this);
     const QString path = m_version.path;
     const QByteArray bytes = *m_bytes;
-    TPEngineAPI::createScript(path, [self, path, bytes](const TPEngineAPI::Error &error) {
-        if (!self)
-            return;
-        if (error) {
-            self->showAlert(TPL("alert_error"), TPL("err_offline"));
-            return;
-        }
-        TPEngineAPI::saveScriptData(path, bytes, [self](const TPEngineAPI::Error &saveError) {
-            if (!self)
-                return;
-            if (saveError) {
-                self->showAlert(TPL("alert_error"), TPL("err_save_fail"));
+    TPEngineAPI::createScript(
+        path, TPWhileAlive(this, [path, bytes](TPVersionVC *self, const TPEngineAPI::Error &error) {
+            if (error) {
+                self->showAlert(TPL("alert_error"), TPL("err_offline"));
                 return;
             }
-            self->m_deleted = false;
-            self->showAlert(TPL("alert_ok"), TPL("history_restored"));
-        });
-    });
+            TPEngineAPI::saveScriptData(
+                path, bytes,
+                TPWhileAlive(self, [](TPVersionVC *version, const TPEngineAPI::Error &saveError) {
+                    if (saveError) {
+                        version->showAlert(TPL("alert_error"), TPL("err_save_fail"));
+                        return;
+                    }
+                    version->m_deleted = false;
+                    version->showAlert(TPL("alert_ok"), TPL("history_restored"));
+                }));
+        }));
 }
 
 void TPVersionVC::saveAsItIs()
 {
-    QPointer<TPVersionVC> self(this);
-    confirm(TPL("history_save_version"), TPL("guard_replace"), [self] {
+    // The confirmation runs only while this screen is there.
+    confirm(TPL("history_save_version"), TPL("guard_replace"), [this] {
         TPEngineAPI::saveScriptData(
-            self->m_version.path, *self->m_bytes, [self](const TPEngineAPI::Error &error) {
-                if (!self)
-                    return;
+            m_version.path, *m_bytes,
+            TPWhileAlive(this, [](TPVersionVC *self, const TPEngineAPI::Error &error) {
                 if (error) {
                     self->showAlert(TPL("alert_error"), TPL("err_save_fail"));
                     return;
@@ -124,6 +122,6 @@ void TPVersionVC::saveAsItIs()
                 if (self->m_editor)
                     self->m_editor->loadContent();
                 self->showAlert(TPL("alert_ok"), TPL("history_restored"));
-            });
+            }));
     });
 }
