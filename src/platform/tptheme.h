@@ -52,9 +52,6 @@ class TPTheme : public QObject
     Q_PROPERTY(QColor selection READ selection NOTIFY paletteChanged)
     Q_PROPERTY(QColor addedLine READ addedLine NOTIFY paletteChanged)
     Q_PROPERTY(QColor removedLine READ removedLine NOTIFY paletteChanged)
-    // The editor's token colours by token name ("keyword", "string", "comment", "number",
-    // "function").
-    Q_PROPERTY(QVariantMap syntaxColors READ syntaxColors NOTIFY paletteChanged)
     Q_PROPERTY(int barHeight READ barHeight CONSTANT)
     Q_PROPERTY(int tabBarHeight READ tabBarHeight CONSTANT)
     Q_PROPERTY(int bodySize READ bodySize CONSTANT)
@@ -63,6 +60,16 @@ class TPTheme : public QObject
     Q_PROPERTY(int readableWidth READ readableWidth CONSTANT)
 
 public:
+    // The code editor's colour for each kind of Lua token.
+    struct SyntaxColors
+    {
+        QColor keyword;
+        QColor string;
+        QColor comment;
+        QColor number;
+        QColor functionName;
+    };
+
     struct Palette
     {
         // screens
@@ -99,7 +106,7 @@ public:
         QColor gutterNumber;
         QColor errorBackground;
         QColor selection;
-        QVariantMap syntaxColors;
+        SyntaxColors syntax;
         // a version's lines against the editor's text
         QColor addedLine;
         QColor removedLine;
@@ -157,7 +164,7 @@ public:
     QColor addedLine() const { return palette().addedLine; }
     QColor removedLine() const { return palette().removedLine; }
     QColor selection() const { return palette().selection; }
-    QVariantMap syntaxColors() const { return palette().syntaxColors; }
+    const SyntaxColors &syntaxColors() const { return palette().syntax; }
     int barHeight() const { return 44; }
     int tabBarHeight() const { return 56; }
     int bodySize() const { return 17; }

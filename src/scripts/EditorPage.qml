@@ -12,8 +12,6 @@ ScreenPage {
     readonly property TPCodeEditor code: controller.code
     readonly property var texts: controller.toolTexts
     property bool findOpen: false
-    readonly property var syntaxColors: Theme.syntaxColors
-    onSyntaxColorsChanged: code.setSyntaxColors(syntaxColors)
 
     barItems: Row {
         BarButton {
@@ -242,7 +240,6 @@ ScreenPage {
             Accessible.role: Accessible.EditableText
             Component.onCompleted: {
                 page.code.attachView(editor)
-                page.code.setSyntaxColors(page.syntaxColors)
             }
             onCursorRectangleChanged: flick.ensureVisible(cursorRectangle)
         }

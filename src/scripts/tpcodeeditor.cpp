@@ -3,6 +3,7 @@
 #include "tpcodeeditrules.h"
 #include "tpfindreplace.h"
 #include "tpluahighlighter.h"
+#include "tptheme.h"
 
 #include <QCoreApplication>
 #include <QInputMethodEvent>
@@ -32,6 +33,8 @@ TPCodeEditor::TPCodeEditor(const QString &chunkName, QObject *parent)
     m_checkDelay.setSingleShot(true);
     m_checkDelay.setInterval(kCheckDelayMs);
     connect(&m_checkDelay, &QTimer::timeout, this, &TPCodeEditor::checkSyntaxNow);
+    // The colours follow the light or dark appearance.
+    connect(TPTheme::shared(), &TPTheme::paletteChanged, this, &TPCodeEditor::applySyntaxColors);
 }
 
 TPCodeEditor::~TPCodeEditor()
@@ -92,25 +95,19 @@ void TPCodeEditor::attachDocument(QTextDocument *document, QObject *textItem)
     m_cursor = QTextCursor(document);
     delete m_highlighter;
     m_highlighter = new TPLuaHighlighter(document);
-    setSyntaxColors(m_colors);
+    applySyntaxColors();
 }
 
-void TPCodeEditor::setSyntaxColors(const QVariantMap &colors)
+void TPCodeEditor::applySyntaxColors()
 {
-    m_colors = colors;
     if (!m_highlighter)
         return;
-    const std::pair<const char *, TPLuaHighlighter::Token> names[] = {
-        {"keyword", TPLuaHighlighter::Keyword},
-        {"string", TPLuaHighlighter::String},
-        {"comment", TPLuaHighlighter::Comment},
-        {"number", TPLuaHighlighter::Number},
-        {"function", TPLuaHighlighter::FunctionName}};
-    for (const auto &[name, token] : names) {
-        const QVariant color = colors.value(QLatin1String(name));
-        if (color.isValid())
-            m_highlighter->setColor(token, color.value<QColor>());
-    }
+    const TPTheme::SyntaxColors &colors = TPTheme::shared()->syntaxColors();
+    m_highlighter->setColor(TPLuaHighlighter::Keyword, colors.keyword);
+    m_highlighter->setColor(TPLuaHighlighter::String, colors.string);
+    m_highlighter->setColor(TPLuaHighlighter::Comment, colors.comment);
+    m_highlighter->setColor(TPLuaHighlighter::Number, colors.number);
+    m_highlighter->setColor(TPLuaHighlighter::FunctionName, colors.functionName);
 }
 
 QStringList TPCodeEditor::symbolKeys() const

@@ -53,9 +53,6 @@ public:
     void attachDocument(QTextDocument *document, QObject *textItem = nullptr);
     QTextDocument *document() const { return m_binding.document(); }
 
-    // The colour of each kind of token: "keyword", "string", "comment", "number", "function".
-    Q_INVOKABLE void setSyntaxColors(const QVariantMap &colors);
-
     bool canUndo() const { return m_history.canUndo(); }
     bool canRedo() const { return m_history.canRedo(); }
     int syntaxErrorLine() const { return m_syntax.line; }
@@ -113,6 +110,8 @@ private slots:
     void redrawText();
 
 private:
+    // Gives the colouring the theme's token colours.
+    void applySyntaxColors();
     void onDocumentEdited(const TPTextEdit &edit);
     // Moves the cursor's line back a level when a closing word was just typed before it.
     void outdentClosingAt(qsizetype cursor);
@@ -132,7 +131,6 @@ private:
     // The selection when no view is attached.
     QTextCursor m_cursor;
     QString m_indentUnit = QStringLiteral("    ");
-    QVariantMap m_colors;
     TPFindReplace *m_find;
 
     QTimer m_checkDelay;

@@ -116,9 +116,10 @@ private slots:
                 if (property.metaType() == QMetaType::fromType<QColor>())
                     QVERIFY2(property.read(theme).value<QColor>().isValid(), property.name());
             }
-            QCOMPARE(theme->syntaxColors().size(), 5);
-            for (const QVariant &colour : theme->syntaxColors())
-                QVERIFY(colour.value<QColor>().isValid());
+            const TPTheme::SyntaxColors &syntax = theme->syntaxColors();
+            for (const QColor &colour : {syntax.keyword, syntax.string, syntax.comment,
+                                         syntax.number, syntax.functionName})
+                QVERIFY(colour.isValid());
         }
         QVERIFY(TPTheme::lightPalette().label != TPTheme::darkPalette().label);
     }

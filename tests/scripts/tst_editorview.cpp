@@ -354,8 +354,7 @@ private slots:
         serve("x = 1");
         QVERIFY(open(QStringLiteral("a.lua")));
         QQuickItem *editor = item(QStringLiteral("editor"));
-        const QColor keyword =
-            TPTheme::shared()->syntaxColors().value(QStringLiteral("keyword")).value<QColor>();
+        const QColor keyword = TPTheme::shared()->syntaxColors().keyword;
         QVERIFY(keyword.isValid());
         const qreal rowHeight = QFontMetricsF(m_editor->font()).height();
         // Pixels of the keyword's colour on the text's row `row` (from 0).

@@ -1,9 +1,12 @@
 #include "tpcodeeditor.h"
+#include "tptheme.h"
 
 #include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTextBlock>
 #include <QTextDocument>
+#include <QTextLayout>
 
 namespace {
 
@@ -38,6 +41,25 @@ private slots:
     {
         m_editor.reset();
         m_document.reset();
+    }
+
+    // The keyword colour is the theme's, and follows a switch to the dark appearance.
+    void tokenColoursFollowTheAppearance()
+    {
+        editorWith(QStringLiteral("local x = 1"));
+        const auto keywordColour = [this] {
+            const QTextBlock block = m_document->firstBlock();
+            for (const QTextLayout::FormatRange &range : block.layout()->formats()) {
+                if (range.start == 0)
+                    return range.format.foreground().color();
+            }
+            return QColor();
+        };
+        TPTheme::shared()->setAppearance(TPTheme::Appearance::Light);
+        QTRY_COMPARE(keywordColour(), TPTheme::lightPalette().syntax.keyword);
+        TPTheme::shared()->setAppearance(TPTheme::Appearance::Dark);
+        QTRY_COMPARE(keywordColour(), TPTheme::darkPalette().syntax.keyword);
+        TPTheme::shared()->setAppearance(TPTheme::Appearance::FollowPlatform);
     }
 
     void undoAndRedoGiveBackExactBytes()
