@@ -10,8 +10,6 @@
 #include "tpwhilealive.h"
 
 #include <QFontDatabase>
-#include <QGuiApplication>
-#include <QInputMethod>
 #include <QPointer>
 #include <QQuickItem>
 #include <QSettings>
@@ -19,8 +17,9 @@
 TPEditorVC::TPEditorVC(const QString &relPath, QObject *parent)
     : TPViewController(parent), _relPath(relPath),
       _textView(new TPCodeEditor(TPLastPathSegment(relPath), this)), _font(editorFont()),
-      m_notice(new TPEditorNotice(this)), m_drafts(new TPDraftKeeper(
-                                              relPath, [this] { return text(); }, this))
+      m_keyboard(new TPKeyboardInsets(this)), m_notice(new TPEditorNotice(this)),
+      m_drafts(new TPDraftKeeper(
+          relPath, [this] { return text(); }, this))
 {
     setTitle(TPLastPathSegment(_relPath));
     // The view may be built before viewDidLoad; its tools need their texts from the start.
@@ -28,6 +27,11 @@ TPEditorVC::TPEditorVC(const QString &relPath, QObject *parent)
     connect(_textView, &TPCodeEditor::edited, this, &TPEditorVC::onTextEdited);
     connect(m_notice, &TPEditorNotice::triggered, this, &TPEditorVC::onNoticeAction);
     connect(_textView, &TPCodeEditor::indentChanged, this, &TPEditorVC::tabStopDistanceChanged);
+    connect(m_keyboard, &TPKeyboardInsets::insetsChanged, this, &TPEditorVC::contentInsetsChanged);
+    connect(m_keyboard, &TPKeyboardInsets::keyboardShownChanged, this,
+            &TPEditorVC::keyboardShownChanged);
+    connect(m_keyboard, &TPKeyboardInsets::keyboardShownChanged, this,
+            &TPEditorVC::symbolRowShownChanged);
 }
 
 qreal TPEditorVC::tabStopDistance() const
@@ -157,14 +161,6 @@ void TPEditorVC::setWrap(bool wrap)
         return;
     QSettings().setValue(QLatin1String(WrapKey), wrap);
     emit wrapChanged();
-}
-
-void TPEditorVC::setContentInsets(const QMarginsF &insets)
-{
-    if (_contentInsets == insets)
-        return;
-    _contentInsets = insets;
-    emit contentInsetsChanged();
 }
 
 void TPEditorVC::loadContent()
@@ -361,45 +357,20 @@ void TPEditorVC::saveThenRun()
 
 void TPEditorVC::keyboardWillChangeFrame(const QVariant &endFrame, qreal viewHeight)
 {
-    if (!_observing || !endFrame.isValid() || endFrame.isNull() || !endFrame.canConvert<QRectF>())
-        return;
-    const QRectF frame = endFrame.toRectF();
-    const qreal overlap = std::max<qreal>(0, viewHeight - frame.top());
-    QMarginsF insets = _contentInsets;
-    insets.setBottom(overlap);
-    setContentInsets(insets);
-    setKeyboardShown(overlap > 0);
+    if (_observing)
+        m_keyboard->keyboardWillChangeFrame(endFrame, viewHeight);
 }
 
 void TPEditorVC::followKeyboard(QQuickItem *view)
 {
-    const QInputMethod *keyboard = QGuiApplication::inputMethod();
-    if (!view || !keyboard->isVisible()) {
-        keyboardWillHide();
-        return;
-    }
-    const QRectF frame = keyboard->keyboardRectangle();
-    keyboardWillChangeFrame(QRectF(view->mapFromScene(frame.topLeft()), frame.size()),
-                            view->height());
+    if (_observing)
+        m_keyboard->followKeyboard(view);
 }
 
 void TPEditorVC::keyboardWillHide()
 {
-    if (!_observing)
-        return;
-    QMarginsF insets = _contentInsets;
-    insets.setBottom(0);
-    setContentInsets(insets);
-    setKeyboardShown(false);
-}
-
-void TPEditorVC::setKeyboardShown(bool shown)
-{
-    if (m_keyboardShown == shown)
-        return;
-    m_keyboardShown = shown;
-    emit keyboardShownChanged();
-    emit symbolRowShownChanged();
+    if (_observing)
+        m_keyboard->keyboardWillHide();
 }
 
 void TPEditorVC::setSymbolRowRequested(bool requested)

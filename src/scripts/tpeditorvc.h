@@ -5,6 +5,7 @@
 #include "tpdraftstore.h"
 #include "tpeditornotice.h"
 #include "tpengineapi.h"
+#include "tpkeyboardinsets.h"
 #include "tpviewcontroller.h"
 
 #include <QFont>
@@ -79,17 +80,17 @@ public:
     bool loading() const { return m_loading; }
     bool wrap() const;
     void setWrap(bool wrap);
-    bool keyboardShown() const { return m_keyboardShown; }
+    bool keyboardShown() const { return m_keyboard->keyboardShown(); }
     bool symbolRowRequested() const { return m_symbolRowRequested; }
     void setSymbolRowRequested(bool requested);
-    bool symbolRowShown() const { return m_keyboardShown || m_symbolRowRequested; }
+    bool symbolRowShown() const { return keyboardShown() || m_symbolRowRequested; }
     QFont font() const { return _font; }
     qreal tabStopDistance() const;
-    QMarginsF contentInsets() const { return _contentInsets; }
+    QMarginsF contentInsets() const { return m_keyboard->insets(); }
     // The scroll indicators always follow the content insets.
-    QMarginsF scrollIndicatorInsets() const { return _contentInsets; }
-    qreal bottomInset() const { return _contentInsets.bottom(); }
-    void setContentInsets(const QMarginsF &insets);
+    QMarginsF scrollIndicatorInsets() const { return m_keyboard->insets(); }
+    qreal bottomInset() const { return m_keyboard->insets().bottom(); }
+    void setContentInsets(const QMarginsF &insets) { m_keyboard->setInsets(insets); }
 
     void loadContent();
     // Puts `text` in the editor as one undoable edit, unsaved: a version from the history.
@@ -146,7 +147,6 @@ private:
     // Run, once replacing is agreed: save first, and run only what the engine has.
     void saveThenRun();
     void setLoading(bool loading);
-    void setKeyboardShown(bool shown);
     void retitle();
     void readToolTexts();
 
@@ -155,10 +155,10 @@ private:
     QString _saveTitle;
     QString _runTitle;
     QFont _font;
-    QMarginsF _contentInsets;
+    // The text's insets, kept clear of the on-screen keyboard.
+    TPKeyboardInsets *const m_keyboard;
     QVariantMap m_toolTexts;
     bool m_loading = false;
-    bool m_keyboardShown = false;
     bool m_symbolRowRequested = false;
     // The text the engine last confirmed (a save, or the read); shared, not copied.
     QString m_savedText;
