@@ -11,23 +11,10 @@ AbstractButton {
     // Shown beside the glyph (the back button's previous title).
     property string label: ""
     property color color: Theme.tint
-    // The width the button takes with its label shown.
-    readonly property real implicitWidthWithLabel: glyphMetrics.advanceWidth + labelMetrics.advanceWidth + 20
 
     implicitWidth: Math.max(44, contentItem.implicitWidth + 16)
     implicitHeight: 44
     Accessible.name: text
-
-    TextMetrics {
-        id: glyphMetrics
-        font.pixelSize: button.glyph !== "" ? 26 : 17
-        text: button.glyph !== "" ? button.glyph : button.text
-    }
-    TextMetrics {
-        id: labelMetrics
-        font.pixelSize: 17
-        text: button.text
-    }
 
     contentItem: Row {
         spacing: 2

@@ -22,8 +22,21 @@ Item {
             anchors { left: parent.left; verticalCenter: parent.verticalCenter }
             glyph: "‹"
             // The previous screen's title beside the chevron, as long as the title still fits.
-            label: titleLabel.implicitWidth + 2 * Math.max(implicitWidthWithLabel, trailing.width) + 16 <= bar.width
+            label: titleLabel.implicitWidth + 2 * Math.max(widthWithLabel, trailing.width) + 16 <= bar.width
                    ? navigation.stack.backTitle : ""
+            // The width the button takes with the previous title shown. Measured here, not
+            // in every bar button: the list's rows have bar buttons too.
+            readonly property real widthWithLabel: backGlyph.advanceWidth + backLabel.advanceWidth + 20
+            TextMetrics {
+                id: backGlyph
+                font.pixelSize: 26
+                text: backButton.glyph
+            }
+            TextMetrics {
+                id: backLabel
+                font.pixelSize: 17
+                text: navigation.stack.backTitle
+            }
             text: navigation.stack.backTitle
             onClicked: navigation.stack.popViewController()
         }

@@ -5,6 +5,7 @@
 #include <QJsonObject>
 
 #include <algorithm>
+#include <vector>
 
 #include <unicode/stringoptions.h>
 #include <unicode/ustring.h>
@@ -79,16 +80,26 @@ int compareFolded(const QString &a, const QString &b)
 
 QJsonArray sortedChildren(QList<QJsonValue> kept)
 {
-    std::sort(kept.begin(), kept.end(), [](const QJsonValue &a, const QJsonValue &b) {
-        const bool aIsFolder = isFolderEntry(a);
-        const bool bIsFolder = isFolderEntry(b);
-        if (aIsFolder != bIsFolder)
-            return aIsFolder;
-        return compareFolded(entryName(a), entryName(b)) < 0;
+    // Each entry's kind and name are read once, not at every comparison: a folder of 10,000
+    // children takes some 140,000 comparisons.
+    struct Key
+    {
+        bool folder;
+        QString name;
+        qsizetype index;
+    };
+    std::vector<Key> keys;
+    keys.reserve(size_t(kept.size()));
+    for (qsizetype i = 0; i < kept.size(); ++i)
+        keys.push_back({isFolderEntry(kept.at(i)), entryName(kept.at(i)), i});
+    std::stable_sort(keys.begin(), keys.end(), [](const Key &a, const Key &b) {
+        if (a.folder != b.folder)
+            return a.folder;
+        return compareFolded(a.name, b.name) < 0;
     });
     QJsonArray children;
-    for (const QJsonValue &entry : std::as_const(kept))
-        children.append(entry);
+    for (const Key &key : keys)
+        children.append(kept.at(key.index));
     return children;
 }
 
