@@ -67,6 +67,33 @@ namespace {
 // of them and the memory the largest.
 constexpr int kRuns = 5;
 
+// The longest the main thread is held up while it runs, seen by a timer due every
+// millisecond.
+class StallSampler
+{
+public:
+    StallSampler()
+    {
+        m_ticker.setInterval(1);
+        QObject::connect(&m_ticker, &QTimer::timeout, [this] {
+            m_longestMs = std::max(m_longestMs, m_sinceTick.nsecsElapsed() / 1e6);
+            m_sinceTick.restart();
+        });
+    }
+    void start()
+    {
+        m_sinceTick.start();
+        m_ticker.start();
+    }
+    void stop() { m_ticker.stop(); }
+    double longestMs() const { return m_longestMs; }
+
+private:
+    QTimer m_ticker;
+    QElapsedTimer m_sinceTick;
+    double m_longestMs = 0;
+};
+
 // The shown folder's size for the rendered line: 10 folders of 9,000 files each, then
 // 9,990 files, all children of the root.
 constexpr int kFolderRows = 10000;
@@ -194,23 +221,14 @@ int measureClient(quint16 port)
     TPScriptsListVC list{QString()};
     list.setPresenter(&presenter);
 
-    double longestStall = 0;
-    QElapsedTimer sinceTick;
-    QTimer ticker;
-    ticker.setInterval(1);
-    QObject::connect(&ticker, &QTimer::timeout, [&] {
-        longestStall = std::max(longestStall, sinceTick.nsecsElapsed() / 1e6);
-        sinceTick.restart();
-    });
+    StallSampler stalls;
 
     QElapsedTimer fetch;
     fetch.start();
-    sinceTick.start();
-    ticker.start();
+    stalls.start();
     // The main thread waits in its event loop, as in the app, and leaves the cores to the
-    // client's other threads and the engine until the reload ends.
-    // The rows are set after the reload is reported done: the time and the stall end
-    // once they are.
+    // client's other threads and the engine until the rows are set, after the reload is
+    // reported done: the time and the stall end once they are.
     QEventLoop waiting;
     double fetchMs = 0;
     QObject::connect(list.rows(), &QAbstractItemModel::modelReset, &waiting, [&] {
@@ -220,7 +238,7 @@ int measureClient(quint16 port)
     QTimer::singleShot(120000, &waiting, &QEventLoop::quit);
     list.reloadData();
     waiting.exec();
-    ticker.stop();
+    stalls.stop();
     const QJsonObject row = list.rows()->entryAt(0).toObject();
     if (fetchMs == 0 || list.rows()->rowCount() != 1 ||
         row.value(QLatin1String("path")).toString() != QLatin1String("proj") ||
@@ -228,7 +246,7 @@ int measureClient(quint16 port)
         qWarning("the list does not show the one folder \"proj\"");
         return 1;
     }
-    qInfo("%.1f %.1f %.1f", fetchMs, longestStall, peakResidentMb());
+    qInfo("%.1f %.1f %.1f", fetchMs, stalls.longestMs(), peakResidentMb());
     return 0;
 }
 
@@ -261,14 +279,7 @@ int measureFolderClient(int argc, char *argv[], quint16 port)
     if (!swapped.wait(5000))
         return 1;
 
-    double longestStall = 0;
-    QElapsedTimer sinceTick;
-    QTimer ticker;
-    ticker.setInterval(1);
-    QObject::connect(&ticker, &QTimer::timeout, [&] {
-        longestStall = std::max(longestStall, sinceTick.nsecsElapsed() / 1e6);
-        sinceTick.restart();
-    });
+    StallSampler stalls;
     bool rowsSet = false;
     QObject::connect(list.rows(), &QAbstractItemModel::modelReset, [&] { rowsSet = true; });
     // The first frame rendered after the rows are set, with a row's delegate in it.
@@ -283,11 +294,10 @@ int measureFolderClient(int argc, char *argv[], quint16 port)
     });
     QTimer::singleShot(120000, &waiting, &QEventLoop::quit);
     fetch.start();
-    sinceTick.start();
-    ticker.start();
+    stalls.start();
     list.reloadData();
     waiting.exec();
-    ticker.stop();
+    stalls.stop();
 
     TPScriptRowsModel *rows = list.rows();
     const auto pathAt = [rows](int row) {
@@ -299,7 +309,7 @@ int measureFolderClient(int argc, char *argv[], quint16 port)
         qWarning("the list does not show the folder's %d rows", kFolderRows);
         return 1;
     }
-    qInfo("%.1f %.1f", frameMs, longestStall);
+    qInfo("%.1f %.1f", frameMs, stalls.longestMs());
     return 0;
 }
 

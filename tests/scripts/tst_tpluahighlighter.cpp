@@ -52,6 +52,21 @@ class TestTPLuaHighlighter : public QObject
         return QColor();
     }
 
+    // A fresh document of 20,000 lines that each start with a keyword, given whole while
+    // its first colouring pass is due: the pass then runs slice by slice.
+    void startColouringALongFile()
+    {
+        m_document = std::make_unique<QTextDocument>();
+        m_document->documentLayout();
+        m_highlighter = new TPLuaHighlighter(m_document.get());
+        m_highlighter->setColor(TPLuaHighlighter::Keyword, kKeyword);
+        QString text;
+        for (int i = 0; i < 20000; ++i)
+            text += QStringLiteral("local v%1 = %1\n").arg(i);
+        m_highlighter->colourFromTop();
+        m_document->setPlainText(text);
+    }
+
 private slots:
     void eachKindOfTokenHasItsColour()
     {
@@ -119,15 +134,7 @@ private slots:
 
     void linesRemovedAboveThePassDoNotMakeItSkipALine()
     {
-        m_document = std::make_unique<QTextDocument>();
-        m_document->documentLayout();
-        m_highlighter = new TPLuaHighlighter(m_document.get());
-        m_highlighter->setColor(TPLuaHighlighter::Keyword, kKeyword);
-        QString text;
-        for (int i = 0; i < 20000; ++i)
-            text += QStringLiteral("local v%1 = %1\n").arg(i);
-        m_highlighter->colourFromTop();
-        m_document->setPlainText(text);
+        startColouringALongFile();
         // One slice has run; then the first ten lines go while the pass is under way.
         QTRY_VERIFY(colourAt(0, 0) == kKeyword);
         QVERIFY(m_highlighter->isColouring());
@@ -149,15 +156,7 @@ private slots:
 
     void aLongFileIsColouredInSlicesOfAtMost2000LinesWithEventsBetween()
     {
-        m_document = std::make_unique<QTextDocument>();
-        m_document->documentLayout();
-        m_highlighter = new TPLuaHighlighter(m_document.get());
-        m_highlighter->setColor(TPLuaHighlighter::Keyword, kKeyword);
-        QString text;
-        for (int i = 0; i < 20000; ++i)
-            text += QStringLiteral("local v%1 = %1\n").arg(i);
-        m_highlighter->colourFromTop();
-        m_document->setPlainText(text);
+        startColouringALongFile();
         // Nothing was coloured while the text was set; the slices come from the event loop.
         QCOMPARE(colourAt(19999, 0), QColor());
         QVERIFY(m_highlighter->isColouring());
