@@ -332,9 +332,7 @@ private slots:
     void everyVisibleTextComesFromTheTablesOrIsData()
     {
         QFETCH(QString, language);
-        const QStringList problems = m_foreignTexts.contains(language)
-                                         ? m_foreignTexts.value(language)
-                                         : problemsAlongTheTour(language, foreignTexts);
+        const QStringList problems = findings(m_foreignTexts, language, foreignTexts);
         QVERIFY2(problems.isEmpty(), qPrintable(problems.join(u'\n')));
     }
 
@@ -342,9 +340,7 @@ private slots:
     void everyControlHasAnAccessibleNameAndRole()
     {
         QFETCH(QString, language);
-        const QStringList problems = m_controlsWithoutName.contains(language)
-                                         ? m_controlsWithoutName.value(language)
-                                         : problemsAlongTheTour(language, controlsWithoutName);
+        const QStringList problems = findings(m_controlsWithoutName, language, controlsWithoutName);
         QVERIFY2(problems.isEmpty(), qPrintable(problems.join(u'\n')));
     }
 
@@ -352,9 +348,7 @@ private slots:
     void everyControlAFingerUsesHasA44PxAreaOfItsOwn()
     {
         QFETCH(QString, language);
-        const QStringList problems = m_touchTargetFaults.contains(language)
-                                         ? m_touchTargetFaults.value(language)
-                                         : problemsAlongTheTour(language, TPTouchTargetFaults);
+        const QStringList problems = findings(m_touchTargetFaults, language, TPTouchTargetFaults);
         QVERIFY2(problems.isEmpty(), qPrintable(problems.join(u'\n')));
     }
 
@@ -363,6 +357,15 @@ private:
     QHash<QString, QStringList> m_foreignTexts;
     QHash<QString, QStringList> m_controlsWithoutName;
     QHash<QString, QStringList> m_touchTargetFaults;
+
+    // What the first walk in `language` found by a rule, or, when that walk did not
+    // finish, what a walk of its own finds.
+    static QStringList findings(const QHash<QString, QStringList> &found, const QString &language,
+                                const std::function<QStringList(QQuickItem *)> &check)
+    {
+        return found.contains(language) ? found.value(language)
+                                        : problemsAlongTheTour(language, check);
+    }
 
     static void languages()
     {
