@@ -160,7 +160,11 @@ private slots:
 
     void aLongPressOnARowOpensItsMenu()
     {
-        QVERIFY(showList());
+        TPScriptsListVC *list = showList();
+        QVERIFY(list);
+        QTRY_VERIFY(!list->isReloading() && list->rows()->rowCount() == 2);
+        // The press lands on the rows as they are laid out and drawn.
+        m_view->grabWindow();
         QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("row1")));
         const QPoint at =
             TPCentreOf(TPFindItem(m_view->rootObject(), QStringLiteral("row1"))) - QPoint(100, 0);
