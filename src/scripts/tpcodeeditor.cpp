@@ -11,12 +11,8 @@
 #include <QQuickItem>
 #include <QQuickTextDocument>
 #include <QTextDocument>
-#include <QThreadPool>
 
 namespace {
-
-// A pause in typing this long starts a syntax check.
-constexpr int kCheckDelayMs = 600;
 
 // The symbol row's keys that act on lines rather than type.
 const QString kTabKey = QStringLiteral("Tab");
@@ -26,13 +22,13 @@ const QString kOutdentKey = QStringLiteral("Outdent");
 } // namespace
 
 TPCodeEditor::TPCodeEditor(const QString &chunkName, QObject *parent)
-    : QObject(parent), m_chunkName(chunkName), m_binding(&m_text), m_find(new TPFindReplace(this))
+    : QObject(parent), m_binding(&m_text), m_find(new TPFindReplace(this)),
+      m_checker(new TPLuaSyntaxChecker(
+          chunkName, [this] { return text(); }, this))
 {
     connect(&m_binding, &TPEditorTextBinding::documentEdited, this,
             &TPCodeEditor::onDocumentEdited);
-    m_checkDelay.setSingleShot(true);
-    m_checkDelay.setInterval(kCheckDelayMs);
-    connect(&m_checkDelay, &QTimer::timeout, this, &TPCodeEditor::checkSyntaxNow);
+    connect(m_checker, &TPLuaSyntaxChecker::checked, this, &TPCodeEditor::syntaxChecked);
     // The colours follow the light or dark appearance.
     connect(TPTheme::shared(), &TPTheme::paletteChanged, this, &TPCodeEditor::applySyntaxColors);
 }
@@ -189,7 +185,7 @@ void TPCodeEditor::outdentClosingAt(qsizetype cursor)
 
 void TPCodeEditor::afterChange()
 {
-    m_checkDelay.start();
+    m_checker->textChanged();
     emit edited();
 }
 
@@ -297,35 +293,13 @@ void TPCodeEditor::goToLine(int line)
 
 void TPCodeEditor::goToSyntaxError()
 {
-    if (m_syntax.line > 0)
-        goToLine(m_syntax.line);
+    if (syntaxErrorLine() > 0)
+        goToLine(syntaxErrorLine());
 }
 
 void TPCodeEditor::checkSyntaxNow()
 {
-    m_checkDelay.stop();
-    const quint64 generation = ++m_checkGeneration;
-    QPointer<TPCodeEditor> self(this);
-    // The text is shared, not copied: the worker holds its own reference to this version.
-    QThreadPool::globalInstance()->start([self, generation, name = m_chunkName, text = text()] {
-        const TPLuaSyntaxResult result = TPCheckLuaSyntax(name, text);
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [self, generation, result] {
-                if (self)
-                    self->onSyntaxResult(generation, result);
-            },
-            Qt::QueuedConnection);
-    });
-}
-
-void TPCodeEditor::onSyntaxResult(quint64 generation, const TPLuaSyntaxResult &result)
-{
-    // A check of an older text says nothing about this one.
-    if (generation != m_checkGeneration)
-        return;
-    m_syntax = result;
-    emit syntaxChecked();
+    m_checker->checkNow();
 }
 
 bool TPCodeEditor::eventFilter(QObject *watched, QEvent *event)

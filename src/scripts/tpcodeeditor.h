@@ -4,7 +4,7 @@
 #include "tpeditortextbinding.h"
 #include "tpfindreplace.h"
 #include "tpluahighlighter.h"
-#include "tpluasyntaxcheck.h"
+#include "tpluasyntaxchecker.h"
 #include "tpscripttext.h"
 
 #include <QKeyEvent>
@@ -55,10 +55,10 @@ public:
 
     bool canUndo() const { return m_history.canUndo(); }
     bool canRedo() const { return m_history.canRedo(); }
-    int syntaxErrorLine() const { return m_syntax.line; }
+    int syntaxErrorLine() const { return m_checker->result().line; }
     // Whether typing has started the wait before the next syntax check.
-    bool syntaxCheckPending() const { return m_checkDelay.isActive(); }
-    QString syntaxMessage() const { return m_syntax.message; }
+    bool syntaxCheckPending() const { return m_checker->pending(); }
+    QString syntaxMessage() const { return m_checker->result().message; }
     // Columns one indent step takes: the file's own spaces, or four for a tab.
     int indentColumns() const;
     // The keys a phone keyboard hides, in the order the key row shows them.
@@ -118,11 +118,9 @@ private:
     void afterChange();
     // Applies an undo or redo step taken from the history, without recording it again.
     void replayHistoryStep(const TPEditHistory::Step &step);
-    void onSyntaxResult(quint64 generation, const TPLuaSyntaxResult &result);
     bool handleKey(QKeyEvent *event);
     bool backspace();
 
-    QString m_chunkName;
     TPScriptText m_text;
     TPEditHistory m_history;
     TPEditorTextBinding m_binding;
@@ -132,8 +130,6 @@ private:
     QTextCursor m_cursor;
     QString m_indentUnit = QStringLiteral("    ");
     TPFindReplace *m_find;
-
-    QTimer m_checkDelay;
-    quint64 m_checkGeneration = 0;
-    TPLuaSyntaxResult m_syntax;
+    // The syntax check, once typing pauses.
+    TPLuaSyntaxChecker *m_checker;
 };
