@@ -13,16 +13,13 @@ Item {
         currentIndex: tabsView.tabs.selectedIndex
         Repeater {
             model: tabsView.tabs
-            // A tab's screens are built the first time it is shown, as a phone's tab bar
-            // does; the launch builds only the first.
+            // A tab's screens are built once it has been shown, as a phone's tab bar does;
+            // the launch builds only the first.
             delegate: Loader {
                 id: tab
-                required property int index
                 required property TPNavigationStack stack
-                readonly property bool selected: index === tabsView.tabs.selectedIndex
-                property bool shownBefore: false
-                onSelectedChanged: if (selected) shownBefore = true
-                active: selected || shownBefore
+                required property bool shown
+                active: shown
                 sourceComponent: NavigationView { stack: tab.stack }
             }
         }

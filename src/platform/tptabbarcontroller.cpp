@@ -40,6 +40,8 @@ QVariant TPTabBarController::data(const QModelIndex &index, int role) const
         return tab.icon;
     case StackRole:
         return QVariant::fromValue(tab.stack);
+    case ShownRole:
+        return tab.shown;
     default:
         return {};
     }
@@ -47,7 +49,8 @@ QVariant TPTabBarController::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> TPTabBarController::roleNames() const
 {
-    return {{TitleRole, "title"}, {IconRole, "iconSource"}, {StackRole, "stack"}};
+    return {
+        {TitleRole, "title"}, {IconRole, "iconSource"}, {StackRole, "stack"}, {ShownRole, "shown"}};
 }
 
 void TPTabBarController::setSelectedIndex(int index)
@@ -58,5 +61,9 @@ void TPTabBarController::setSelectedIndex(int index)
         m_tabs.at(m_selectedIndex).stack->setVisible(false);
     m_selectedIndex = index;
     m_tabs.at(index).stack->setVisible(true);
+    if (!m_tabs.at(index).shown) {
+        m_tabs[index].shown = true;
+        emit dataChanged(this->index(index), this->index(index), {ShownRole});
+    }
     emit selectedIndexChanged();
 }

@@ -18,7 +18,9 @@ class TPTabBarController : public QAbstractListModel
         int selectedIndex READ selectedIndex WRITE setSelectedIndex NOTIFY selectedIndexChanged)
 
 public:
-    enum Role { TitleRole = Qt::UserRole + 1, IconRole, StackRole };
+    // ShownRole: the tab has been shown at least once. Its screens are built then, not at
+    // launch, and kept afterwards.
+    enum Role { TitleRole = Qt::UserRole + 1, IconRole, StackRole, ShownRole };
 
     // A tab's index is its tag: Scripts 0, Store 1, Settings 2.
     struct Tab
@@ -26,6 +28,7 @@ public:
         TPNavigationStack *stack = nullptr;
         QString title;
         QUrl icon;
+        bool shown = false;
     };
 
     explicit TPTabBarController(QObject *parent = nullptr);

@@ -14,6 +14,7 @@
 #include "tptestutil.h"
 
 #include <QAbstractItemModelTester>
+#include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTest>
 
@@ -76,6 +77,31 @@ private slots:
         tabs.setTitle(0, QStringLiteral("B"));
         QCOMPARE(tabs.data(tabs.index(0), TPTabBarController::TitleRole).toString(),
                  QStringLiteral("B"));
+    }
+
+    // A tab counts as shown from its first selection on, and stays so: its screens are built
+    // then and kept.
+    void aTabIsShownFromItsFirstSelectionOn()
+    {
+        TPPresenter presenter;
+        TPTabBarController tabs;
+        QAbstractItemModelTester tester(&tabs,
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
+        tabs.setTabs(
+            {{new TPNavigationStack(new TPSettingsVC, &presenter), QStringLiteral("A"), QUrl()},
+             {new TPNavigationStack(new TPSettingsVC, &presenter), QStringLiteral("B"), QUrl()}});
+        const auto shown = [&tabs](int row) {
+            return tabs.data(tabs.index(row), TPTabBarController::ShownRole).toBool();
+        };
+        QVERIFY(shown(0));
+        QVERIFY(!shown(1));
+        QSignalSpy changed(&tabs, &QAbstractItemModel::dataChanged);
+        tabs.setSelectedIndex(1);
+        QVERIFY(shown(1));
+        QCOMPARE(changed.size(), 1);
+        tabs.setSelectedIndex(0);
+        QVERIFY(shown(0) && shown(1));
+        QCOMPARE(changed.size(), 1);
     }
 };
 
