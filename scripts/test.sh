@@ -20,7 +20,7 @@ echo "== build and test"
 cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTP_WERROR=ON
 cmake --build build --parallel "$jobs"
 echo "== qmllint"
-cmake --build build --target tpcore_qmllint
+cmake --build build --target all_qmllint
 ctest --test-dir build --output-on-failure --parallel "$jobs"
 
 echo "== build and test with AddressSanitizer and UndefinedBehaviorSanitizer"

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls
 import TPCompanion
+import TPCompanion.Platform
 
 // The one window: an empty screen until the tabs are built, the tabs after, and whatever
 // alert or sheet is presented over both.

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls
 import TPCompanion
+import TPCompanion.Platform
 
 // The store placeholder: one centred line in the secondary colour.
 ScreenPage {

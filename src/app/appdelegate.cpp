@@ -1,16 +1,16 @@
-#include "appdelegate.h"
+#include "app/appdelegate.h"
 
-#include "tpalertcontroller.h"
-#include "tpkhovc.h"
-#include "tplang.h"
-#include "tplog.h"
-#include "tpnavigationstack.h"
-#include "tpnotificationcenter.h"
-#include "tpownerfile.h"
-#include "tppresenter.h"
-#include "tpscriptslistvc.h"
-#include "tpsettingsvc.h"
-#include "tptabbarcontroller.h"
+#include "app/tpkhovc.h"
+#include "foundation/tplang.h"
+#include "foundation/tplog.h"
+#include "foundation/tpnotificationcenter.h"
+#include "foundation/tpownerfile.h"
+#include "platform/tpalertcontroller.h"
+#include "platform/tpnavigationstack.h"
+#include "platform/tppresenter.h"
+#include "platform/tptabbarcontroller.h"
+#include "scripts/tpscriptslistvc.h"
+#include "settings/tpsettingsvc.h"
 
 #include <QPointer>
 
@@ -73,7 +73,8 @@ void AppDelegate::buildMainUI()
     const auto tab = [this](TPViewController *root, int tag, const char *icon) {
         return TPTabBarController::Tab{
             new TPNavigationStack(root, m_presenter), TPL(kTabTitleKeys[tag]),
-            QUrl(QStringLiteral("qrc:/TPCompanion/icons/%1.svg").arg(QLatin1String(icon)))};
+            QUrl(QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/icons/%1.svg")
+                     .arg(QLatin1String(icon)))};
     };
     tabs->setTabs({tab(new TPScriptsListVC(QString()), 0, "doc.text"),
                    tab(new TPKhoVC(), 1, "cart"), tab(new TPSettingsVC(), 2, "gearshape")});

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "tpalertcontroller.h"
-#include "tppresenter.h"
-#include "tptabbarcontroller.h"
+#include "platform/tpalertcontroller.h"
+#include "platform/tppresenter.h"
+#include "platform/tptabbarcontroller.h"
 
 #include <QObject>
 #include <QPointer>

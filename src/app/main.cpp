@@ -1,7 +1,8 @@
-#include "appdelegate.h"
-#include "tpappidentity.h"
-#include "tpownerfile.h"
-#include "tptheme.h"
+#include "app/appdelegate.h"
+#include "app/tpappidentity.h"
+#include "app/tpqmlmodules.h"
+#include "foundation/tpownerfile.h"
+#include "platform/tptheme.h"
 
 #include <QCommandLineParser>
 #include <QDir>
@@ -9,12 +10,8 @@
 #include <QQmlApplicationEngine>
 #include <QQuickStyle>
 #include <QWindow>
-#include <QtQml/qqmlextensionplugin.h>
 
-#include <QtQml/qqmlextensionplugin.h>
 #include <cstdio>
-
-Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
 
 int main(int argc, char *argv[])
 {
@@ -58,7 +55,7 @@ int main(int argc, char *argv[])
         &engine, &QQmlApplicationEngine::objectCreationFailed, &app,
         [] { QCoreApplication::exit(EXIT_FAILURE); }, Qt::QueuedConnection);
     engine.setInitialProperties({{QStringLiteral("app"), QVariant::fromValue(&delegate)}});
-    engine.load(QUrl(QStringLiteral("qrc:/TPCompanion/Main.qml")));
+    engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Main.qml")));
     if (engine.rootObjects().isEmpty())
         return EXIT_FAILURE;
 #ifdef Q_OS_IOS

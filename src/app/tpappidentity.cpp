@@ -1,4 +1,4 @@
-#include "tpappidentity.h"
+#include "app/tpappidentity.h"
 
 #include <QCoreApplication>
 #include <QStringList>

@@ -1,13 +1,13 @@
-#include "tpkhovc.h"
+#include "app/tpkhovc.h"
 
-#include "tplang.h"
-#include "tpnotificationcenter.h"
+#include "foundation/tplang.h"
+#include "foundation/tpnotificationcenter.h"
 
 TPKhoVC::TPKhoVC(QObject *parent) : TPViewController(parent) {}
 
 QUrl TPKhoVC::viewUrl() const
 {
-    return QUrl(QStringLiteral("qrc:/TPCompanion/StorePage.qml"));
+    return QUrl(QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/StorePage.qml"));
 }
 
 void TPKhoVC::viewDidLoad()

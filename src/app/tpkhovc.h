@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tpviewcontroller.h"
+#include "platform/tpviewcontroller.h"
 
 #include <QtQml/qqmlregistration.h>
 

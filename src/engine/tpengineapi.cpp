@@ -1,7 +1,7 @@
-#include "tpengineapi.h"
+#include "engine/tpengineapi.h"
 
-#include "tpenginesession.h"
-#include "tplog.h"
+#include "engine/tpenginesession.h"
+#include "foundation/tplog.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>
@@ -270,6 +270,12 @@ std::optional<QJsonArray> TPEngineAPI::listingEntries(const QByteArray &body)
     if (!entries.isArray())
         return std::nullopt;
     return entries.toArray();
+}
+
+QString TPEngineAPI::entryPath(const QJsonValue &entry)
+{
+    const QJsonValue path = entry.toObject().value(QLatin1String("path"));
+    return path.isString() ? path.toString() : QString();
 }
 
 void TPEngineAPI::scriptsBodyWithCompletion(BodyReader reader, BodyCompletion completion)

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tpenginesession.h"
-#include "tperror.h"
+#include "engine/tpenginesession.h"
+#include "engine/tperror.h"
 
 #include <QByteArray>
 #include <QJsonArray>
@@ -52,6 +52,8 @@ public:
     // The "entries" of a listing body read by Qt's JSON reader, or nothing when the body is
     // not a JSON object with an "entries" array.
     static std::optional<QJsonArray> listingEntries(const QByteArray &body);
+    // A listing entry's "path", or "" when it has none that is a text.
+    static QString entryPath(const QJsonValue &entry);
     static void scriptsBodyWithCompletion(BodyReader reader, BodyCompletion completion);
     static void readScript(const QString &path, TextCompletion completion);
     // The same read, answered with the file's bytes exactly as the engine sent them (an

@@ -1,7 +1,7 @@
-#include "tpenginesession.h"
+#include "engine/tpenginesession.h"
 
-#include "tpengineapi.h"
-#include "tplog.h"
+#include "engine/tpengineapi.h"
+#include "foundation/tplog.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tperror.h"
+#include "engine/tperror.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "tpatomicfile.h"
+#include "foundation/tpatomicfile.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
-#include "tpdeviceaddress.h"
+#include "foundation/tpdeviceaddress.h"
 
-#include "tplang.h"
+#include "foundation/tplang.h"
 
 #include <arpa/inet.h>
 #include <cstring>

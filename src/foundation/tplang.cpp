@@ -1,4 +1,4 @@
-#include "tplang.h"
+#include "foundation/tplang.h"
 
 #include <QLocale>
 #include <QSettings>

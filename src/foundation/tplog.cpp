@@ -1,4 +1,4 @@
-#include "tplog.h"
+#include "foundation/tplog.h"
 
 // Messages below a warning are off unless the logging rules turn them on. Nothing in the
 // app logs these categories above info, so by default they say nothing.

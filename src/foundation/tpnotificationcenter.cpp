@@ -1,4 +1,4 @@
-#include "tpnotificationcenter.h"
+#include "foundation/tpnotificationcenter.h"
 
 TPNotificationCenter *TPNotificationCenter::defaultCenter()
 {

@@ -1,6 +1,6 @@
-#include "tpownerfile.h"
+#include "foundation/tpownerfile.h"
 
-#include "tpatomicfile.h"
+#include "foundation/tpatomicfile.h"
 
 #include <QDir>
 #include <QFile>

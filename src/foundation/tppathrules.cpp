@@ -1,4 +1,4 @@
-#include "tppathrules.h"
+#include "foundation/tppathrules.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 import QtQuick
 import QtQuick.Controls
-import TPCompanion
+import TPCompanion.Platform
 
 // Shows the presenter's current alert or action sheet over the whole window. An alert is
 // centred; a sheet sits next to the control it is anchored to, or at the bottom.

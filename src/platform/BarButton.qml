@@ -1,6 +1,6 @@
 import QtQuick
 import QtQuick.Controls
-import TPCompanion
+import TPCompanion.Platform
 
 // A navigation bar button: a title or a glyph in the tint colour. With an anchorName, a
 // sheet that a controller anchors to that name appears next to it.

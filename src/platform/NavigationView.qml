@@ -1,6 +1,6 @@
 import QtQuick
 import QtQuick.Controls
-import TPCompanion
+import TPCompanion.Platform
 
 // One tab's navigation stack: a bar with the back button, the title and the top screen's
 // buttons, over a StackView that follows the stack model.

@@ -1,5 +1,5 @@
 import QtQuick
-import TPCompanion
+import TPCompanion.Platform
 
 // A row of mutually exclusive segments; `activated` reports a segment the user chose.
 Rectangle {

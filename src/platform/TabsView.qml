@@ -1,7 +1,7 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
-import TPCompanion
+import TPCompanion.Platform
 
 // The tab bar at the bottom and one navigation view per tab above it.
 Item {

@@ -1,6 +1,6 @@
 import QtQuick
 import QtQuick.Controls
-import TPCompanion
+import TPCompanion.Platform
 
 // A text field in the theme's colours, so that it reads in both appearances. Its accessible
 // name is its placeholder unless a view names it otherwise. It answers a finger in 44

@@ -1,6 +1,6 @@
 import QtQuick
 import QtQuick.Controls
-import TPCompanion
+import TPCompanion.Platform
 
 // An on/off switch drawn like the phone's: green when on.
 Switch {

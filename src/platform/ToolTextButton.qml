@@ -1,6 +1,6 @@
 import QtQuick
 import QtQuick.Controls
-import TPCompanion
+import TPCompanion.Platform
 
 // A compact text button for a tool strip; `checked` shows a toggle that is on. It never
 // takes the keyboard focus, so the text being edited keeps it.

@@ -1,4 +1,4 @@
-#include "tpalertcontroller.h"
+#include "platform/tpalertcontroller.h"
 
 TPAlertAction::TPAlertAction(const QString &title, Style style, std::function<void()> handler,
                              QObject *parent)

@@ -1,7 +1,7 @@
-#include "tpnavigationstack.h"
+#include "platform/tpnavigationstack.h"
 
-#include "tppresenter.h"
-#include "tpviewcontroller.h"
+#include "platform/tppresenter.h"
+#include "platform/tpviewcontroller.h"
 
 TPNavigationStack::TPNavigationStack(TPViewController *root, TPPresenter *presenter,
                                      QObject *parent)

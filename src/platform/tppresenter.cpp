@@ -1,4 +1,4 @@
-#include "tppresenter.h"
+#include "platform/tppresenter.h"
 
 TPPresenter::TPPresenter(QObject *parent) : QObject(parent)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tpalertcontroller.h"
+#include "platform/tpalertcontroller.h"
 
 #include <QList>
 #include <QObject>

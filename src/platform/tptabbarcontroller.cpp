@@ -1,6 +1,6 @@
-#include "tptabbarcontroller.h"
+#include "platform/tptabbarcontroller.h"
 
-#include "tpnavigationstack.h"
+#include "platform/tpnavigationstack.h"
 
 TPTabBarController::TPTabBarController(QObject *parent) : QAbstractListModel(parent) {}
 

@@ -1,4 +1,4 @@
-#include "tptheme.h"
+#include "platform/tptheme.h"
 
 #include <cmath>
 

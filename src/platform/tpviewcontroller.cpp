@@ -1,10 +1,10 @@
-#include "tpviewcontroller.h"
+#include "platform/tpviewcontroller.h"
 
-#include "tpalertcontroller.h"
-#include "tplang.h"
-#include "tpnavigationstack.h"
-#include "tppresenter.h"
-#include "tpwhilealive.h"
+#include "foundation/tplang.h"
+#include "foundation/tpwhilealive.h"
+#include "platform/tpalertcontroller.h"
+#include "platform/tpnavigationstack.h"
+#include "platform/tppresenter.h"
 
 TPViewController::TPViewController(QObject *parent) : QObject(parent) {}
 

@@ -8,7 +8,7 @@
 
 #include <functional>
 
-#include "tppresenter.h"
+#include "platform/tppresenter.h"
 
 class TPNavigationStack;
 

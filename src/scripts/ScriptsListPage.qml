@@ -1,7 +1,8 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
-import TPCompanion
+import TPCompanion.Platform
+import TPCompanion.Scripts
 
 // One folder's rows, under a search field. Each row has its buttons (run, menu); folders
 // carry a chevron; only file rows swipe to reveal Delete; a long press opens the row's menu.

@@ -1,7 +1,7 @@
-#include "tplistingdecoder.h"
+#include "scripts/tplistingdecoder.h"
 
-#include "tpengineapi.h"
-#include "tpscripttree.h"
+#include "engine/tpengineapi.h"
+#include "scripts/tpscripttree.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

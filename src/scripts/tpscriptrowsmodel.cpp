@@ -1,7 +1,7 @@
-#include "tpscriptrowsmodel.h"
+#include "scripts/tpscriptrowsmodel.h"
 
-#include "tpengineapi.h"
-#include "tpscripttree.h"
+#include "engine/tpengineapi.h"
+#include "scripts/tpscripttree.h"
 
 TPScriptRowsModel::TPScriptRowsModel(ButtonsForDir buttonsForDir, QObject *parent)
     : QAbstractListModel(parent), m_buttonsForDir(std::move(buttonsForDir))
@@ -70,7 +70,7 @@ bool TPScriptRowsModel::canEditRow(int row) const
 
 bool TPScriptRowsModel::isRunEnabled(int row) const
 {
-    return canEditRow(row) && !m_runsInFlight.contains(TPScriptTree::entryPath(entryAt(row)));
+    return canEditRow(row) && !m_runsInFlight.contains(TPEngineAPI::entryPath(entryAt(row)));
 }
 
 int TPScriptRowsModel::rowCount(const QModelIndex &parent) const
@@ -89,11 +89,11 @@ QVariant TPScriptRowsModel::data(const QModelIndex &index, int role) const
     case IsFolderRole:
         return TPScriptTree::isFolderEntry(entry);
     case PathRole:
-        return TPScriptTree::entryPath(entry);
+        return TPEngineAPI::entryPath(entry);
     case CanEditRole:
         return canEditRow(index.row());
     case UnreachableRole:
-        return !TPEngineAPI::canCarryPath(TPScriptTree::entryPath(entry));
+        return !TPEngineAPI::canCarryPath(TPEngineAPI::entryPath(entry));
     case ButtonsRole: {
         const bool runEnabled = isRunEnabled(index.row());
         QVariantList buttons = m_buttonsForDir(TPScriptTree::isFolderEntry(entry));

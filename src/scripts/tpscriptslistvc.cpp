@@ -1,16 +1,16 @@
-#include "tpscriptslistvc.h"
+#include "scripts/tpscriptslistvc.h"
 
-#include "tpalertcontroller.h"
-#include "tpeditorvc.h"
-#include "tpengineapi.h"
-#include "tphistoryvc.h"
-#include "tplang.h"
-#include "tplistingdecoder.h"
-#include "tpnavigationstack.h"
-#include "tpnotificationcenter.h"
-#include "tppathrules.h"
-#include "tpscripttree.h"
-#include "tpwhilealive.h"
+#include "editor/tpeditorvc.h"
+#include "editor/tphistoryvc.h"
+#include "engine/tpengineapi.h"
+#include "foundation/tplang.h"
+#include "foundation/tpnotificationcenter.h"
+#include "foundation/tppathrules.h"
+#include "foundation/tpwhilealive.h"
+#include "platform/tpalertcontroller.h"
+#include "platform/tpnavigationstack.h"
+#include "scripts/tplistingdecoder.h"
+#include "scripts/tpscripttree.h"
 
 #include <QPointer>
 
@@ -84,7 +84,8 @@ void TPScriptsListVC::setSearchText(const QString &text)
 
 QUrl TPScriptsListVC::viewUrl() const
 {
-    return QUrl(QStringLiteral("qrc:/TPCompanion/ScriptsListPage.qml"));
+    return QUrl(
+        QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Scripts/ScriptsListPage.qml"));
 }
 
 void TPScriptsListVC::viewDidLoad()
@@ -187,7 +188,7 @@ void TPScriptsListVC::didSelectRow(int row)
     const QJsonValue entry = _rows->entryAt(row);
     if (entry.isUndefined())
         return;
-    const QString path = TPScriptTree::entryPath(entry);
+    const QString path = TPEngineAPI::entryPath(entry);
     TPNavigationStack *stack = navigationController();
     if (!stack)
         return;
@@ -207,7 +208,7 @@ void TPScriptsListVC::commitDeleteRow(int row)
     if (!canEditRow(row))
         return;
     // No confirmation, and the row stays until the list is reloaded.
-    deleteEntry(TPScriptTree::entryPath(_rows->entryAt(row)));
+    deleteEntry(TPEngineAPI::entryPath(_rows->entryAt(row)));
 }
 
 void TPScriptsListVC::deleteEntry(const QString &path)
@@ -267,7 +268,7 @@ void TPScriptsListVC::promptNameWithTitle(const QString &title, const QString &p
 TPScriptsListVC::Existing TPScriptsListVC::shownEntryAt(const QString &path) const
 {
     for (const QJsonValue &entry : _rows->allRows()) {
-        if (TPScriptTree::entryPath(entry) == path)
+        if (TPEngineAPI::entryPath(entry) == path)
             return TPScriptTree::isFolderEntry(entry) ? Existing::Folder : Existing::File;
     }
     return Existing::Nothing;
@@ -319,7 +320,7 @@ void TPScriptsListVC::onRunButtonTapped(int row)
 {
     if (!_rows->isRunEnabled(row))
         return;
-    const QString path = TPScriptTree::entryPath(_rows->entryAt(row));
+    const QString path = TPEngineAPI::entryPath(_rows->entryAt(row));
     _rows->setRunInFlight(path, true);
     TPEngineAPI::runFile(
         path, TPWhileAlive(this, [path](TPScriptsListVC *self, const TPEngineAPI::Error &error) {
@@ -334,7 +335,7 @@ void TPScriptsListVC::onMoreButtonTapped(int row)
     const QJsonValue entry = _rows->entryAt(row);
     if (entry.isUndefined())
         return;
-    const QString path = TPScriptTree::entryPath(entry);
+    const QString path = TPEngineAPI::entryPath(entry);
     auto *sheet =
         new TPAlertController(QString(), QString(), TPAlertController::Style::ActionSheet);
     sheet->setAnchor(QStringLiteral("row:%1").arg(row));

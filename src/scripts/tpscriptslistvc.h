@@ -1,8 +1,8 @@
 #pragma once
 
-#include "tpengineapi.h"
-#include "tpscriptrowsmodel.h"
-#include "tpviewcontroller.h"
+#include "engine/tpengineapi.h"
+#include "platform/tpviewcontroller.h"
+#include "scripts/tpscriptrowsmodel.h"
 
 #include <QJsonArray>
 

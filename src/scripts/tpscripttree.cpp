@@ -1,6 +1,7 @@
-#include "tpscripttree.h"
+#include "scripts/tpscripttree.h"
 
-#include "tppathrules.h"
+#include "engine/tpengineapi.h"
+#include "foundation/tppathrules.h"
 
 #include <QJsonObject>
 
@@ -103,12 +104,6 @@ QJsonArray sortedChildren(QList<QJsonValue> kept)
     return children;
 }
 
-QString entryPath(const QJsonValue &entry)
-{
-    const QJsonValue path = entry.toObject().value(QLatin1String("path"));
-    return path.isString() ? path.toString() : QString();
-}
-
 bool isFolderEntry(const QJsonValue &entry)
 {
     return truthValue(entry.toObject().value(QLatin1String("dir")));
@@ -116,7 +111,7 @@ bool isFolderEntry(const QJsonValue &entry)
 
 QString entryName(const QJsonValue &entry)
 {
-    return TPLastPathSegment(entryPath(entry));
+    return TPLastPathSegment(TPEngineAPI::entryPath(entry));
 }
 
 QString rowLabel(const QJsonValue &entry)
@@ -130,7 +125,7 @@ QJsonArray filterChildrenOf(const QString &folder, const QJsonArray &listing)
     const QString prefix = childPrefix(folder);
     QList<QJsonValue> kept;
     for (const QJsonValue &entry : listing) {
-        if (isChildPath(prefix, entryPath(entry)))
+        if (isChildPath(prefix, TPEngineAPI::entryPath(entry)))
             kept.append(entry);
     }
     return sortedChildren(std::move(kept));

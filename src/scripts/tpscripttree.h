@@ -12,9 +12,6 @@ namespace TPScriptTree {
 // case folding. Entries without a usable "path" are skipped.
 QJsonArray filterChildrenOf(const QString &folder, const QJsonArray &listing);
 
-// The entry's "path", or "" when it has none that is a text.
-QString entryPath(const QJsonValue &entry);
-
 // The truth value of the entry's "dir"; a missing "dir" is a file.
 bool isFolderEntry(const QJsonValue &entry);
 

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls
-import TPCompanion
+import TPCompanion.Platform
+import TPCompanion.Settings
 
 // The grouped settings table. Each row is drawn by its kind; taps and control changes go
 // straight to the controller.

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls
-import TPCompanion
+import TPCompanion.Platform
+import TPCompanion.Settings
 
 // A title, a read-out that follows the finger, and a slider that reports once on release.
 Item {

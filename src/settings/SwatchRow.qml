@@ -1,5 +1,5 @@
 import QtQuick
-import TPCompanion
+import TPCompanion.Settings
 
 // Eight 32-point round swatches, evenly spaced between 16-point margins. The row is cut into
 // eight equal tiles, one per swatch, so that each answers a finger in at least 44x44 points

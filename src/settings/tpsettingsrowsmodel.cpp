@@ -1,4 +1,4 @@
-#include "tpsettingsrowsmodel.h"
+#include "settings/tpsettingsrowsmodel.h"
 
 TPSettingsRowsModel::TPSettingsRowsModel(QObject *parent) : QAbstractListModel(parent) {}
 

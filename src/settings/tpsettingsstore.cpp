@@ -1,7 +1,7 @@
-#include "tpsettingsstore.h"
+#include "settings/tpsettingsstore.h"
 
-#include "tpengineapi.h"
-#include "tplang.h"
+#include "engine/tpengineapi.h"
+#include "foundation/tplang.h"
 
 #include <QSettings>
 

@@ -1,11 +1,11 @@
-#include "tpsettingsvc.h"
+#include "settings/tpsettingsvc.h"
 
-#include "tpalertcontroller.h"
-#include "tpdeviceaddress.h"
-#include "tplang.h"
-#include "tpnotificationcenter.h"
-#include "tpownerfile.h"
-#include "tpsettingsstore.h"
+#include "foundation/tpdeviceaddress.h"
+#include "foundation/tplang.h"
+#include "foundation/tpnotificationcenter.h"
+#include "foundation/tpownerfile.h"
+#include "platform/tpalertcontroller.h"
+#include "settings/tpsettingsstore.h"
 
 #include <QClipboard>
 #include <QDesktopServices>
@@ -32,7 +32,8 @@ TPSettingsVC::TPSettingsVC(QObject *parent)
 
 QUrl TPSettingsVC::viewUrl() const
 {
-    return QUrl(QStringLiteral("qrc:/TPCompanion/SettingsPage.qml"));
+    return QUrl(
+        QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Settings/SettingsPage.qml"));
 }
 
 void TPSettingsVC::viewDidLoad()

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "tpsettingsrowsmodel.h"
-#include "tpslidercell.h"
-#include "tpswatchcell.h"
-#include "tpviewcontroller.h"
+#include "platform/tpviewcontroller.h"
+#include "settings/tpsettingsrowsmodel.h"
+#include "settings/tpslidercell.h"
+#include "settings/tpswatchcell.h"
 
 #include <QStringList>
 #include <QtQml/qqmlregistration.h>

@@ -1,4 +1,4 @@
-#include "tpslidercell.h"
+#include "settings/tpslidercell.h"
 
 #include <cmath>
 

@@ -1,7 +1,7 @@
-#include "tpswatchcell.h"
+#include "settings/tpswatchcell.h"
 
-#include "tplang.h"
-#include "tptheme.h"
+#include "foundation/tplang.h"
+#include "platform/tptheme.h"
 
 #include <QVariantMap>
 

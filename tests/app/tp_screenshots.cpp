@@ -2,6 +2,7 @@
 // in Vietnamese in the dark one, to the PNG files the README shows:
 // tp-screenshots SAMPLES_DIR OUTPUT_DIR. Runs on the offscreen platform against a
 // development engine serving a temporary copy of the sample scripts.
+#include "app/tpqmlmodules.h"
 #include "tpapptour.h"
 
 #include <QDir>
@@ -12,9 +13,6 @@
 #include <QQuickWindow>
 #include <QStandardPaths>
 #include <QTest>
-#include <QtQml/qqmlextensionplugin.h>
-
-Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
 
 namespace {
 

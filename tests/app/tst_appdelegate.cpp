@@ -1,11 +1,11 @@
-#include "appdelegate.h"
-#include "tpkhovc.h"
-#include "tplang.h"
-#include "tpnavigationstack.h"
-#include "tpnotificationcenter.h"
+#include "app/appdelegate.h"
+#include "app/tpkhovc.h"
+#include "foundation/tplang.h"
+#include "foundation/tpnotificationcenter.h"
+#include "platform/tpnavigationstack.h"
+#include "scripts/tpscriptslistvc.h"
+#include "settings/tpsettingsvc.h"
 #include "tpscreenfixture.h"
-#include "tpscriptslistvc.h"
-#include "tpsettingsvc.h"
 
 #include "tptestutil.h"
 

@@ -1,6 +1,7 @@
-#include "appdelegate.h"
+#include "app/appdelegate.h"
+#include "app/tpqmlmodules.h"
+#include "foundation/tplang.h"
 #include "tpapptour.h"
-#include "tplang.h"
 #include "tpquicktestutil.h"
 
 #include <QAccessible>
@@ -16,9 +17,6 @@
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTest>
-#include <QtQml/qqmlextensionplugin.h>
-
-Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
 
 namespace {
 
@@ -249,8 +247,8 @@ private slots:
     {
         QQmlEngine engine;
         QStringList files;
-        QDirIterator it(QStringLiteral(":/TPCompanion"), {QStringLiteral("*.qml")}, QDir::Files,
-                        QDirIterator::Subdirectories);
+        QDirIterator it(QStringLiteral(":/qt-project.org/imports/TPCompanion"),
+                        {QStringLiteral("*.qml")}, QDir::Files, QDirIterator::Subdirectories);
         while (it.hasNext())
             files.append(it.next());
         QVERIFY2(files.size() >= 15, qPrintable(files.join(u' ')));
@@ -265,7 +263,8 @@ private slots:
                     QStringLiteral("import QtQml\nQtObject { property var probe: %1 }")
                         .arg(name)
                         .toUtf8(),
-                    QUrl(QStringLiteral("qrc:/TPCompanion/SingletonProbe.qml")));
+                    QUrl(QStringLiteral("qrc") + QFileInfo(file).path() +
+                         QStringLiteral("/SingletonProbe.qml")));
                 std::unique_ptr<QObject> probe(component.create());
                 QVERIFY2(probe && probe->property("probe").value<QObject *>(),
                          qPrintable(file + u' ' + component.errorString()));

@@ -1,6 +1,6 @@
-#include "tpkhovc.h"
-#include "tplang.h"
-#include "tpnotificationcenter.h"
+#include "app/tpkhovc.h"
+#include "foundation/tplang.h"
+#include "foundation/tpnotificationcenter.h"
 
 #include <QSettings>
 #include <QStandardPaths>

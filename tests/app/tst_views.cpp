@@ -1,22 +1,20 @@
-#include "appdelegate.h"
-#include "tplang.h"
-#include "tpnavigationstack.h"
-#include "tpownerfile.h"
+#include "app/appdelegate.h"
+#include "app/tpqmlmodules.h"
+#include "foundation/tplang.h"
+#include "foundation/tpownerfile.h"
+#include "platform/tpnavigationstack.h"
+#include "platform/tptheme.h"
+#include "scripts/tpscriptslistvc.h"
+#include "settings/tpsettingsvc.h"
+#include "settings/tpslidercell.h"
+#include "settings/tpswatchcell.h"
 #include "tpquicktestutil.h"
 #include "tpscreenfixture.h"
-#include "tpscriptslistvc.h"
-#include "tpsettingsvc.h"
-#include "tpslidercell.h"
-#include "tpswatchcell.h"
-#include "tptheme.h"
 
 #include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickView>
 #include <QTest>
-#include <QtQml/qqmlextensionplugin.h>
-
-Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
 
 namespace {
 
@@ -55,7 +53,8 @@ class TestViews : public QObject
         m_view->setInitialProperties(properties);
         m_view->setResizeMode(QQuickView::SizeRootObjectToView);
         m_view->resize(size);
-        m_view->setSource(QUrl(QStringLiteral("qrc:/TPCompanion/%1.qml").arg(QLatin1String(page))));
+        m_view->setSource(QUrl(QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/%1.qml")
+                                   .arg(QLatin1String(page))));
         if (!m_view->rootObject())
             return false;
         m_view->show();
@@ -67,7 +66,7 @@ class TestViews : public QObject
     {
         app.didFinishLaunching();
         if (!app.presenter()->current() ||
-            !showPage("AlertHost",
+            !showPage("Platform/AlertHost",
                       {{QStringLiteral("presenter"), QVariant::fromValue(app.presenter())}}))
             return false;
         QQuickItem *field = TPFindItem(m_view->rootObject(), QStringLiteral("alertTextField"));
@@ -82,7 +81,7 @@ class TestViews : public QObject
         auto *list = new TPScriptsListVC(QString());
         m_stack = std::make_unique<TPNavigationStack>(list, m_fixture.presenter.get());
         m_stack->setVisible(true);
-        if (!showPage("ScriptsListPage",
+        if (!showPage("Scripts/ScriptsListPage",
                       {{QStringLiteral("controller"), QVariant::fromValue(list)}}))
             return nullptr;
         return list;
@@ -184,7 +183,7 @@ private slots:
         m_stack.reset();
         auto *list = new TPScriptsListVC(QString());
         m_stack = std::make_unique<TPNavigationStack>(list, m_fixture.presenter.get());
-        QVERIFY(showPage("NavigationView",
+        QVERIFY(showPage("Platform/NavigationView",
                          {{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}}));
         m_stack->setVisible(true);
         QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("refreshActivity")));
@@ -199,7 +198,7 @@ private slots:
     {
         auto *list = new TPScriptsListVC(QString());
         m_stack = std::make_unique<TPNavigationStack>(list, m_fixture.presenter.get());
-        QVERIFY(showPage("NavigationView",
+        QVERIFY(showPage("Platform/NavigationView",
                          {{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}}));
         m_stack->setVisible(true);
         m_stack->pushViewController(new TPScriptsListVC(QStringLiteral("lib")));
@@ -254,8 +253,8 @@ private slots:
 
     void theAddSheetHasCancelOnAPhoneAndIsAPopoverOnAWideWindow()
     {
-        QVERIFY(showPage("AlertHost", {{QStringLiteral("presenter"),
-                                        QVariant::fromValue(m_fixture.presenter.get())}}));
+        QVERIFY(showPage("Platform/AlertHost", {{QStringLiteral("presenter"),
+                                                 QVariant::fromValue(m_fixture.presenter.get())}}));
         TPScriptsListVC list{QString()};
         list.setPresenter(m_fixture.presenter.get());
         list.onAddTapped();
@@ -296,7 +295,7 @@ private slots:
                                                       m_fixture.presenter.get());
         m_stack->setVisible(true);
         QVERIFY(showPage(
-            "ScriptsListPage",
+            "Scripts/ScriptsListPage",
             {{QStringLiteral("controller"), QVariant::fromValue(m_stack->topViewController())}},
             wide));
         QTRY_VERIFY(TPFindShownItem(m_view->rootObject(), QStringLiteral("rowButton_more_1")));
@@ -309,7 +308,7 @@ private slots:
         settings.setPresenter(m_fixture.presenter.get());
         settings.loadViewIfNeeded();
         settings.viewWillAppear();
-        QVERIFY(showPage("SettingsPage",
+        QVERIFY(showPage("Settings/SettingsPage",
                          {{QStringLiteral("controller"), QVariant::fromValue(&settings)}}, wide));
         QTRY_VERIFY(TPFindShownItem(m_view->rootObject(), QStringLiteral("switch0")));
         for (const QString &name : {QStringLiteral("switch0"), QStringLiteral("detail"),
@@ -326,7 +325,7 @@ private slots:
         AppDelegate app;
         app.didFinishLaunching();
         QVERIFY(app.tabBarController());
-        QVERIFY(showPage("TabsView",
+        QVERIFY(showPage("Platform/TabsView",
                          {{QStringLiteral("tabs"), QVariant::fromValue(app.tabBarController())}}));
         QTRY_VERIFY(TPFindShownItem(m_view->rootObject(), QStringLiteral("scriptsList")));
         QVERIFY(!TPFindItem(m_view->rootObject(), QStringLiteral("settingsTable")));
@@ -451,8 +450,8 @@ private slots:
     {
         TPSliderCell cell;
         cell.configureWithTitle(QStringLiteral("Size"), 8, 120, 44);
-        QVERIFY(showPage("SliderRow", {{QStringLiteral("cell"), QVariant::fromValue(&cell)}},
-                         QSize(390, 72)));
+        QVERIFY(showPage("Settings/SliderRow",
+                         {{QStringLiteral("cell"), QVariant::fromValue(&cell)}}, QSize(390, 72)));
         QQuickItem *track = TPFindItem(m_view->rootObject(), QStringLiteral("sliderTrack"));
         QQuickItem *fill = TPFindItem(m_view->rootObject(), QStringLiteral("sliderFill"));
         QVERIFY(track && fill);
@@ -469,8 +468,8 @@ private slots:
         QList<quint32> picks;
         cell.setOnPick([&picks](quint32 rgb) { picks.append(rgb); });
         // The row inside a phone's grouped cell: 390 less the cell's 16-point insets.
-        QVERIFY(showPage("SwatchRow", {{QStringLiteral("cell"), QVariant::fromValue(&cell)}},
-                         QSize(358, 56)));
+        QVERIFY(showPage("Settings/SwatchRow",
+                         {{QStringLiteral("cell"), QVariant::fromValue(&cell)}}, QSize(358, 56)));
         QTRY_VERIFY(TPFindShownItem(m_view->rootObject(), QStringLiteral("swatch7")));
         QVERIFY(TPTouchTargetFaults(m_view->rootObject()).isEmpty());
         // Where the swatches are drawn; a pick redraws them in the same places.
@@ -498,8 +497,8 @@ private slots:
         cell.configureWithTitle(QStringLiteral("Size"), 8, 120, 44);
         QList<qint64> reports;
         cell.setOnChanged([&reports](qint64 value) { reports.append(value); });
-        QVERIFY(showPage("SliderRow", {{QStringLiteral("cell"), QVariant::fromValue(&cell)}},
-                         QSize(390, 72)));
+        QVERIFY(showPage("Settings/SliderRow",
+                         {{QStringLiteral("cell"), QVariant::fromValue(&cell)}}, QSize(390, 72)));
         QQuickItem *slider = TPFindItem(m_view->rootObject(), QStringLiteral("slider"));
         QVERIFY(slider);
         QTRY_VERIFY(slider->width() > 100);
@@ -526,8 +525,8 @@ private slots:
         QList<qint64> reports;
         cell.setOnChanged([&reports](qint64 value) { reports.append(value); });
         // The row is 72 points high in a taller window: the finger lifts below the slider.
-        QVERIFY(showPage("SliderRow", {{QStringLiteral("cell"), QVariant::fromValue(&cell)}},
-                         QSize(390, 72)));
+        QVERIFY(showPage("Settings/SliderRow",
+                         {{QStringLiteral("cell"), QVariant::fromValue(&cell)}}, QSize(390, 72)));
         m_view->setResizeMode(QQuickView::SizeViewToRootObject);
         m_view->resize(390, 300);
         QQuickItem *slider = TPFindItem(m_view->rootObject(), QStringLiteral("slider"));

@@ -15,10 +15,11 @@
 // where record_p95_ms is the 95th percentile of the time one version takes to record on
 // the history's worker thread, list_ms the time from asking for the file's versions to
 // the answer on the main thread, and repo_mb the repository's size on disk (10^6 bytes).
-#include "tpeditorvc.h"
-#include "tppresenter.h"
+#include "app/tpqmlmodules.h"
+#include "editor/tpeditorvc.h"
+#include "editor/tpscripthistory.h"
+#include "platform/tppresenter.h"
 #include "tprecordingengine.h"
-#include "tpscripthistory.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -30,11 +31,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
-#include <QtQml/qqmlextensionplugin.h>
 
 #include <algorithm>
-
-Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
 
 namespace {
 
@@ -98,7 +96,8 @@ Figures measure(int lines, TPRecordingEngine &engine, TPPresenter &presenter)
     view.setInitialProperties({{QStringLiteral("controller"), QVariant::fromValue(&editor)}});
     view.setResizeMode(QQuickView::SizeRootObjectToView);
     view.resize(390, 800);
-    view.setSource(QUrl(QStringLiteral("qrc:/TPCompanion/EditorPage.qml")));
+    view.setSource(
+        QUrl(QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Editor/EditorPage.qml")));
     view.show();
     if (!QTest::qWaitForWindowExposed(&view))
         qFatal("the editor's window was not shown");

@@ -29,14 +29,15 @@
 // most threads the client had at once and peak_rss_growth_mb its resident memory at the
 // peak over the same before the first call (the idle count of threads is given in the
 // detail line). Five processes again: the median time, the most threads, the most growth.
-#include "tpengineapi.h"
+#include "app/tpqmlmodules.h"
+#include "engine/tpengineapi.h"
+#include "platform/tppresenter.h"
+#include "scripts/tpscriptslistvc.h"
 #include "tploopbacklistener.h"
-#include "tppresenter.h"
 #include "tprawserver.h"
-#include "tpscriptslistvc.h"
 
+#include "scripts/tpscriptrowsmodel.h"
 #include "tpquicktestutil.h"
-#include "tpscriptrowsmodel.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -51,15 +52,12 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
-#include <QtQml/qqmlextensionplugin.h>
 
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <thread>
-
-Q_IMPORT_QML_PLUGIN(TPCompanionPlugin)
 
 namespace {
 
@@ -266,7 +264,8 @@ int measureFolderClient(int argc, char *argv[], quint16 port)
     view.setInitialProperties({{QStringLiteral("controller"), QVariant::fromValue(&list)}});
     view.setResizeMode(QQuickView::SizeRootObjectToView);
     view.resize(390, 844);
-    view.setSource(QUrl(QStringLiteral("qrc:/TPCompanion/ScriptsListPage.qml")));
+    view.setSource(QUrl(
+        QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Scripts/ScriptsListPage.qml")));
     if (!view.rootObject()) {
         qWarning("the list's page does not load");
         return 1;

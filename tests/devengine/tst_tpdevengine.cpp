@@ -1,5 +1,5 @@
+#include "engine/tpengineapi.h"
 #include "tpdevengine.h"
-#include "tpengineapi.h"
 #include "tpenginecalls.h"
 #include "tptestutil.h"
 

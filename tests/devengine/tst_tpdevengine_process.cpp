@@ -1,4 +1,4 @@
-#include "tpengineapi.h"
+#include "engine/tpengineapi.h"
 
 #include "tptestutil.h"
 

@@ -3,7 +3,7 @@
 // its 5 s limit, no completion runs, and the session's worker thread is gone. The
 // sanitizer build checks that nothing leaks. A program of its own, since it ends its
 // application object.
-#include "tpengineapi.h"
+#include "engine/tpengineapi.h"
 #include "tprawserver.h"
 
 #include <QCoreApplication>

@@ -3,7 +3,7 @@
 // initialisation error. Once a thread can be had again, the next request goes through.
 // A program of its own, since it limits the whole process's address space, which the
 // sanitizers' shadow memory cannot live with (there it reports itself skipped).
-#include "tpengineapi.h"
+#include "engine/tpengineapi.h"
 #include "tprecordingengine.h"
 
 #include <QCoreApplication>

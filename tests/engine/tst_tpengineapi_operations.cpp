@@ -1,4 +1,4 @@
-#include "tpengineapi.h"
+#include "engine/tpengineapi.h"
 #include "tpenginecalls.h"
 #include "tprecordingengine.h"
 #include "tptestutil.h"

@@ -1,7 +1,7 @@
 // The engine client's session is first asked for on another thread, before the
 // application object exists; completions must still run on the main thread. A program of
 // its own, since the session is made once per process.
-#include "tpengineapi.h"
+#include "engine/tpengineapi.h"
 #include "tprecordingengine.h"
 
 #include <QCoreApplication>

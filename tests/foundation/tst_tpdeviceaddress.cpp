@@ -1,4 +1,4 @@
-#include "tpdeviceaddress.h"
+#include "foundation/tpdeviceaddress.h"
 #include "tptestutil.h"
 
 #include <QSettings>

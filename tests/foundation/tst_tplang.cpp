@@ -1,5 +1,5 @@
-#include "tplang.h"
-#include "tpnotificationcenter.h"
+#include "foundation/tplang.h"
+#include "foundation/tpnotificationcenter.h"
 
 #include <QSettings>
 #include <QSignalSpy>

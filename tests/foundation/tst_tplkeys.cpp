@@ -1,7 +1,7 @@
-#include "tpeditorvc.h"
-#include "tplang.h"
-#include "tpscriptslistvc.h"
-#include "tpsettingsstore.h"
+#include "editor/tpeditorvc.h"
+#include "foundation/tplang.h"
+#include "scripts/tpscriptslistvc.h"
+#include "settings/tpsettingsstore.h"
 
 #include <QDirIterator>
 #include <QFile>

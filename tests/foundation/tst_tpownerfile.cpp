@@ -1,4 +1,4 @@
-#include "tpownerfile.h"
+#include "foundation/tpownerfile.h"
 #include "tptestutil.h"
 
 #include <QDir>

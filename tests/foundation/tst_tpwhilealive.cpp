@@ -1,4 +1,4 @@
-#include "tpwhilealive.h"
+#include "foundation/tpwhilealive.h"
 
 #include <QTest>
 

@@ -3,9 +3,9 @@
 // the filter on whether the body is a listing and on the children, and gives the same
 // children when the body arrives in parts; every child's remainder is non-empty and holds
 // no "/"; folders come before files.
-#include "tpengineapi.h"
-#include "tplistingdecoder.h"
-#include "tpscripttree.h"
+#include "engine/tpengineapi.h"
+#include "scripts/tplistingdecoder.h"
+#include "scripts/tpscripttree.h"
 
 #include <QJsonObject>
 
@@ -41,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QString prefix = TPScriptTree::childPrefix(folder);
     bool filesStarted = false;
     for (const QJsonValue &child : *children) {
-        const QString path = TPScriptTree::entryPath(child);
+        const QString path = TPEngineAPI::entryPath(child);
         require(path.startsWith(prefix));
         const QString remainder = path.mid(prefix.size());
         require(!remainder.isEmpty() && !remainder.contains(u'/'));

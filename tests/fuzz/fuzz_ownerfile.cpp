@@ -1,6 +1,6 @@
 // Raw owner-file bytes through the owner-file reader, and the same bytes as a typed name
 // through the trimming rule. Checks: neither has White_Space at either end.
-#include "tpownerfile.h"
+#include "foundation/tpownerfile.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,7 +1,7 @@
 // The editor's exact text under arbitrary text and edits. Checks: the text set is the text
 // kept, byte for byte; every edit undone gives the text back; the line index covers the
 // text (line starts ascending, every offset in exactly one line).
-#include "tpscripttext.h"
+#include "editing/tpscripttext.h"
 
 #include "tpfuzzrequire.h"
 

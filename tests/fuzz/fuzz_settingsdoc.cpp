@@ -3,7 +3,7 @@
 // dates, lists) through the settings document writer. Checks: a body is written exactly
 // when every value has a JSON form; a written body is one compact JSON object with the same
 // member names, whose bools, integers and strings read back as given.
-#include "tpengineapi.h"
+#include "engine/tpengineapi.h"
 
 #include <QDateTime>
 #include <QHash>

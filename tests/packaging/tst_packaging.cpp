@@ -1,8 +1,8 @@
-#include "tpappidentity.h"
-#include "tpdeviceaddress.h"
-#include "tpengineapi.h"
+#include "app/tpappidentity.h"
+#include "engine/tpengineapi.h"
+#include "foundation/tpdeviceaddress.h"
+#include "foundation/tpownerfile.h"
 #include "tpiconset.h"
-#include "tpownerfile.h"
 
 #include "tptestutil.h"
 

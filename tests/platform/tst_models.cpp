@@ -2,15 +2,15 @@
 // contract (row counts, indexes, signals in step with changes) after every change made
 // while it watches: the scripts rows through reloads and search, the settings rows through
 // a language change, and the tab bar through its tabs and titles.
-#include "tpengineapi.h"
-#include "tpnavigationstack.h"
-#include "tppresenter.h"
+#include "engine/tpengineapi.h"
+#include "platform/tpnavigationstack.h"
+#include "platform/tppresenter.h"
+#include "platform/tptabbarcontroller.h"
+#include "scripts/tpscriptrowsmodel.h"
+#include "scripts/tpscriptslistvc.h"
+#include "settings/tpsettingsrowsmodel.h"
+#include "settings/tpsettingsvc.h"
 #include "tprecordingengine.h"
-#include "tpscriptrowsmodel.h"
-#include "tpscriptslistvc.h"
-#include "tpsettingsrowsmodel.h"
-#include "tpsettingsvc.h"
-#include "tptabbarcontroller.h"
 #include "tptestutil.h"
 
 #include <QAbstractItemModelTester>

@@ -1,4 +1,4 @@
-#include "tpkeyboardinsets.h"
+#include "platform/tpkeyboardinsets.h"
 
 #include <QRectF>
 #include <QSignalSpy>

@@ -1,5 +1,5 @@
-#include "tpalertcontroller.h"
-#include "tppresenter.h"
+#include "platform/tpalertcontroller.h"
+#include "platform/tppresenter.h"
 
 #include <QSignalSpy>
 #include <QTest>

@@ -1,5 +1,5 @@
-#include "tpswatchcell.h"
-#include "tptheme.h"
+#include "platform/tptheme.h"
+#include "settings/tpswatchcell.h"
 
 #include <QDirIterator>
 #include <QFile>
@@ -167,8 +167,8 @@ private slots:
         static const QRegularExpression literal(
             QStringLiteral(R"re("#[0-9A-Fa-f]{3,8}"|"(white|black|red|gray|grey)"|Qt\.rgba)re"));
         int files = 0;
-        QDirIterator it(QStringLiteral(":/TPCompanion"), {QStringLiteral("*.qml")}, QDir::Files,
-                        QDirIterator::Subdirectories);
+        QDirIterator it(QStringLiteral(":/qt-project.org/imports/TPCompanion"),
+                        {QStringLiteral("*.qml")}, QDir::Files, QDirIterator::Subdirectories);
         while (it.hasNext()) {
             QFile file(it.next());
             QVERIFY(file.open(QIODevice::ReadOnly));

@@ -1,6 +1,6 @@
-#include "tpengineapi.h"
-#include "tplistingdecoder.h"
-#include "tpscripttree.h"
+#include "engine/tpengineapi.h"
+#include "scripts/tplistingdecoder.h"
+#include "scripts/tpscripttree.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -1,9 +1,9 @@
-#include "tpeditorvc.h"
-#include "tplang.h"
-#include "tpnavigationstack.h"
-#include "tpnotificationcenter.h"
+#include "editor/tpeditorvc.h"
+#include "foundation/tplang.h"
+#include "foundation/tpnotificationcenter.h"
+#include "platform/tpnavigationstack.h"
+#include "scripts/tpscriptslistvc.h"
 #include "tpscreenfixture.h"
-#include "tpscriptslistvc.h"
 
 #include <QJsonObject>
 #include <QSettings>

@@ -1,4 +1,4 @@
-#include "tpscripttree.h"
+#include "scripts/tpscripttree.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -1,8 +1,8 @@
-#include "tpengineapi.h"
+#include "engine/tpengineapi.h"
+#include "foundation/tplang.h"
+#include "settings/tpsettingsstore.h"
 #include "tpenginecalls.h"
-#include "tplang.h"
 #include "tprecordingengine.h"
-#include "tpsettingsstore.h"
 #include "tptestutil.h"
 
 #include <QJsonDocument>

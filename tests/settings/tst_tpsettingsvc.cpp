@@ -1,9 +1,9 @@
-#include "tpdeviceaddress.h"
-#include "tplang.h"
-#include "tpnotificationcenter.h"
+#include "foundation/tpdeviceaddress.h"
+#include "foundation/tplang.h"
+#include "foundation/tpnotificationcenter.h"
+#include "settings/tpsettingsstore.h"
+#include "settings/tpsettingsvc.h"
 #include "tpscreenfixture.h"
-#include "tpsettingsstore.h"
-#include "tpsettingsvc.h"
 
 #include "tptestutil.h"
 

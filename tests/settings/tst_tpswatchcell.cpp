@@ -1,4 +1,4 @@
-#include "tpswatchcell.h"
+#include "settings/tpswatchcell.h"
 
 #include <QTest>
 

@@ -1,19 +1,20 @@
 #include "tpapptour.h"
+#include "editor/tpcodeeditor.h"
 
-#include "appdelegate.h"
+#include "app/appdelegate.h"
+#include "editor/tpeditorvc.h"
+#include "editor/tphistoryvc.h"
+#include "editor/tpversionvc.h"
+#include "engine/tpengineapi.h"
+#include "foundation/tpdeviceaddress.h"
+#include "foundation/tplang.h"
+#include "foundation/tpownerfile.h"
+#include "platform/tpnavigationstack.h"
+#include "platform/tppresenter.h"
+#include "platform/tptabbarcontroller.h"
+#include "scripts/tpscriptslistvc.h"
+#include "settings/tpsettingsvc.h"
 #include "tpdevengine.h"
-#include "tpdeviceaddress.h"
-#include "tpeditorvc.h"
-#include "tpengineapi.h"
-#include "tphistoryvc.h"
-#include "tplang.h"
-#include "tpnavigationstack.h"
-#include "tpownerfile.h"
-#include "tppresenter.h"
-#include "tpscriptslistvc.h"
-#include "tpsettingsvc.h"
-#include "tptabbarcontroller.h"
-#include "tpversionvc.h"
 
 #include "tpquicktestutil.h"
 #include "tptestutil.h"
@@ -137,7 +138,7 @@ bool TPAppTour::run(const QString &language, const Stop &atScreen, QString *erro
     m_delegate = std::make_unique<AppDelegate>();
     m_qml = std::make_unique<QQmlApplicationEngine>();
     m_qml->setInitialProperties({{QStringLiteral("app"), QVariant::fromValue(m_delegate.get())}});
-    m_qml->load(QUrl(QStringLiteral("qrc:/TPCompanion/Main.qml")));
+    m_qml->load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Main.qml")));
     if (m_qml->rootObjects().isEmpty()) {
         *error = QStringLiteral("Main.qml did not load");
         return false;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tpengineapi.h"
+#include "engine/tpengineapi.h"
 #include "tpoutcome.h"
 
 #include <QJsonArray>

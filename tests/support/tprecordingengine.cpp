@@ -1,6 +1,6 @@
 #include "tprecordingengine.h"
 
-#include "tpengineapi.h"
+#include "engine/tpengineapi.h"
 #include "tptestutil.h"
 
 #include <QTcpSocket>

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "tpalertcontroller.h"
-#include "tpdraftstore.h"
-#include "tpengineapi.h"
-#include "tpownerfile.h"
-#include "tppresenter.h"
+#include "editor/tpdraftstore.h"
+#include "editor/tpscripthistory.h"
+#include "engine/tpengineapi.h"
+#include "foundation/tpownerfile.h"
+#include "platform/tpalertcontroller.h"
+#include "platform/tppresenter.h"
 #include "tprecordingengine.h"
-#include "tpscripthistory.h"
 #include "tptestutil.h"
 
 #include <QCoreApplication>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tpdeviceaddress.h"
-#include "tpengineapi.h"
+#include "engine/tpengineapi.h"
+#include "foundation/tpdeviceaddress.h"
 
 #include <QByteArray>
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "tpdevengine.h"
 
-#include "tpatomicfile.h"
+#include "foundation/tpatomicfile.h"
 
 #include <QTcpServer>
 

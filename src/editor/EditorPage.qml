@@ -1,0 +1,323 @@
+import QtQuick
+import QtQuick.Controls
+import TPCompanion.Platform
+import TPCompanion.Editor
+
+// The script's text in a monospaced code editor with typing aids off. The text item only
+// shows the controller's text: it is attached to the code editor, which keeps the exact
+// text and handles the editing keys. The keyboard's frame is handed to the controller,
+// which decides the bottom inset.
+ScreenPage {
+    id: page
+    required property TPEditorVC controller
+    readonly property TPCodeEditor code: controller.code
+    readonly property var texts: controller.toolTexts
+    property bool findOpen: false
+
+    barItems: Row {
+        BarButton {
+            objectName: "saveButton"
+            text: page.controller ? page.controller.saveTitle : ""
+            onClicked: page.controller.onSaveTapped()
+        }
+        BarButton {
+            objectName: "runButton"
+            text: page.controller ? page.controller.runTitle : ""
+            onClicked: page.controller.onRunTapped()
+        }
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.background
+    }
+
+    Rectangle {
+        id: tools
+        anchors { left: parent.left; right: parent.right; top: parent.top }
+        height: 44
+        color: Theme.barBackground
+
+        Row {
+            anchors { left: parent.left; verticalCenter: parent.verticalCenter }
+            // Glyphs leave room in a phone's width for the symbol keys' button.
+            ToolTextButton {
+                objectName: "undoButton"
+                text: "↶"
+                textSize: 22
+                Accessible.name: page.texts.editor_undo
+                enabled: page.code.canUndo
+                onClicked: page.code.undo()
+            }
+            ToolTextButton {
+                objectName: "redoButton"
+                text: "↷"
+                textSize: 22
+                Accessible.name: page.texts.editor_redo
+                enabled: page.code.canRedo
+                onClicked: page.code.redo()
+            }
+            ToolTextButton {
+                objectName: "symbolsButton"
+                text: "{ }"
+                Accessible.name: page.texts.editor_symbols
+                checked: page.controller.symbolRowShown
+                onClicked: page.controller.symbolRowRequested = !page.controller.symbolRowRequested
+            }
+        }
+        BusyIndicator {
+            objectName: "loadingIndicator"
+            anchors.centerIn: parent
+            height: 28
+            width: 28
+            running: page.controller.loading
+            visible: running
+            Accessible.name: page.texts.editor_loading
+        }
+        Row {
+            anchors { right: parent.right; verticalCenter: parent.verticalCenter }
+            ToolTextButton {
+                objectName: "historyButton"
+                text: page.texts.history_title
+                onClicked: page.controller.onHistoryTapped()
+            }
+            ToolTextButton {
+                objectName: "findButton"
+                text: page.texts.editor_find
+                checked: page.findOpen
+                onClicked: page.findOpen = !page.findOpen
+            }
+            ToolTextButton {
+                objectName: "wrapButton"
+                text: page.texts.editor_wrap
+                checked: page.controller.wrap
+                onClicked: page.controller.wrap = !page.controller.wrap
+            }
+        }
+        Rectangle {
+            anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+            height: 0.5
+            color: Theme.separator
+        }
+    }
+
+    FindBar {
+        id: findBar
+        objectName: "findBar"
+        visible: page.findOpen
+        anchors { left: parent.left; right: parent.right; top: tools.bottom }
+        height: visible ? implicitHeight : 0
+        find: page.code.find
+        code: page.code
+        texts: page.texts
+    }
+
+    // What to know before saving (the file was not read, is not text, a draft was kept) and
+    // what can be done about it, as the controller's notice says.
+    Rectangle {
+        id: noticeBar
+        objectName: "noticeBar"
+        readonly property TPEditorNotice notice: page.controller.notice
+        visible: notice.shown
+        anchors { left: parent.left; right: parent.right; top: findBar.bottom }
+        height: visible ? noticeColumn.implicitHeight + 12 : 0
+        color: Theme.barBackground
+        Column {
+            id: noticeColumn
+            anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter }
+            anchors { leftMargin: 10; rightMargin: 10 }
+            spacing: 4
+            Label {
+                objectName: "noticeText"
+                width: parent.width
+                wrapMode: Text.Wrap
+                text: noticeBar.notice.text
+                color: Theme.label
+                font.pixelSize: 14
+                Accessible.name: text
+            }
+            Row {
+                spacing: 8
+                Repeater {
+                    model: noticeBar.notice.actions
+                    ToolTextButton {
+                        required property var modelData
+                        objectName: "notice_" + modelData.id
+                        text: modelData.title
+                        onClicked: noticeBar.notice.trigger(modelData.id)
+                    }
+                }
+            }
+        }
+        Rectangle {
+            anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+            height: 0.5
+            color: Theme.separator
+        }
+    }
+
+    Rectangle {
+        id: gutterBackground
+        anchors { left: parent.left; top: noticeBar.bottom; bottom: messageBar.top }
+        width: gutter.implicitWidth
+        color: Theme.gutterBackground
+    }
+
+    TPLineGutter {
+        id: gutter
+        objectName: "gutter"
+        anchors.fill: gutterBackground
+        textItem: editor
+        contentY: flick.contentY
+        textTopPadding: editor.topPadding
+        errorLine: page.code.syntaxErrorLine
+        font: editor.font
+        numberColor: Theme.gutterNumber
+        currentNumberColor: Theme.label
+        errorColor: Theme.destructive
+        Accessible.name: page.texts.editor_line_numbers
+    }
+
+    Flickable {
+        id: flick
+        objectName: "editorFlickable"
+        anchors { left: gutterBackground.right; right: parent.right; top: noticeBar.bottom; bottom: messageBar.top }
+        clip: true
+        contentHeight: editor.height
+        // Unwrapped, long lines run past the text item's width and the content scrolls sideways.
+        contentWidth: page.controller.wrap
+                      ? width : Math.max(editor.contentWidth + editor.leftPadding + editor.rightPadding, width)
+        boundsBehavior: Flickable.StopAtBounds
+        ScrollBar.vertical: ScrollBar {
+            bottomPadding: page.controller.bottomInset
+        }
+
+        // Puts a line in the middle of the text's area, as far as the text lets it.
+        function centreOn(r) {
+            const centred = r.y + r.height / 2 - height / 2
+            contentY = Math.max(0, Math.min(centred, contentHeight - height))
+        }
+
+        function ensureVisible(r) {
+            if (contentX >= r.x)
+                contentX = r.x
+            else if (contentX + width <= r.x + r.width)
+                contentX = r.x + r.width - width
+            if (contentY >= r.y)
+                contentY = r.y
+            else if (contentY + height <= r.y + r.height + editor.bottomPadding)
+                contentY = r.y + r.height + editor.bottomPadding - height
+        }
+
+        Rectangle {
+            objectName: "currentLine"
+            y: editor.cursorRectangle.y
+            width: flick.contentWidth
+            height: editor.cursorRectangle.height
+            color: Theme.currentLine
+            visible: editor.activeFocus
+        }
+
+        TextEdit {
+            id: editor
+            objectName: "editor"
+            width: flick.width
+            height: Math.max(implicitHeight, flick.height)
+            textFormat: TextEdit.PlainText
+            wrapMode: page.controller.wrap ? TextEdit.WrapAtWordBoundaryOrAnywhere : TextEdit.NoWrap
+            font: page.controller.font
+            tabStopDistance: page.controller.tabStopDistance
+            color: Theme.label
+            selectionColor: Theme.selection
+            selectedTextColor: Theme.label
+            leftPadding: 6
+            rightPadding: 6
+            topPadding: 8
+            bottomPadding: 8 + page.controller.bottomInset + (symbolRow.visible ? symbolRow.height : 0)
+            inputMethodHints: Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText | Qt.ImhPreferLatin
+            selectByMouse: true
+            persistentSelection: true
+            Accessible.name: page.controller.title
+            Accessible.role: Accessible.EditableText
+            Component.onCompleted: {
+                page.code.attachView(editor)
+            }
+            onCursorRectangleChanged: flick.ensureVisible(cursorRectangle)
+        }
+    }
+
+    Rectangle {
+        id: messageBar
+        objectName: "syntaxMessageBar"
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+        anchors.bottomMargin: page.controller.bottomInset + (symbolRow.visible ? symbolRow.height : 0)
+        height: visible ? message.implicitHeight + 12 : 0
+        visible: page.code.syntaxMessage !== ""
+        color: Theme.errorBackground
+        // A tap on the message takes the cursor to the line it is about.
+        Accessible.role: Accessible.Button
+        Accessible.name: page.texts.editor_syntax_error + ": " + page.code.syntaxMessage
+        TapHandler {
+            onTapped: page.code.goToSyntaxError()
+        }
+        Label {
+            id: message
+            objectName: "syntaxMessage"
+            anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter }
+            anchors { leftMargin: 10; rightMargin: 10 }
+            wrapMode: Text.Wrap
+            text: page.code.syntaxMessage
+            color: Theme.destructive
+            font.pixelSize: 13
+            Accessible.name: page.texts.editor_syntax_error + ": " + text
+        }
+    }
+
+    SymbolKeyRow {
+        id: symbolRow
+        objectName: "symbolRow"
+        visible: page.controller.symbolRowShown
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+        anchors.bottomMargin: page.controller.bottomInset
+        keys: page.controller.symbolKeys
+        onKeyPressed: key => page.code.pressSymbolKey(key)
+    }
+
+    Connections {
+        target: page.code
+        function onCursorMoved() { flick.ensureVisible(editor.cursorRectangle) }
+        function onLineJumped() { flick.centreOn(editor.cursorRectangle) }
+    }
+
+    // A desktop's or a hardware keyboard's shortcuts, while this page is the one shown.
+    // Undo and redo are the code editor's own keys while the text has the keyboard.
+    Shortcut {
+        sequences: [StandardKey.Save]
+        enabled: page.visible
+        onActivated: page.controller.onSaveTapped()
+    }
+    Shortcut {
+        sequences: [StandardKey.Find]
+        enabled: page.visible
+        onActivated: {
+            page.findOpen = true
+            findBar.focusFind()
+        }
+    }
+    Shortcut {
+        sequence: "Ctrl+G"
+        enabled: page.visible
+        onActivated: {
+            page.findOpen = true
+            findBar.focusGoToLine()
+        }
+    }
+
+    Connections {
+        target: Qt.inputMethod
+        function onKeyboardRectangleChanged() {
+            if (page.controller)
+                page.controller.followKeyboard(page)
+        }
+    }
+}

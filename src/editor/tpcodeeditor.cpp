@@ -1,0 +1,105 @@
+#include "editor/tpcodeeditor.h"
+
+#include "platform/tptheme.h"
+
+#include <QTextDocument>
+
+namespace {
+
+// The symbol row's keys that act on lines rather than type.
+const QString kTabKey = QStringLiteral("Tab");
+const QString kIndentKey = QStringLiteral("Indent");
+const QString kOutdentKey = QStringLiteral("Outdent");
+
+} // namespace
+
+TPCodeEditor::TPCodeEditor(const QString &chunkName, QObject *parent)
+    : QObject(parent), m_binding(&m_buffer), m_find(&m_buffer),
+      m_checker(new TPLuaSyntaxChecker(
+          chunkName, [this] { return text(); }, this))
+{
+    connect(&m_buffer, &TPEditBuffer::edited, m_checker, &TPLuaSyntaxChecker::textChanged);
+    connect(&m_buffer, &TPEditBuffer::edited, this, &TPCodeEditor::edited);
+    connect(&m_buffer, &TPEditBuffer::historyChanged, this, &TPCodeEditor::historyChanged);
+    connect(&m_buffer, &TPEditBuffer::selectionMoved, this, &TPCodeEditor::cursorMoved);
+    connect(&m_buffer, &TPEditBuffer::lineJumped, this, &TPCodeEditor::lineJumped);
+    connect(&m_buffer, &TPEditBuffer::indentChanged, this, &TPCodeEditor::indentChanged);
+    connect(m_checker, &TPLuaSyntaxChecker::checked, this, &TPCodeEditor::syntaxChecked);
+    // A redrawn text is coloured from the top again.
+    connect(&m_binding, &TPEditorTextBinding::redrawing, this, [this] {
+        if (m_highlighter)
+            m_highlighter->colourFromTop();
+    });
+    // The colours follow the light or dark appearance.
+    connect(TPTheme::shared(), &TPTheme::paletteChanged, this, &TPCodeEditor::applySyntaxColors);
+}
+
+void TPCodeEditor::setText(const QString &text)
+{
+    if (m_highlighter)
+        m_highlighter->colourFromTop();
+    m_buffer.setText(text);
+}
+
+void TPCodeEditor::attachView(QQuickItem *textItem)
+{
+    m_binding.bindItem(textItem);
+    colourDocument();
+}
+
+void TPCodeEditor::attachDocument(QTextDocument *document)
+{
+    m_binding.bindDocument(document);
+    colourDocument();
+}
+
+void TPCodeEditor::colourDocument()
+{
+    // The binding connects to the document first: it must see a change before the colouring
+    // reacts to it.
+    delete m_highlighter;
+    if (QTextDocument *document = m_binding.document()) {
+        m_highlighter = new TPLuaHighlighter(document);
+        applySyntaxColors();
+    }
+}
+
+void TPCodeEditor::applySyntaxColors()
+{
+    if (!m_highlighter)
+        return;
+    const TPTheme::SyntaxColors &colors = TPTheme::shared()->syntaxColors();
+    m_highlighter->setColor(TPLuaHighlighter::Keyword, colors.keyword);
+    m_highlighter->setColor(TPLuaHighlighter::String, colors.string);
+    m_highlighter->setColor(TPLuaHighlighter::Comment, colors.comment);
+    m_highlighter->setColor(TPLuaHighlighter::Number, colors.number);
+    m_highlighter->setColor(TPLuaHighlighter::FunctionName, colors.functionName);
+}
+
+QStringList TPCodeEditor::symbolKeys() const
+{
+    QStringList keys;
+    for (const QChar symbol : QStringView(u"()[]{}\"'=.,:;#-+*/<>~_"))
+        keys.append(symbol);
+    keys << kTabKey << kIndentKey << kOutdentKey;
+    return keys;
+}
+
+void TPCodeEditor::pressSymbolKey(const QString &key)
+{
+    if (key == kTabKey)
+        m_buffer.insertIndent();
+    else if (key == kIndentKey)
+        m_buffer.indent();
+    else if (key == kOutdentKey)
+        m_buffer.outdent();
+    else if (key.size() == 1)
+        m_buffer.typeCharacter(key.at(0));
+    m_buffer.closeRun();
+}
+
+void TPCodeEditor::goToSyntaxError()
+{
+    if (syntaxErrorLine() > 0)
+        m_buffer.goToLine(syntaxErrorLine());
+}

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "editing/tpeditbuffer.h"
+#include "editing/tpfindreplace.h"
+#include "editing/tpluahighlighter.h"
+#include "editing/tpluasyntaxchecker.h"
+#include "editor/tpeditingtypes.h"
+#include "editor/tpeditortextbinding.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QQuickItem>
+#include <QtQml/qqmlregistration.h>
+
+class QTextDocument;
+
+// The code editor of the editor screen: a script's edit buffer shown in the view's text
+// item, coloured, checked for syntax errors as typing pauses, with find and replace and the
+// row of keys a phone keyboard hides. The editing itself is the buffer's; this puts the
+// parts together and offers them to the view.
+class TPCodeEditor : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Owned by the editor screen")
+    Q_PROPERTY(bool canUndo READ canUndo NOTIFY historyChanged)
+    Q_PROPERTY(bool canRedo READ canRedo NOTIFY historyChanged)
+    Q_PROPERTY(int syntaxErrorLine READ syntaxErrorLine NOTIFY syntaxChecked)
+    Q_PROPERTY(QString syntaxMessage READ syntaxMessage NOTIFY syntaxChecked)
+    Q_PROPERTY(QStringList symbolKeys READ symbolKeys CONSTANT)
+    Q_PROPERTY(TPFindReplace *find READ find CONSTANT)
+
+public:
+    // `chunkName` names the script in the compiler's messages (the file name).
+    explicit TPCodeEditor(const QString &chunkName, QObject *parent = nullptr);
+
+    TPEditBuffer *buffer() { return &m_buffer; }
+    const QString &text() const { return m_buffer.text(); }
+    // Replaces the whole text (a file was read): the history starts afresh.
+    void setText(const QString &text);
+
+    // Shows the text in a Qt Quick TextEdit (or TextArea) and edits through it.
+    Q_INVOKABLE void attachView(QQuickItem *textItem);
+    // Shows the text in a bare document, for callers without a view.
+    void attachDocument(QTextDocument *document);
+    QTextDocument *document() const { return m_binding.document(); }
+
+    bool canUndo() const { return m_buffer.canUndo(); }
+    bool canRedo() const { return m_buffer.canRedo(); }
+    int syntaxErrorLine() const { return m_checker->result().line; }
+    // Whether typing has started the wait before the next syntax check.
+    bool syntaxCheckPending() const { return m_checker->pending(); }
+    QString syntaxMessage() const { return m_checker->result().message; }
+    // The keys a phone keyboard hides, in the order the key row shows them.
+    QStringList symbolKeys() const;
+    TPFindReplace *find() { return &m_find; }
+
+public slots:
+    void undo() { m_buffer.undo(); }
+    void redo() { m_buffer.redo(); }
+    // A key of the symbol row: "Tab", "Indent" and "Outdent" act on the lines, any other key
+    // types its text at the cursor as typing would. Each key is a step of its own.
+    void pressSymbolKey(const QString &key);
+    // Puts the cursor at the start of a 1-based line (clamped to the text).
+    void goToLine(int line) { m_buffer.goToLine(line); }
+    // Puts the cursor on the line the syntax check marked, if any.
+    void goToSyntaxError();
+    // Compiles the text now instead of after the pause in typing.
+    void checkSyntaxNow() { m_checker->checkNow(); }
+
+signals:
+    // The text changed, by typing or in code.
+    void edited();
+    void historyChanged();
+    void syntaxChecked();
+    // The view should bring the cursor into sight.
+    void cursorMoved();
+    // The cursor was sent to a line (go to line, the syntax message): the view shows that
+    // line in the middle, clear of the bars above and below.
+    void lineJumped();
+    // A new text brought its own indent step.
+    void indentChanged();
+
+private:
+    // Colours the document the text is shown in, with the theme's token colours.
+    void colourDocument();
+    void applySyntaxColors();
+
+    TPEditBuffer m_buffer;
+    TPEditorTextBinding m_binding;
+    QPointer<TPLuaHighlighter> m_highlighter;
+    TPFindReplace m_find;
+    // The syntax check, once typing pauses.
+    TPLuaSyntaxChecker *m_checker;
+};

@@ -1,0 +1,130 @@
+#include "editor/tphistoryvc.h"
+
+#include "editor/tpeditorvc.h"
+#include "editor/tpversionvc.h"
+#include "engine/tpengineapi.h"
+#include "foundation/tplang.h"
+#include "foundation/tpwhilealive.h"
+#include "platform/tpnavigationstack.h"
+
+TPHistoryVC::TPHistoryVC(QObject *parent)
+    : TPViewController(parent), m_filesMode(true), m_rows(new TPHistoryRowsModel(this))
+{
+    setTitle(TPL("history_title"));
+}
+
+TPHistoryVC::TPHistoryVC(const QString &path, TPEditorVC *editor, bool deleted, QObject *parent)
+    : TPViewController(parent), m_filesMode(false), m_path(path), m_editor(editor),
+      m_deleted(deleted), m_rows(new TPHistoryRowsModel(this))
+{
+    setTitle(TPL("history_title"));
+}
+
+QUrl TPHistoryVC::viewUrl() const
+{
+    return QUrl(QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Editor/HistoryPage.qml"));
+}
+
+QString TPHistoryVC::emptyText() const
+{
+    return TPL("history_empty");
+}
+
+void TPHistoryVC::viewDidLoad()
+{
+    if (m_filesMode)
+        loadFiles();
+    else
+        loadVersions();
+}
+
+void TPHistoryVC::setLoading(bool loading)
+{
+    if (m_loading == loading)
+        return;
+    m_loading = loading;
+    emit loadingChanged();
+}
+
+bool TPHistoryVC::isDeleted(const QString &path) const
+{
+    return m_listed && !m_listed->contains(path);
+}
+
+void TPHistoryVC::loadFiles()
+{
+    setLoading(true);
+    TPScriptHistory::shared()->files(this, [this](const QList<TPScriptVersion> &files) {
+        m_entries = files;
+        m_filesLoaded = true;
+        showFiles();
+    });
+    TPEngineAPI::scriptsWithCompletion(TPWhileAlive(
+        this, [](TPHistoryVC *self, const QJsonArray &entries, const TPEngineAPI::Error &error) {
+            // Without a listing nothing is marked deleted: the engine may only be away.
+            QSet<QString> listed;
+            for (const QJsonValue &entry : entries)
+                listed.insert(TPEngineAPI::entryPath(entry));
+            if (error)
+                self->m_listed.reset();
+            else
+                self->m_listed = listed;
+            self->showFiles();
+        }));
+}
+
+void TPHistoryVC::showFiles()
+{
+    if (!m_filesLoaded)
+        return;
+    QList<TPHistoryRowsModel::Row> rows;
+    for (const TPScriptVersion &file : m_entries) {
+        QString detail = TPLDateTime(file.time);
+        const bool deleted = isDeleted(file.path);
+        if (deleted)
+            detail += QStringLiteral(" · ") + TPL("history_deleted");
+        rows.append({file.path, detail, deleted ? QStringLiteral("dimmed") : QString()});
+    }
+    m_rows->setRows(rows);
+    setLoading(false);
+}
+
+void TPHistoryVC::loadVersions()
+{
+    setLoading(true);
+    const auto shown = [this](const QList<TPScriptVersion> &versions) {
+        m_entries = versions;
+        showVersions();
+    };
+    if (m_editor)
+        TPScriptHistory::shared()->versionsAgainst(
+            m_path, TPEngineAPI::scriptData(m_editor->text()), this, shown);
+    else
+        TPScriptHistory::shared()->versions(m_path, this, shown);
+}
+
+void TPHistoryVC::showVersions()
+{
+    QList<TPHistoryRowsModel::Row> rows;
+    for (const TPScriptVersion &version : m_entries) {
+        QString detail = TPL("history_bytes").arg(version.size);
+        if (version.added >= 0)
+            detail += QStringLiteral(" · ") +
+                      TPL("history_lines").arg(version.added).arg(version.removed);
+        rows.append({TPLDateTime(version.time), detail, QString()});
+    }
+    m_rows->setRows(rows);
+    setLoading(false);
+}
+
+void TPHistoryVC::didSelectRow(int row)
+{
+    TPNavigationStack *stack = navigationController();
+    if (!stack || row < 0 || row >= m_entries.size())
+        return;
+    const TPScriptVersion &entry = m_entries.at(row);
+    if (m_filesMode)
+        stack->pushViewController(new TPHistoryVC(entry.path, nullptr, isDeleted(entry.path)));
+    else
+        stack->pushViewController(new TPVersionVC(entry, m_editor, m_deleted));
+}

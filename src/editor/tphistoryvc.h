@@ -1,0 +1,69 @@
+#pragma once
+
+#include "editor/tphistoryrowsmodel.h"
+#include "editor/tpscripthistory.h"
+#include "platform/tpviewcontroller.h"
+
+#include <QPointer>
+#include <QSet>
+#include <QtQml/qqmlregistration.h>
+
+class TPEditorVC;
+
+// The local history: every file the app recorded, newest change first, with the files the
+// engine no longer lists dimmed (from the scripts list's add sheet); or the versions of one
+// file, newest first (from its editor, or from the list of files). Tapping a file shows its
+// versions; tapping a version shows it (TPVersionVC), where it can be restored.
+class TPHistoryVC : public TPViewController
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Made by the editor and the scripts list")
+    Q_PROPERTY(TPHistoryRowsModel *rows READ rows CONSTANT)
+    Q_PROPERTY(bool loading READ loading NOTIFY loadingChanged)
+    // Shown when there is nothing to list.
+    Q_PROPERTY(QString emptyText READ emptyText CONSTANT)
+
+public:
+    // Every file recorded.
+    explicit TPHistoryVC(QObject *parent = nullptr);
+    // The versions of `path`, compared with and restored into `editor` when it is open on
+    // the file; `deleted` when the engine no longer lists it.
+    TPHistoryVC(const QString &path, TPEditorVC *editor, bool deleted = false,
+                QObject *parent = nullptr);
+
+    QUrl viewUrl() const override;
+    TPHistoryRowsModel *rows() const { return m_rows; }
+    bool loading() const { return m_loading; }
+    QString emptyText() const;
+    // What the rows stand for, in their order: files or versions.
+    const QList<TPScriptVersion> &entries() const { return m_entries; }
+    bool isDeleted(const QString &path) const;
+
+public slots:
+    void didSelectRow(int row);
+
+signals:
+    void loadingChanged();
+
+protected:
+    void viewDidLoad() override;
+
+private:
+    void loadFiles();
+    void loadVersions();
+    void showFiles();
+    void showVersions();
+    void setLoading(bool loading);
+
+    const bool m_filesMode;
+    QString m_path;
+    QPointer<TPEditorVC> m_editor;
+    bool m_deleted = false;
+    QList<TPScriptVersion> m_entries;
+    // The paths the engine lists, once it has answered; none when it could not.
+    std::optional<QSet<QString>> m_listed;
+    bool m_filesLoaded = false;
+    TPHistoryRowsModel *m_rows;
+    bool m_loading = false;
+};

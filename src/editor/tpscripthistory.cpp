@@ -1,0 +1,457 @@
+#include "editor/tpscripthistory.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QHash>
+#include <QSet>
+#include <QStandardPaths>
+#include <QTimeZone>
+
+#include <git2.h>
+
+#include <algorithm>
+#include <climits>
+#include <memory>
+#include <tuple>
+#include <vector>
+
+namespace {
+
+// The branch every version is committed to.
+constexpr auto kBranch = "refs/heads/main";
+// How many records go by between two measures of the repository's size.
+constexpr int kRecordsBetweenScans = 16;
+
+template <auto Free>
+struct GitFree
+{
+    template <typename T>
+    void operator()(T *object) const
+    {
+        Free(object);
+    }
+};
+using Repository = std::unique_ptr<git_repository, GitFree<git_repository_free>>;
+using Commit = std::unique_ptr<git_commit, GitFree<git_commit_free>>;
+using Tree = std::unique_ptr<git_tree, GitFree<git_tree_free>>;
+using TreeEntry = std::unique_ptr<git_tree_entry, GitFree<git_tree_entry_free>>;
+using Index = std::unique_ptr<git_index, GitFree<git_index_free>>;
+using Blob = std::unique_ptr<git_blob, GitFree<git_blob_free>>;
+using Signature = std::unique_ptr<git_signature, GitFree<git_signature_free>>;
+using Patch = std::unique_ptr<git_patch, GitFree<git_patch_free>>;
+
+// libgit2 is set up once for the process and kept: versions may be compared or recorded
+// until the very end.
+void ensureLibgit2()
+{
+    static const int initialised = git_libgit2_init();
+    Q_UNUSED(initialised);
+}
+
+Repository openRepository(const QString &folder, bool create)
+{
+    ensureLibgit2();
+    const QByteArray path = QFile::encodeName(folder);
+    git_repository *repository = nullptr;
+    if (git_repository_open_bare(&repository, path.constData()) == 0)
+        return Repository(repository);
+    if (create && git_repository_init(&repository, path.constData(), 1) == 0)
+        return Repository(repository);
+    return nullptr;
+}
+
+QByteArray hex(const git_oid &id)
+{
+    char text[GIT_OID_HEXSZ + 1] = {};
+    git_oid_tostr(text, sizeof text, &id);
+    return QByteArray(text);
+}
+
+Commit lookupCommit(git_repository *repository, const git_oid &id)
+{
+    git_commit *commit = nullptr;
+    return git_commit_lookup(&commit, repository, &id) == 0 ? Commit(commit) : nullptr;
+}
+
+Commit headCommit(git_repository *repository)
+{
+    git_oid id;
+    if (git_reference_name_to_id(&id, repository, kBranch) != 0)
+        return nullptr;
+    return lookupCommit(repository, id);
+}
+
+// A commit's version, from its message: the path on the first line, then "bytes N" and
+// "blob HEX" after a blank line.
+std::optional<TPScriptVersion> versionOf(const git_commit *commit)
+{
+    const QList<QByteArray> lines = QByteArray(git_commit_message(commit)).split('\n');
+    TPScriptVersion version;
+    version.path = QString::fromUtf8(lines.value(0));
+    for (const QByteArray &line : lines) {
+        if (line.startsWith("bytes "))
+            version.size = line.mid(6).toLongLong();
+        else if (line.startsWith("blob "))
+            version.blob = line.mid(5);
+    }
+    if (version.path.isEmpty() || version.blob.size() != GIT_OID_HEXSZ)
+        return std::nullopt;
+    const QTimeZone zone(git_commit_time_offset(commit) * 60);
+    version.time = QDateTime::fromSecsSinceEpoch(git_commit_time(commit), zone);
+    return version;
+}
+
+// Every version in the history, newest first.
+QList<TPScriptVersion> allVersions(git_repository *repository)
+{
+    QList<TPScriptVersion> versions;
+    for (Commit commit = headCommit(repository); commit;) {
+        if (const auto version = versionOf(commit.get()))
+            versions.append(*version);
+        git_commit *parent = nullptr;
+        commit.reset(git_commit_parent(&parent, commit.get(), 0) == 0 ? parent : nullptr);
+    }
+    return versions;
+}
+
+// Commits `blob` as the newest version of `path`, on top of `parent` (none for the first),
+// with `when` as its time. The new commit's id, or none.
+std::optional<git_oid> commitVersion(git_repository *repository, git_index *index,
+                                     const git_commit *parent, const QByteArray &path,
+                                     const git_oid &blob, qint64 size, const git_time &when)
+{
+    git_index_entry entry{};
+    entry.mode = GIT_FILEMODE_BLOB;
+    entry.id = blob;
+    entry.path = path.constData();
+    git_oid treeId;
+    git_tree *tree = nullptr;
+    if (git_index_add(index, &entry) != 0 || git_index_write_tree_to(&treeId, index, repository) ||
+        git_tree_lookup(&tree, repository, &treeId) != 0)
+        return std::nullopt;
+    const Tree ownedTree(tree);
+    git_signature *signature = nullptr;
+    if (git_signature_new(&signature, "TP Companion", "tpcompanion@localhost", when.time,
+                          when.offset) != 0)
+        return std::nullopt;
+    const Signature ownedSignature(signature);
+    const QByteArray message =
+        path + "\n\nbytes " + QByteArray::number(size) + "\nblob " + hex(blob) + '\n';
+    const git_commit *parents[] = {parent};
+    git_oid id;
+    if (git_commit_create(&id, repository, kBranch, signature, signature, nullptr,
+                          message.constData(), tree, parent ? 1 : 0, parents) != 0)
+        return std::nullopt;
+    return id;
+}
+
+// A path git can hold as it is; any other is not recorded.
+bool isRecordablePath(const QString &path)
+{
+    if (path.isEmpty() || path.contains(u'\n') || path.startsWith(u'/') || path.endsWith(u'/'))
+        return false;
+    for (const QString &segment : path.split(u'/')) {
+        if (segment.isEmpty() || segment == QLatin1String(".") || segment == QLatin1String("..") ||
+            segment.compare(QLatin1String(".git"), Qt::CaseInsensitive) == 0)
+            return false;
+    }
+    return true;
+}
+
+Patch makePatch(const QByteArray &older, const QByteArray &newer, quint32 contextLines)
+{
+    ensureLibgit2();
+    git_diff_options options = GIT_DIFF_OPTIONS_INIT;
+    options.flags = GIT_DIFF_FORCE_TEXT;
+    options.context_lines = contextLines;
+    git_patch *patch = nullptr;
+    if (git_patch_from_buffers(&patch, older.constData(), size_t(older.size()), nullptr,
+                               newer.constData(), size_t(newer.size()), nullptr, &options) != 0)
+        return nullptr;
+    return Patch(patch);
+}
+
+// The lines of `bytes`, without their endings.
+QList<TPDiffLine> unchangedLines(const QByteArray &bytes)
+{
+    QList<TPDiffLine> lines;
+    QList<QByteArray> parts = bytes.split('\n');
+    if (!parts.isEmpty() && parts.last().isEmpty())
+        parts.removeLast();
+    for (QByteArray &part : parts) {
+        if (part.endsWith('\r'))
+            part.chop(1);
+        lines.append({' ', QString::fromUtf8(part)});
+    }
+    return lines;
+}
+
+} // namespace
+
+TPScriptHistory::TPScriptHistory(const QString &folder, qint64 limitBytes)
+    : m_folder(folder), m_limitBytes(limitBytes)
+{
+    ensureLibgit2();
+    m_worker.setMaxThreadCount(1);
+}
+
+TPScriptHistory::~TPScriptHistory()
+{
+    m_worker.waitForDone();
+}
+
+TPScriptHistory *TPScriptHistory::shared()
+{
+    // Never destroyed: a record may still be under way while static objects go away.
+    static TPScriptHistory *const history =
+        new TPScriptHistory(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) +
+                            QStringLiteral("/history"));
+    return history;
+}
+
+void TPScriptHistory::record(const QString &path, const QByteArray &bytes)
+{
+    m_worker.start([this, path, bytes] {
+        recordNow(path, bytes);
+        keepWithinLimit();
+    });
+}
+
+template <typename Result>
+void TPScriptHistory::answer(QObject *context, std::function<void(const Result &)> done,
+                             std::function<Result()> work)
+{
+    QPointer<QObject> receiver(context);
+    m_worker.start([receiver, done = std::move(done), work = std::move(work)] {
+        Result result = work();
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [receiver, done, result = std::move(result)] {
+                if (receiver)
+                    done(result);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+QList<TPScriptVersion> TPScriptHistory::versionsNow(const QString &path,
+                                                    const std::optional<QByteArray> &current) const
+{
+    QList<TPScriptVersion> found;
+    const Repository repository = openRepository(m_folder, false);
+    if (!repository)
+        return found;
+    for (TPScriptVersion &version : allVersions(repository.get())) {
+        if (version.path != path)
+            continue;
+        git_oid id;
+        git_blob *blob = nullptr;
+        if (current && found.size() < MaxCompared &&
+            git_oid_fromstr(&id, version.blob.constData()) == 0 &&
+            git_blob_lookup(&blob, repository.get(), &id) == 0) {
+            const Blob owned(blob);
+            std::tie(version.added, version.removed) = lineChanges(
+                *current,
+                QByteArray::fromRawData(static_cast<const char *>(git_blob_rawcontent(blob)),
+                                        qsizetype(git_blob_rawsize(blob))));
+        }
+        found.append(version);
+    }
+    return found;
+}
+
+void TPScriptHistory::versions(const QString &path, QObject *context,
+                               std::function<void(const QList<TPScriptVersion> &)> done)
+{
+    answer<QList<TPScriptVersion>>(context, std::move(done),
+                                   [this, path] { return versionsNow(path, std::nullopt); });
+}
+
+void TPScriptHistory::versionsAgainst(const QString &path, const QByteArray &current,
+                                      QObject *context,
+                                      std::function<void(const QList<TPScriptVersion> &)> done)
+{
+    answer<QList<TPScriptVersion>>(context, std::move(done),
+                                   [this, path, current] { return versionsNow(path, current); });
+}
+
+void TPScriptHistory::files(QObject *context,
+                            std::function<void(const QList<TPScriptVersion> &)> done)
+{
+    answer<QList<TPScriptVersion>>(context, std::move(done), [this] {
+        QList<TPScriptVersion> newest;
+        QSet<QString> seen;
+        if (const Repository repository = openRepository(m_folder, false)) {
+            for (const TPScriptVersion &version : allVersions(repository.get())) {
+                if (!seen.contains(version.path)) {
+                    seen.insert(version.path);
+                    newest.append(version);
+                }
+            }
+        }
+        return newest;
+    });
+}
+
+void TPScriptHistory::contents(const QByteArray &blob, QObject *context,
+                               std::function<void(const std::optional<QByteArray> &)> done)
+{
+    answer<std::optional<QByteArray>>(
+        context, std::move(done), [this, blob]() -> std::optional<QByteArray> {
+            const Repository repository = openRepository(m_folder, false);
+            git_oid id;
+            git_blob *found = nullptr;
+            if (!repository || git_oid_fromstrn(&id, blob.constData(), size_t(blob.size())) ||
+                git_blob_lookup(&found, repository.get(), &id) != 0)
+                return std::nullopt;
+            const Blob owned(found);
+            return QByteArray(static_cast<const char *>(git_blob_rawcontent(found)),
+                              qsizetype(git_blob_rawsize(found)));
+        });
+}
+
+void TPScriptHistory::waitForIdle()
+{
+    m_worker.waitForDone();
+}
+
+qint64 TPScriptHistory::sizeOnDisk() const
+{
+    qint64 size = 0;
+    QDirIterator files(m_folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        files.next();
+        size += files.fileInfo().size();
+    }
+    return size;
+}
+
+void TPScriptHistory::recordNow(const QString &path, const QByteArray &bytes)
+{
+    if (!isRecordablePath(path))
+        return;
+    const QByteArray gitPath = path.toUtf8();
+    const Repository repository = openRepository(m_folder, true);
+    git_oid blob;
+    if (!repository || git_blob_create_from_buffer(&blob, repository.get(), bytes.constData(),
+                                                   size_t(bytes.size())) != 0)
+        return;
+    const Commit head = headCommit(repository.get());
+    git_tree *tree = nullptr;
+    if (head && git_commit_tree(&tree, head.get()) != 0)
+        return;
+    const Tree ownedTree(tree);
+    git_tree_entry *entry = nullptr;
+    if (tree && git_tree_entry_bypath(&entry, tree, gitPath.constData()) == 0) {
+        const TreeEntry ownedEntry(entry);
+        // The newest version already has these bytes.
+        if (git_oid_equal(git_tree_entry_id(entry), &blob))
+            return;
+    }
+    git_index *index = nullptr;
+    if (git_index_new(&index) != 0)
+        return;
+    const Index ownedIndex(index);
+    if (tree && git_index_read_tree(index, tree) != 0)
+        return;
+    const QDateTime now = QDateTime::currentDateTime();
+    const git_time when{now.toSecsSinceEpoch(), now.offsetFromUtc() / 60, '+'};
+    commitVersion(repository.get(), index, head.get(), gitPath, blob, bytes.size(), when);
+}
+
+void TPScriptHistory::keepWithinLimit()
+{
+    if (m_knownSize < 0 || ++m_recordsSinceScan >= kRecordsBetweenScans) {
+        m_knownSize = sizeOnDisk();
+        m_recordsSinceScan = 0;
+    }
+    for (int kept = KeptVersions; m_knownSize > m_limitBytes && kept >= 1; kept /= 2) {
+        const Repository old = openRepository(m_folder, false);
+        if (!old)
+            return;
+        // Oldest first, each marked kept when it is among the newest `kept` of its file.
+        QList<TPScriptVersion> versions = allVersions(old.get());
+        std::reverse(versions.begin(), versions.end());
+        QHash<QString, int> left;
+        for (const TPScriptVersion &version : versions)
+            ++left[version.path];
+
+        const QString rewritten = m_folder + QStringLiteral(".new");
+        QDir(rewritten).removeRecursively();
+        const Repository fresh = openRepository(rewritten, true);
+        git_index *index = nullptr;
+        if (!fresh || git_index_new(&index) != 0)
+            return;
+        const Index ownedIndex(index);
+        Commit parent;
+        for (const TPScriptVersion &version : versions) {
+            if (left[version.path]-- > kept)
+                continue;
+            git_oid id;
+            git_blob *blob = nullptr;
+            if (git_oid_fromstr(&id, version.blob.constData()) != 0 ||
+                git_blob_lookup(&blob, old.get(), &id) != 0)
+                continue;
+            const Blob ownedBlob(blob);
+            git_oid copied;
+            if (git_blob_create_from_buffer(&copied, fresh.get(), git_blob_rawcontent(blob),
+                                            size_t(git_blob_rawsize(blob))) != 0)
+                return;
+            const git_time when{version.time.toSecsSinceEpoch(), version.time.offsetFromUtc() / 60,
+                                '+'};
+            const auto commit = commitVersion(fresh.get(), index, parent.get(),
+                                              version.path.toUtf8(), copied, version.size, when);
+            if (!commit)
+                return;
+            parent = lookupCommit(fresh.get(), *commit);
+        }
+        // The rewritten history takes the old one's place; a crash in between leaves one of
+        // the two whole.
+        const QString previous = m_folder + QStringLiteral(".old");
+        QDir(previous).removeRecursively();
+        if (!QDir().rename(m_folder, previous) || !QDir().rename(rewritten, m_folder))
+            return;
+        QDir(previous).removeRecursively();
+        m_knownSize = sizeOnDisk();
+    }
+}
+
+std::pair<int, int> TPScriptHistory::lineChanges(const QByteArray &older, const QByteArray &newer)
+{
+    const Patch patch = makePatch(older, newer, 0);
+    size_t context = 0;
+    size_t added = 0;
+    size_t removed = 0;
+    if (!patch || git_patch_line_stats(&context, &added, &removed, patch.get()) != 0)
+        return {0, 0};
+    return {int(added), int(removed)};
+}
+
+QList<TPDiffLine> TPScriptHistory::compare(const QByteArray &older, const QByteArray &newer)
+{
+    // The whole text as context, so that every line is shown in its place.
+    const Patch patch = makePatch(older, newer, INT_MAX);
+    if (!patch || git_patch_num_hunks(patch.get()) == 0)
+        return unchangedLines(newer);
+    QList<TPDiffLine> lines;
+    for (size_t hunk = 0; hunk < git_patch_num_hunks(patch.get()); ++hunk) {
+        const int count = git_patch_num_lines_in_hunk(patch.get(), hunk);
+        for (int at = 0; at < count; ++at) {
+            const git_diff_line *line = nullptr;
+            if (git_patch_get_line_in_hunk(&line, patch.get(), hunk, size_t(at)) != 0)
+                continue;
+            if (line->origin != GIT_DIFF_LINE_CONTEXT && line->origin != GIT_DIFF_LINE_ADDITION &&
+                line->origin != GIT_DIFF_LINE_DELETION)
+                continue;
+            QByteArray text(line->content, qsizetype(line->content_len));
+            if (text.endsWith('\n'))
+                text.chop(1);
+            if (text.endsWith('\r'))
+                text.chop(1);
+            lines.append({line->origin, QString::fromUtf8(text)});
+        }
+    }
+    return lines;
+}

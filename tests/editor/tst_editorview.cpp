@@ -1,0 +1,622 @@
+#include "app/tpqmlmodules.h"
+#include "editor/tpcodeeditor.h"
+#include "editor/tpeditorvc.h"
+#include "editor/tplinegutter.h"
+#include "platform/tpnavigationstack.h"
+#include "platform/tptheme.h"
+#include "scripts/tpscriptslistvc.h"
+#include "settings/tpsettingsstore.h"
+#include "tpquicktestutil.h"
+#include "tpscreenfixture.h"
+
+#include <QFontMetricsF>
+#include <QQuickItem>
+#include <QQuickStyle>
+#include <QQuickView>
+#include <QSignalSpy>
+#include <QTest>
+
+// The editor as a person uses it: its real view on the offscreen platform, the file read
+// from and saved to a recording engine on loopback.
+class TestEditorView : public QObject
+{
+    Q_OBJECT
+
+    TPScreenFixture m_fixture{"tst_editorview"};
+    std::unique_ptr<TPNavigationStack> m_stack;
+    std::unique_ptr<QQuickView> m_view;
+    TPEditorVC *m_editor = nullptr;
+
+    // Serves `content` for reads and 200 for every save.
+    void serve(const QByteArray &content, int delayMs = 0)
+    {
+        m_fixture.engine->setResponder([content, delayMs](const TPRecordedRequest &request) {
+            TPScriptedAnswer answer =
+                request.method == "GET" ? TPScriptedAnswer::ok(content) : TPScriptedAnswer::ok();
+            answer.delayMs = request.method == "GET" ? delayMs : 0;
+            return answer;
+        });
+    }
+
+    // The editor on `path`, in a navigation stack shown in a phone-sized window, with its
+    // file read.
+    bool open(const QString &path, bool waitForText = true)
+    {
+        m_stack = std::make_unique<TPNavigationStack>(new TPScriptsListVC(QString()),
+                                                      m_fixture.presenter.get());
+        m_view = std::make_unique<QQuickView>();
+        m_view->setInitialProperties(
+            {{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}});
+        m_view->setResizeMode(QQuickView::SizeRootObjectToView);
+        m_view->resize(390, 700);
+        m_view->setSource(QUrl(
+            QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Platform/NavigationView.qml")));
+        if (!m_view->rootObject())
+            return false;
+        m_view->show();
+        if (!QTest::qWaitForWindowExposed(m_view.get()))
+            return false;
+        m_editor = new TPEditorVC(path);
+        m_stack->setVisible(true);
+        m_stack->pushViewController(m_editor);
+        // The page slides in; taps land where it comes to rest.
+        QQuickItem *pages = item(QStringLiteral("pages"));
+        if (!pages || !QTest::qWaitFor([pages] {
+                return pages->property("depth").toInt() == 2 && !pages->property("busy").toBool();
+            }))
+            return false;
+        return !waitForText || QTest::qWaitFor([this] { return !m_editor->loading(); });
+    }
+
+    QQuickItem *item(const QString &name) const { return TPFindItem(m_view->rootObject(), name); }
+
+    void click(const QString &name)
+    {
+        QQuickItem *target = item(name);
+        QVERIFY2(target && target->isVisible(), qPrintable(name));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(target));
+    }
+
+    // Puts the cursor at `position` of the text item and gives it the keyboard.
+    void placeCursor(int position)
+    {
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        editor->forceActiveFocus();
+        editor->setProperty("cursorPosition", position);
+    }
+
+    // Types ASCII text key by key into whatever has the keyboard.
+    void typeText(const QString &text)
+    {
+        for (const QChar c : text)
+            QTest::keyClick(m_view.get(), c.toLatin1());
+    }
+
+    int documentLength() const
+    {
+        return item(QStringLiteral("editor"))->property("length").toInt();
+    }
+
+    QByteArray saveAndTakeBody()
+    {
+        m_fixture.engine->clearRequests();
+        click(QStringLiteral("saveButton"));
+        if (!QTest::qWaitFor(
+                [this] { return !m_fixture.requestsTo(QStringLiteral("/script")).isEmpty(); }))
+            return "(no save)";
+        return m_fixture.requestsTo(QStringLiteral("/script")).first().body;
+    }
+
+private slots:
+    void initTestCase() { QQuickStyle::setStyle(QStringLiteral("Basic")); }
+    void init() { QVERIFY(m_fixture.setUp()); }
+    void cleanup()
+    {
+        m_view.reset();
+        m_stack.reset();
+    }
+
+    void openingAndSavingSendsBackTheBytesRead_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::newRow("crlf") << QByteArray("a = 1\r\nb = 2\r\n");
+        QTest::newRow("cr") << QByteArray("a = 1\rb = 2\r");
+        QTest::newRow("mixed endings") << QByteArray("a\r\nb\nc\rd\r\n\n\r");
+        QTest::newRow("no-break space") << QByteArray("s = \"a\xc2\xa0"
+                                                      "b\"\n");
+        QTest::newRow("line separator") << QByteArray("-- a\xe2\x80\xa8"
+                                                      "b\n");
+        QTest::newRow("paragraph separator") << QByteArray("-- a\xe2\x80\xa9"
+                                                           "b\n");
+        QTest::newRow("byte-order mark") << QByteArray("\xef\xbb\xbfprint(1)\n");
+        QTest::newRow("tabs") << QByteArray("if x then\n\tprint(1)\n\t\tend\n");
+        QTest::newRow("no final newline") << QByteArray("print(1)");
+        QByteArray big;
+        while (big.size() < 1024 * 1024)
+            big += "local v = \"\xc2\xa0\" -- \xe2\x80\xa8 tap(1, 2)\r\n\tsleep(5)\r";
+        QTest::newRow("1 MB") << big;
+    }
+
+    void openingAndSavingSendsBackTheBytesRead()
+    {
+        QFETCH(QByteArray, file);
+        serve(file);
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QTRY_VERIFY(documentLength() > 0);
+        QCOMPARE(saveAndTakeBody(), file);
+    }
+
+    void oneCharacterTypedAtTheEndOfACrlfFileIsAllThatChanges()
+    {
+        const QByteArray file = "a = 1\r\nb = 2\r\n";
+        serve(file);
+        QVERIFY(open(QStringLiteral("a.lua")));
+        placeCursor(documentLength());
+        QTest::keyClick(m_view.get(), Qt::Key_X);
+        QCOMPARE(saveAndTakeBody(), file + "x");
+    }
+
+    void enterTypesTheFileLineEndingAndIndentation()
+    {
+        serve("for i = 1, 3 do\r\n    tap(i, i)\r\nend\r\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        placeCursor(15); // after "do"
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        typeText(QStringLiteral("print(i"));
+        QCOMPARE(saveAndTakeBody(),
+                 QByteArray("for i = 1, 3 do\r\n    print(i)\r\n    tap(i, i)\r\nend\r\n"));
+    }
+
+    // Opening Find gives the search field the keyboard.
+    void openingFindFocusesTheSearchField()
+    {
+        serve("print(1)\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        click(QStringLiteral("findButton"));
+        QQuickItem *field = item(QStringLiteral("findField"));
+        QVERIFY(field);
+        QTRY_VERIFY(field->hasActiveFocus());
+        QTest::keyClick(m_view.get(), Qt::Key_P);
+        QTRY_COMPARE(m_editor->code()->find()->query(), QStringLiteral("p"));
+    }
+
+    // A keyboard's shortcuts: Ctrl+S saves, Ctrl+F finds, Ctrl+G goes to a line, Ctrl+Z and
+    // Ctrl+Shift+Z undo and redo.
+    void keyboardShortcutsSaveFindGoToAndUndo()
+    {
+        serve("print(1)\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        placeCursor(0);
+        typeText(QStringLiteral("x"));
+        QTRY_COMPARE(m_editor->text(), QStringLiteral("xprint(1)\n"));
+        QTest::keyClick(m_view.get(), Qt::Key_Z, Qt::ControlModifier);
+        QTRY_COMPARE(m_editor->text(), QStringLiteral("print(1)\n"));
+        QTest::keyClick(m_view.get(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        QTRY_COMPARE(m_editor->text(), QStringLiteral("xprint(1)\n"));
+
+        m_fixture.engine->clearRequests();
+        QTest::keyClick(m_view.get(), Qt::Key_S, Qt::ControlModifier);
+        QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/script")).size(), 1);
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/script")).first().body,
+                 QByteArray("xprint(1)\n"));
+        QTRY_VERIFY(m_fixture.alert());
+        m_fixture.alert()->triggerAction(0);
+
+        QTest::keyClick(m_view.get(), Qt::Key_F, Qt::ControlModifier);
+        QTRY_VERIFY(item(QStringLiteral("findField"))->hasActiveFocus());
+        QTest::keyClick(m_view.get(), Qt::Key_G, Qt::ControlModifier);
+        QTRY_VERIFY(item(QStringLiteral("goToLineField"))->hasActiveFocus());
+    }
+
+    // Going to a line shows it in the middle of the text's area, not at its edge.
+    void goingToALineCentresIt()
+    {
+        QByteArray script;
+        for (int line = 1; line <= 200; ++line)
+            script += "print(" + QByteArray::number(line) + ")\n";
+        serve(script);
+        QVERIFY(open(QStringLiteral("long.lua")));
+        QQuickItem *flick = item(QStringLiteral("editorFlickable"));
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        m_editor->code()->goToLine(120);
+        QTRY_VERIFY(flick->property("contentY").toReal() > 0);
+        const QRectF cursor = editor->property("cursorRectangle").toRectF();
+        const qreal middle = flick->property("contentY").toReal() + flick->height() / 2;
+        QVERIFY2(
+            qAbs(cursor.center().y() - middle) <= cursor.height(),
+            qPrintable(
+                QStringLiteral("line at %1, middle at %2").arg(cursor.center().y()).arg(middle)));
+    }
+
+    // A word that closes a block, typed at the start of the line Enter indented, moves the
+    // line back one level, as Enter moved it in; one undo moves it in again.
+    void typingAClosingWordAtTheLineStartMovesItBackALevel_data()
+    {
+        QTest::addColumn<QByteArray>("opening");
+        QTest::addColumn<QString>("closing");
+        QTest::newRow("end") << QByteArray("if a then\n    b()") << "end";
+        QTest::newRow("else") << QByteArray("if a then\n    b()") << "else";
+        QTest::newRow("elseif") << QByteArray("if a then\n    b()") << "elseif";
+        QTest::newRow("until") << QByteArray("repeat\n    b()") << "until";
+        QTest::newRow("brace") << QByteArray("t = {\n    1,") << "}";
+    }
+    void typingAClosingWordAtTheLineStartMovesItBackALevel()
+    {
+        QFETCH(QByteArray, opening);
+        QFETCH(QString, closing);
+        serve(opening);
+        QVERIFY(open(QStringLiteral("block.lua")));
+        placeCursor(int(opening.size()));
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        typeText(closing);
+        const QString outdented = QString::fromUtf8(opening) + u'\n' + closing;
+        QTRY_COMPARE(m_editor->text(), outdented);
+        QTRY_COMPARE(item(QStringLiteral("editor"))->property("text").toString(), outdented);
+        // "elseif" is "else", moved back, then "if" typed after it: undo takes the "if".
+        if (closing == QLatin1String("elseif"))
+            return;
+        m_editor->code()->undo();
+        QCOMPARE(m_editor->text(), QString::fromUtf8(opening) + QStringLiteral("\n    ") + closing);
+    }
+
+    // Words that do not close a block, and closing words not at the line's start, stay.
+    void otherWordsKeepTheirIndentation()
+    {
+        serve("if a then\n    b()");
+        QVERIFY(open(QStringLiteral("block.lua")));
+        placeCursor(17);
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        typeText(QStringLiteral("x = end"));
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        typeText(QStringLiteral("en"));
+        QCOMPARE(saveAndTakeBody(), QByteArray("if a then\n    b()\n    x = end\n    en"));
+    }
+
+    void closingCharacterTypesOverTheAutomaticOne()
+    {
+        serve("");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        placeCursor(0);
+        typeText(QStringLiteral("f(\"a\")"));
+        QCOMPARE(m_editor->text(), QStringLiteral("f(\"a\")"));
+    }
+
+    // A tab character shows as wide as one indent step, as the Tab key indents.
+    void aTabShowsAsWideAsOneIndentStep_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<int>("columns");
+        QTest::newRow("four-space file") << QByteArray("if a then\n    b()\nend\n\tx = 1\n") << 4;
+        QTest::newRow("two-space file") << QByteArray("if a then\n  b()\nend\n\tx = 1\n") << 2;
+        QTest::newRow("tab-indented file") << QByteArray("if a then\n\tb()\nend\n\tx = 1\n") << 4;
+    }
+    void aTabShowsAsWideAsOneIndentStep()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(int, columns);
+        serve(content);
+        QVERIFY(open(QStringLiteral("tabs.lua")));
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        QVERIFY(editor);
+        QTRY_COMPARE(editor->property("text").toString(), QString::fromUtf8(content));
+        const qreal space = QFontMetricsF(m_editor->font()).horizontalAdvance(QLatin1Char(' '));
+        // The line "\tx = 1" starts after the three lines before it.
+        const int tab = int(content.lastIndexOf('\t'));
+        QRectF before;
+        QRectF after;
+        QMetaObject::invokeMethod(editor, "positionToRectangle", Q_RETURN_ARG(QRectF, before),
+                                  Q_ARG(int, tab));
+        QMetaObject::invokeMethod(editor, "positionToRectangle", Q_RETURN_ARG(QRectF, after),
+                                  Q_ARG(int, tab + 1));
+        QVERIFY2(qAbs((after.x() - before.x()) - columns * space) < 1.0,
+                 qPrintable(QStringLiteral("%1 wide, not %2")
+                                .arg(after.x() - before.x())
+                                .arg(columns * space)));
+    }
+
+    void linesWrapByDefaultAndTheToggleIsRemembered()
+    {
+        serve("x = 1\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        QVERIFY(editor->property("wrapMode").toInt() != 0);
+        click(QStringLiteral("wrapButton"));
+        QTRY_COMPARE(editor->property("wrapMode").toInt(), 0);
+        QCOMPARE(QSettings().value(QLatin1String(TPEditorVC::WrapKey)).toBool(), false);
+        QVERIFY(!TPEditorVC(QStringLiteral("b.lua")).wrap());
+        // The app's own key is never part of the engine's settings document.
+        QVERIFY(!TPSettingsStore::settingsDocument().contains(QLatin1String(TPEditorVC::WrapKey)));
+        QVERIFY(!QByteArray(TPEditorVC::WrapKey).isEmpty());
+        QVERIFY(QByteArray(TPEditorVC::WrapKey).startsWith("tp_"));
+    }
+
+    void gutterNumbersStayOnTheirLinesWithAndWithoutWrap()
+    {
+        serve("-- " + QByteArray(300, 'w') + "\nsecond = 2\nthird = 3\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        auto *gutter = qobject_cast<TPLineGutter *>(item(QStringLiteral("gutter")));
+        QVERIFY(gutter);
+        QTRY_COMPARE(gutter->visibleNumbers().value(1).first, 2);
+        const qreal rowHeight = QFontMetricsF(m_editor->font()).height();
+        const auto wrapped = gutter->visibleNumbers();
+        // The long first line takes several rows, so line 2 starts well below row 2.
+        QVERIFY(wrapped.at(1).second - wrapped.at(0).second > 2.5 * rowHeight);
+        click(QStringLiteral("wrapButton"));
+        QTRY_VERIFY(gutter->visibleNumbers().value(1).second -
+                        gutter->visibleNumbers().value(0).second <
+                    1.5 * rowHeight);
+        QCOMPARE(gutter->visibleNumbers().value(2).first, 3);
+    }
+
+    // New lines, and lines pushed down by them, are coloured as they are typed, in the frame.
+    void aKeywordTypedOnANewLineIsColouredOnScreen()
+    {
+        serve("x = 1");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        const QColor keyword = TPTheme::shared()->syntaxColors().keyword;
+        QVERIFY(keyword.isValid());
+        const qreal rowHeight = QFontMetricsF(m_editor->font()).height();
+        // Pixels of the keyword's colour on the text's row `row` (from 0).
+        const auto keywordInkOnRow = [&](int row) {
+            const QImage shot = m_view->grabWindow();
+            const QPointF origin = editor->mapToScene(QPointF(
+                editor->property("leftPadding").toReal(), editor->property("topPadding").toReal()));
+            int ink = 0;
+            for (int y = int(origin.y() + row * rowHeight);
+                 y < int(origin.y() + (row + 1) * rowHeight); ++y) {
+                for (int x = int(origin.x()); x < shot.width() - 10; ++x) {
+                    const QColor pixel = shot.pixelColor(x, y);
+                    ink += qAbs(pixel.red() - keyword.red()) < 24 &&
+                                   qAbs(pixel.green() - keyword.green()) < 24 &&
+                                   qAbs(pixel.blue() - keyword.blue()) < 24
+                               ? 1
+                               : 0;
+                }
+            }
+            return ink;
+        };
+        QCOMPARE(keywordInkOnRow(0), 0);
+        placeCursor(documentLength());
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        typeText(QStringLiteral("local y"));
+        QTRY_VERIFY(keywordInkOnRow(1) > 0);
+        // A new line above pushes the typed one down; both stay coloured.
+        placeCursor(0);
+        typeText(QStringLiteral("return"));
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        QTRY_VERIFY(keywordInkOnRow(0) > 0);
+        QTRY_VERIFY(keywordInkOnRow(2) > 0);
+    }
+
+    void turningWrapOffRedrawsTheLines()
+    {
+        serve("-- " + QByteArray(300, 'w') + "\nx\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        const qreal rowHeight = QFontMetricsF(m_editor->font()).height();
+        // The third row of the text: wrapped, the long first line still fills it.
+        const auto inkOnThirdRow = [&] {
+            const QImage shot = m_view->grabWindow();
+            const QPointF origin = editor->mapToScene(
+                QPointF(editor->property("leftPadding").toReal(),
+                        editor->property("topPadding").toReal() + 2.5 * rowHeight));
+            // Ink is whatever is far from the page's colour, in either appearance.
+            const int page = qGray(TPTheme::shared()->background().rgb());
+            int ink = 0;
+            for (int x = int(origin.x()) + 20; x < shot.width() - 10; ++x)
+                ink += qAbs(qGray(shot.pixel(x, int(origin.y()))) - page) > 100 ? 1 : 0;
+            return ink;
+        };
+        QTRY_VERIFY(inkOnThirdRow() > 0);
+        click(QStringLiteral("wrapButton"));
+        QTRY_COMPARE(inkOnThirdRow(), 0);
+    }
+
+    // The number of the line that holds the cursor is drawn in the label colour, the others
+    // in the gutter's grey; it follows the cursor.
+    void theCursorsLineNumberIsHighlightedInTheGutter()
+    {
+        serve("a = 1\nb = 2\nc = 3\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        auto *gutter = qobject_cast<TPLineGutter *>(item(QStringLiteral("gutter")));
+        const QColor strong = gutter->property("currentNumberColor").value<QColor>();
+        const QColor grey = gutter->property("numberColor").value<QColor>();
+        QVERIFY(TPTheme::contrast(strong, grey) > 2);
+        // Pixels of a number's box that are nearer the label colour than the grey is.
+        const auto strongInk = [&](int number) {
+            const QImage shot = m_view->grabWindow();
+            for (const auto &[shown, y] : gutter->visibleNumbers()) {
+                if (shown != number)
+                    continue;
+                const QRectF box = gutter->mapRectToScene(gutter->numberRect(number, y));
+                int ink = 0;
+                for (int py = int(box.top()); py < int(box.bottom()); ++py) {
+                    for (int px = int(box.left()); px < int(box.right()); ++px)
+                        ink += TPTheme::contrast(shot.pixelColor(px, py), strong) < 1.5 ? 1 : 0;
+                }
+                return ink;
+            }
+            return -1;
+        };
+        placeCursor(8);
+        QTRY_VERIFY(strongInk(2) > 0);
+        QCOMPARE(strongInk(1), 0);
+        QCOMPARE(strongInk(3), 0);
+        placeCursor(13);
+        QTRY_VERIFY(strongInk(3) > 0);
+        QCOMPARE(strongInk(2), 0);
+    }
+
+    void aSyntaxErrorIsMarkedInTheGutterWithItsMessage()
+    {
+        serve("for i = 1, 3 do\n  tap(i, i)\n");
+        QVERIFY(open(QStringLiteral("bad.lua")));
+        auto *gutter = qobject_cast<TPLineGutter *>(item(QStringLiteral("gutter")));
+        QTRY_COMPARE_WITH_TIMEOUT(gutter->property("errorLine").toInt(), 3, 5000);
+        QQuickItem *message = item(QStringLiteral("syntaxMessage"));
+        QVERIFY(message->isVisible());
+        QCOMPARE(message->property("text").toString(),
+                 QStringLiteral("bad.lua:3: 'end' expected (to close 'for' at line 1) near <eof>"));
+        // Information only: Save still sends the text as it is.
+        QCOMPARE(saveAndTakeBody(), QByteArray("for i = 1, 3 do\n  tap(i, i)\n"));
+    }
+
+    // From line 10 on, numbers have two digits or more; the error dot has a column of its
+    // own and covers none of them.
+    void theErrorDotCoversNoDigitOfALineNumber()
+    {
+        QByteArray script;
+        for (int line = 1; line < 12; ++line)
+            script += "print(" + QByteArray::number(line) + ")\n";
+        script += "for i = 1, 3 do\n";
+        serve(script);
+        QVERIFY(open(QStringLiteral("long.lua")));
+        auto *gutter = qobject_cast<TPLineGutter *>(item(QStringLiteral("gutter")));
+        QTRY_COMPARE_WITH_TIMEOUT(gutter->property("errorLine").toInt(), 13, 5000);
+        const auto numbers = gutter->visibleNumbers();
+        QVERIFY(numbers.size() >= 13);
+        for (const auto &[number, y] : numbers) {
+            QVERIFY2(gutter->dotRect(y).right() < gutter->numberRect(number, y).left(),
+                     qPrintable(QString::number(number)));
+            QVERIFY(gutter->numberRect(number, y).left() >= 0);
+        }
+    }
+
+    // A tap on the syntax message takes the cursor to the line it is about.
+    void tappingTheSyntaxMessageGoesToItsLine()
+    {
+        serve("print(1)\nprint(2)\nfor i = 1, 3 do\n");
+        QVERIFY(open(QStringLiteral("bad.lua")));
+        QTRY_COMPARE_WITH_TIMEOUT(m_editor->code()->syntaxErrorLine(), 4, 5000);
+        QCOMPARE(m_editor->code()->buffer()->selection().second, 0);
+        click(QStringLiteral("syntaxMessageBar"));
+        QTRY_COMPARE(m_editor->code()->buffer()->selection().second,
+                     qsizetype(QByteArray("print(1)\nprint(2)\nfor i = 1, 3 do\n").size()));
+    }
+
+    void validCodeShowsNoMarkAndNoMessage()
+    {
+        serve("print(1)\n");
+        QVERIFY(open(QStringLiteral("good.lua")));
+        QSignalSpy checked(m_editor->code(), &TPCodeEditor::syntaxChecked);
+        QVERIFY(checked.wait(5000));
+        QCOMPARE(item(QStringLiteral("gutter"))->property("errorLine").toInt(), 0);
+        QVERIFY(!item(QStringLiteral("syntaxMessage"))->isVisible());
+    }
+
+    void theSymbolRowShowsWithTheKeyboardAndTypesAtTheCursor()
+    {
+        serve("x 1\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QVERIFY(!item(QStringLiteral("symbolRow"))->isVisible());
+        m_editor->keyboardWillChangeFrame(QRectF(0, 400, 390, 300), 700);
+        QTRY_VERIFY(item(QStringLiteral("symbolRow"))->isVisible());
+        placeCursor(2);
+        click(QStringLiteral("symbolKey_="));
+        QCOMPARE(m_editor->text(), QStringLiteral("x =1\n"));
+        m_editor->keyboardWillHide();
+        QTRY_VERIFY(!item(QStringLiteral("symbolRow"))->isVisible());
+    }
+
+    // Without an on-screen keyboard (a desktop, a hardware keyboard) the tools' button
+    // shows the row; its keys type where the cursor is, and a second tap hides it.
+    void theSymbolKeysButtonShowsTheRowWithoutAKeyboard()
+    {
+        serve("x 1\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QQuickItem *row = item(QStringLiteral("symbolRow"));
+        QVERIFY(!row->isVisible());
+        QCOMPARE(item(QStringLiteral("symbolsButton"))->property("checked").toBool(), false);
+        placeCursor(2);
+        click(QStringLiteral("symbolsButton"));
+        QTRY_VERIFY(row->isVisible());
+        QVERIFY(m_editor->symbolRowShown());
+        QCOMPARE(item(QStringLiteral("symbolsButton"))->property("checked").toBool(), true);
+        // The text keeps the keyboard and its cursor.
+        QVERIFY(item(QStringLiteral("editor"))->hasActiveFocus());
+        QTRY_VERIFY(TPFindShownItem(row, QStringLiteral("symbolKey_=")));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {},
+                          TPCentreOf(TPFindShownItem(row, QStringLiteral("symbolKey_="))));
+        QCOMPARE(m_editor->text(), QStringLiteral("x =1\n"));
+        // The row's keys are a finger wide and tall each, and the text stops above the row.
+        QVERIFY2(TPTouchTargetFaults(row).isEmpty(),
+                 qPrintable(TPTouchTargetFaults(row).join(u'\n')));
+        const QQuickItem *bar = item(QStringLiteral("syntaxMessageBar"));
+        QCOMPARE(bar->mapToScene(QPointF(0, bar->height())).y(), row->mapToScene(QPointF()).y());
+        click(QStringLiteral("symbolsButton"));
+        QTRY_VERIFY(!row->isVisible());
+    }
+
+    void undoAndRedoButtonsTakeBackAndRedoTyping()
+    {
+        serve("a\r\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QVERIFY(!item(QStringLiteral("undoButton"))->isEnabled());
+        placeCursor(1);
+        typeText(QStringLiteral("bc"));
+        QCOMPARE(m_editor->text(), QStringLiteral("abc\r\n"));
+        click(QStringLiteral("undoButton"));
+        QCOMPARE(m_editor->text(), QStringLiteral("a\r\n"));
+        click(QStringLiteral("redoButton"));
+        QCOMPARE(m_editor->text(), QStringLiteral("abc\r\n"));
+    }
+
+    void findBarFindsCountsAndReplaces()
+    {
+        serve("tap(1, 1)\r\ntap(2, 2)\r\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QVERIFY(!item(QStringLiteral("findBar"))->isVisible());
+        click(QStringLiteral("findButton"));
+        QTRY_VERIFY(item(QStringLiteral("findBar"))->isVisible());
+        click(QStringLiteral("findField"));
+        typeText(QStringLiteral("tap"));
+        QTRY_COMPARE(item(QStringLiteral("matchCount"))->property("text").toString(),
+                     QStringLiteral("0/2"));
+        click(QStringLiteral("findNext"));
+        QTRY_COMPARE(item(QStringLiteral("matchCount"))->property("text").toString(),
+                     QStringLiteral("1/2"));
+        click(QStringLiteral("replaceField"));
+        typeText(QStringLiteral("touch"));
+        click(QStringLiteral("replaceAll"));
+        QCOMPARE(saveAndTakeBody(), QByteArray("touch(1, 1)\r\ntouch(2, 2)\r\n"));
+    }
+
+    void goToLineMovesTheCursor()
+    {
+        serve("a\nb\nc\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        click(QStringLiteral("findButton"));
+        click(QStringLiteral("goToLineField"));
+        typeText(QStringLiteral("3"));
+        click(QStringLiteral("goToLine"));
+        QTRY_COMPARE(item(QStringLiteral("editor"))->property("cursorPosition").toInt(), 4);
+    }
+
+    void aDotShowsBesideTheTitleWhileChangesAreUnsaved()
+    {
+        serve("a\n");
+        QVERIFY(open(QStringLiteral("dir/a.lua")));
+        QQuickItem *mark = item(QStringLiteral("unsavedMark"));
+        QVERIFY(!mark->isVisible());
+        placeCursor(0);
+        QTest::keyClick(m_view.get(), Qt::Key_B);
+        QTRY_VERIFY(mark->isVisible());
+        QCOMPARE(item(QStringLiteral("navigationTitle"))->property("text").toString(),
+                 QStringLiteral("a.lua"));
+        saveAndTakeBody();
+        QTRY_VERIFY(!mark->isVisible());
+    }
+
+    void anIndicatorShowsWhileTheFileIsRead()
+    {
+        serve("print(1)\n", 600);
+        QVERIFY(open(QStringLiteral("a.lua"), false));
+        QTRY_VERIFY(item(QStringLiteral("loadingIndicator"))->isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(!item(QStringLiteral("loadingIndicator"))->isVisible(), 5000);
+        QCOMPARE(m_editor->text(), QStringLiteral("print(1)\n"));
+    }
+};
+
+QTEST_MAIN(TestEditorView)
+#include "tst_editorview.moc"

@@ -1,0 +1,140 @@
+#include "editor/tpcodeeditor.h"
+#include "platform/tptheme.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextLayout>
+
+// The code editor on a bare document: what each editing tool does to the exact text.
+class TestTPCodeEditor : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<QTextDocument> m_document;
+    std::unique_ptr<TPCodeEditor> m_editor;
+
+    TPCodeEditor *editorWith(const QString &text, qsizetype cursor = 0)
+    {
+        m_editor = std::make_unique<TPCodeEditor>(QStringLiteral("main.lua"));
+        m_document = std::make_unique<QTextDocument>();
+        m_document->documentLayout();
+        m_editor->attachDocument(m_document.get());
+        m_editor->setText(text);
+        m_editor->buffer()->select(cursor, cursor);
+        return m_editor.get();
+    }
+
+private slots:
+    void cleanup()
+    {
+        m_editor.reset();
+        m_document.reset();
+    }
+
+    // The keyword colour is the theme's, and follows a switch to the dark appearance.
+    void tokenColoursFollowTheAppearance()
+    {
+        editorWith(QStringLiteral("local x = 1"));
+        const auto keywordColour = [this] {
+            const QTextBlock block = m_document->firstBlock();
+            for (const QTextLayout::FormatRange &range : block.layout()->formats()) {
+                if (range.start == 0)
+                    return range.format.foreground().color();
+            }
+            return QColor();
+        };
+        TPTheme::shared()->setAppearance(TPTheme::Appearance::Light);
+        QTRY_COMPARE(keywordColour(), TPTheme::lightPalette().syntax.keyword);
+        TPTheme::shared()->setAppearance(TPTheme::Appearance::Dark);
+        QTRY_COMPARE(keywordColour(), TPTheme::darkPalette().syntax.keyword);
+        TPTheme::shared()->setAppearance(TPTheme::Appearance::FollowPlatform);
+    }
+
+    void typingIntoTheDocumentIsOneUndoStepPerRun()
+    {
+        TPCodeEditor *editor = editorWith(QStringLiteral("end"));
+        QTextCursor cursor(editor->document());
+        for (const QChar c : QStringLiteral("abc")) {
+            cursor.insertText(QString(c));
+        }
+        QCOMPARE(editor->text(), QStringLiteral("abcend"));
+        editor->undo();
+        QCOMPARE(editor->text(), QStringLiteral("end"));
+        QVERIFY(!editor->canUndo());
+    }
+
+    void symbolKeysInsertAtTheCursor()
+    {
+        TPCodeEditor *editor = editorWith(QStringLiteral("ab"), 1);
+        editor->pressSymbolKey(QStringLiteral("="));
+        QCOMPARE(editor->text(), QStringLiteral("a=b"));
+        QCOMPARE(editor->buffer()->selection().second, 2);
+        editor->pressSymbolKey(QStringLiteral("#"));
+        QCOMPARE(editor->text(), QStringLiteral("a=#b"));
+    }
+
+    void symbolRowHoldsEveryHiddenKey()
+    {
+        TPCodeEditor editor(QStringLiteral("a.lua"));
+        const QStringList keys = editor.symbolKeys();
+        for (const char *key :
+             {"(", ")", "[", "]", "{", "}", "\"", "'", "=", ".",   ",",      ":",      ";",
+              "#", "-", "+", "*", "/", "<", ">",  "~", "_", "Tab", "Indent", "Outdent"})
+            QVERIFY2(keys.contains(QLatin1String(key)), key);
+    }
+
+    void tabKeyInsertsTheFileIndentUnit()
+    {
+        TPCodeEditor *editor = editorWith(QStringLiteral("if a then\n  b()\nend\n"), 10);
+        editor->pressSymbolKey(QStringLiteral("Tab"));
+        QCOMPARE(editor->text(), QStringLiteral("if a then\n    b()\nend\n"));
+    }
+
+    void syntaxErrorIsMarkedWithItsLineAndMessage()
+    {
+        TPCodeEditor *editor = editorWith(QStringLiteral("for i = 1, 3 do\n  print(i)\n"));
+        QSignalSpy checked(editor, &TPCodeEditor::syntaxChecked);
+        QVERIFY(checked.wait(5000));
+        QCOMPARE(editor->syntaxErrorLine(), 3);
+        QCOMPARE(editor->syntaxMessage(), QStringLiteral("main.lua:3: 'end' expected (to close "
+                                                         "'for' at line 1) near <eof>"));
+    }
+
+    void validCodeHasNoMarkAndAFixClearsIt()
+    {
+        TPCodeEditor *editor = editorWith(QStringLiteral("print(1\n"));
+        QTRY_COMPARE_WITH_TIMEOUT(editor->syntaxErrorLine(), 2, 5000);
+        editor->buffer()->select(7, 7);
+        editor->buffer()->typeCharacter(u')');
+        QTRY_COMPARE_WITH_TIMEOUT(editor->syntaxErrorLine(), 0, 5000);
+        QCOMPARE(editor->syntaxMessage(), QString());
+    }
+
+    // Each key restarts the 0.6 s wait: the check comes once, no sooner than 0.6 s after the
+    // last key, and nothing is left waiting after it.
+    void aBurstOfTypingIsCheckedOnce600MsAfterItsLastKey()
+    {
+        TPCodeEditor *editor = editorWith(QStringLiteral("x = 1"));
+        QSignalSpy checked(editor, &TPCodeEditor::syntaxChecked);
+        QVERIFY(checked.wait(5000));
+        checked.clear();
+        QElapsedTimer sinceLastKey;
+        for (int i = 0; i < 5; ++i) {
+            editor->buffer()->typeCharacter(u' ');
+            sinceLastKey.start();
+            QVERIFY(editor->syntaxCheckPending());
+        }
+        QVERIFY(checked.wait(5000));
+        // A coarse timer may fire up to 5% early.
+        QVERIFY2(sinceLastKey.elapsed() >= 570,
+                 qPrintable(QString::number(sinceLastKey.elapsed())));
+        QCOMPARE(checked.size(), 1);
+        QVERIFY(!editor->syntaxCheckPending());
+    }
+};
+
+QTEST_MAIN(TestTPCodeEditor)
+#include "tst_tpcodeeditor.moc"
