@@ -272,7 +272,7 @@ void TPEditorVC::restoreWhenRead(const QString &restored)
 void TPEditorVC::onHistoryTapped()
 {
     if (TPNavigationStack *stack = navigationController())
-        stack->pushViewController(new TPHistoryVC(_relPath, this));
+        stack->pushViewController(new TPHistoryVC(_relPath, this, [this] { return text(); }));
 }
 
 void TPEditorVC::discardDraft()

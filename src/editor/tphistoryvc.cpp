@@ -1,6 +1,5 @@
 #include "editor/tphistoryvc.h"
 
-#include "editor/tpeditorvc.h"
 #include "editor/tpversionvc.h"
 #include "engine/tpengineapi.h"
 #include "foundation/tplang.h"
@@ -13,9 +12,10 @@ TPHistoryVC::TPHistoryVC(QObject *parent)
     setTitle(TPL("history_title"));
 }
 
-TPHistoryVC::TPHistoryVC(const QString &path, TPEditorVC *editor, bool deleted, QObject *parent)
+TPHistoryVC::TPHistoryVC(const QString &path, TPViewController *editor,
+                         std::function<QString()> editorText, bool deleted, QObject *parent)
     : TPViewController(parent), m_filesMode(false), m_path(path), m_editor(editor),
-      m_deleted(deleted), m_rows(new TPHistoryRowsModel(this))
+      m_editorText(std::move(editorText)), m_deleted(deleted), m_rows(new TPHistoryRowsModel(this))
 {
     setTitle(TPL("history_title"));
 }
@@ -96,9 +96,9 @@ void TPHistoryVC::loadVersions()
         m_entries = versions;
         showVersions();
     };
-    if (m_editor)
-        TPScriptHistory::shared()->versionsAgainst(
-            m_path, TPEngineAPI::scriptData(m_editor->text()), this, shown);
+    if (m_editor && m_editorText)
+        TPScriptHistory::shared()->versionsAgainst(m_path, TPEngineAPI::scriptData(m_editorText()),
+                                                   this, shown);
     else
         TPScriptHistory::shared()->versions(m_path, this, shown);
 }
@@ -124,7 +124,7 @@ void TPHistoryVC::didSelectRow(int row)
         return;
     const TPScriptVersion &entry = m_entries.at(row);
     if (m_filesMode)
-        stack->pushViewController(new TPHistoryVC(entry.path, nullptr, isDeleted(entry.path)));
+        stack->pushViewController(new TPHistoryVC(entry.path, nullptr, {}, isDeleted(entry.path)));
     else
         stack->pushViewController(new TPVersionVC(entry, m_editor, m_deleted));
 }

@@ -8,7 +8,7 @@
 #include <QSet>
 #include <QtQml/qqmlregistration.h>
 
-class TPEditorVC;
+#include <functional>
 
 // The local history: every file the app recorded, newest change first, with the files the
 // engine no longer lists dimmed (from the scripts list's add sheet); or the versions of one
@@ -27,10 +27,12 @@ class TPHistoryVC : public TPViewController
 public:
     // Every file recorded.
     explicit TPHistoryVC(QObject *parent = nullptr);
-    // The versions of `path`, compared with and restored into `editor` when it is open on
-    // the file; `deleted` when the engine no longer lists it.
-    TPHistoryVC(const QString &path, TPEditorVC *editor, bool deleted = false,
-                QObject *parent = nullptr);
+    // The versions of `path`, compared with `editorText` and restored into `editor` when an
+    // editor is open on the file; `deleted` when the engine no longer lists it. The editor
+    // comes as its screen and its text, so that the history and the editor, which opens it,
+    // need not know each other's classes.
+    TPHistoryVC(const QString &path, TPViewController *editor, std::function<QString()> editorText,
+                bool deleted = false, QObject *parent = nullptr);
 
     QUrl viewUrl() const override;
     TPHistoryRowsModel *rows() const { return m_rows; }
@@ -58,7 +60,8 @@ private:
 
     const bool m_filesMode;
     QString m_path;
-    QPointer<TPEditorVC> m_editor;
+    QPointer<TPViewController> m_editor;
+    std::function<QString()> m_editorText;
     bool m_deleted = false;
     QList<TPScriptVersion> m_entries;
     // The paths the engine lists, once it has answered; none when it could not.

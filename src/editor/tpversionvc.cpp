@@ -6,10 +6,10 @@
 #include "foundation/tpwhilealive.h"
 #include "platform/tpnavigationstack.h"
 
-TPVersionVC::TPVersionVC(const TPScriptVersion &version, TPEditorVC *editor, bool deleted,
+TPVersionVC::TPVersionVC(const TPScriptVersion &version, TPViewController *editor, bool deleted,
                          QObject *parent)
-    : TPViewController(parent), m_version(version), m_editor(editor), m_deleted(deleted),
-      m_lines(new TPHistoryRowsModel(this))
+    : TPViewController(parent), m_version(version), m_editor(qobject_cast<TPEditorVC *>(editor)),
+      m_deleted(deleted), m_lines(new TPHistoryRowsModel(this))
 {
     setTitle(TPLDateTime(version.time));
 }

@@ -30,7 +30,7 @@ class TPVersionVC : public TPViewController
     Q_PROPERTY(QFont font READ font CONSTANT)
 
 public:
-    TPVersionVC(const TPScriptVersion &version, TPEditorVC *editor, bool deleted,
+    TPVersionVC(const TPScriptVersion &version, TPViewController *editor, bool deleted,
                 QObject *parent = nullptr);
 
     QUrl viewUrl() const override;
@@ -57,6 +57,7 @@ private:
     void returnToEditor();
 
     TPScriptVersion m_version;
+    // The editor open on the file, if any.
     QPointer<TPEditorVC> m_editor;
     bool m_deleted;
     std::optional<QByteArray> m_bytes;

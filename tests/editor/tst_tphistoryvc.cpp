@@ -159,7 +159,7 @@ private slots:
         TPScriptHistory::shared()->record(QStringLiteral("latin1.lua"), latin1);
         TPScriptHistory::shared()->waitForIdle();
         m_fixture.serveListing(R"({"entries":[{"path":"latin1.lua","dir":false}]})");
-        auto *history = new TPHistoryVC(QStringLiteral("latin1.lua"), nullptr);
+        auto *history = new TPHistoryVC(QStringLiteral("latin1.lua"), nullptr, {});
         showOnStack(history);
         QTRY_COMPARE(history->rows()->rowCount(), 1);
         history->didSelectRow(0);
@@ -185,7 +185,7 @@ private slots:
                 return TPScriptedAnswer::ok(R"({"entries":[{"path":"main.lua","dir":false}]})");
             return TPScriptedAnswer::ok("engine now\n");
         });
-        auto *history = new TPHistoryVC(QStringLiteral("main.lua"), nullptr);
+        auto *history = new TPHistoryVC(QStringLiteral("main.lua"), nullptr, {});
         showOnStack(history);
         QTRY_COMPARE(history->rows()->rowCount(), 1);
         history->didSelectRow(0);

@@ -1,7 +1,6 @@
 // Typed names through the name sanitiser, the path join, the new-entry rule and the rename
 // rule. Checks: a sanitised name holds only the 65 allowed characters; a new entry or a
 // rename lands in its folder as one non-empty segment; a new file ends in ".lua".
-#include "editor/tpcodeeditor.h"
 #include "foundation/tppathrules.h"
 
 #include "tpfuzzrequire.h"

@@ -1,7 +1,7 @@
 #include "tpapptour.h"
-#include "editor/tpcodeeditor.h"
 
 #include "app/appdelegate.h"
+#include "editor/tpcodeeditor.h"
 #include "editor/tpeditorvc.h"
 #include "editor/tphistoryvc.h"
 #include "editor/tpversionvc.h"
