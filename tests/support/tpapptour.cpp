@@ -19,14 +19,19 @@
 #include "tpquicktestutil.h"
 #include "tptestutil.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QDirIterator>
 #include <QJsonObject>
 #include <QQmlApplicationEngine>
+#include <QQuickItem>
 #include <QQuickWindow>
+#include <QSet>
 #include <QSettings>
+#include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTest>
+#include <QtQuickTest/quicktest.h>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -62,10 +67,49 @@ bool waitFor(Condition condition)
     return QTest::qWaitFor(condition, 10000);
 }
 
-// Lets transitions and pending replies finish before a stop.
-void settle()
+// Whether anything under `object` is still moving or waiting: a page sliding in or out of a
+// stack, a popup (an alert, a sheet) opening or closing, a busy indicator turning.
+bool isMoving(QObject *object, QSet<QObject *> &seen)
 {
-    QTest::qWait(500);
+    if (seen.contains(object))
+        return false;
+    seen.insert(object);
+    if (object->inherits("QQuickStackView") && object->property("busy").toBool())
+        return true;
+    if (object->inherits("QQuickPopup") &&
+        object->property("visible").toBool() != object->property("opened").toBool())
+        return true;
+    if (object->inherits("QQuickBusyIndicator") && object->property("running").toBool() &&
+        object->property("visible").toBool())
+        return true;
+    const QObjectList children = object->children();
+    if (std::any_of(children.begin(), children.end(),
+                    [&seen](QObject *child) { return isMoving(child, seen); }))
+        return true;
+    if (auto *item = qobject_cast<QQuickItem *>(object)) {
+        const QList<QQuickItem *> childItems = item->childItems();
+        return std::any_of(childItems.begin(), childItems.end(),
+                           [&seen](QQuickItem *child) { return isMoving(child, seen); });
+    }
+    return false;
+}
+
+// Waits until the window has come to rest and is laid out, so that a stop shows a screen,
+// not a transition, and a touch lands where the screen is. An animation (a switch's knob, a
+// row fading in) draws a frame after frame while it runs, so the window is at rest once it
+// has drawn nothing new for a few frames' time.
+void settle(QQuickWindow *window)
+{
+    constexpr int kQuietMs = 100;
+    waitFor([window] {
+        QSet<QObject *> seen;
+        return !isMoving(window, seen) && !isMoving(window->contentItem(), seen) &&
+               !QQuickTest::qIsPolishScheduled(window);
+    });
+    QSignalSpy drawn(window, &QQuickWindow::frameSwapped);
+    QDeadlineTimer limit(10000);
+    while (drawn.wait(kQuietMs) && !limit.hasExpired())
+        drawn.clear();
 }
 
 int rowOfPath(const TPScriptsListVC *list, const QString &path)
@@ -176,7 +220,7 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
 {
     TPPresenter *presenter = m_delegate->presenter();
     const auto stop = [&](const char *name) {
-        settle();
+        settle(m_window);
         return atScreen(QString::fromLatin1(name));
     };
     const auto fail = [error](const QString &what) {
@@ -199,7 +243,7 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
                fail(QStringLiteral("no alert to answer with %1").arg(QLatin1String(action)));
     };
     const auto goBack = [&] {
-        settle();
+        settle(m_window);
         return touch(QStringLiteral("backButton"));
     };
 
@@ -237,7 +281,7 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
     if (!waitFor([&] { return rowOfPath(scripts, QStringLiteral("new_tools")) >= 0; }))
         return fail(QStringLiteral("the new folder did not appear"));
 
-    settle();
+    settle(m_window);
     if (!touchRow(scripts, "main.lua"))
         return false;
     auto *editor = qobject_cast<TPEditorVC *>(scriptsStack->topViewController());
@@ -271,7 +315,7 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
     // file is opened again.
     if (!type(QStringLiteral("editor"), QStringLiteral("x")) || !goBack())
         return false;
-    settle();
+    settle(m_window);
     if (!touchRow(scripts, "main.lua"))
         return false;
     auto *reopened = qobject_cast<TPEditorVC *>(scriptsStack->topViewController());
@@ -280,7 +324,7 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
     if (!stop("editor-draft") || !touch(QStringLiteral("notice_discard")) || !goBack())
         return false;
 
-    settle();
+    settle(m_window);
     if (!touch(QStringLiteral("historyButton")))
         return false;
     auto *files = qobject_cast<TPHistoryVC *>(scriptsStack->topViewController());
@@ -289,14 +333,14 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
     if (!stop("history-files") || !goBack())
         return false;
 
-    settle();
+    settle(m_window);
     if (!touchRow(scripts, "tools"))
         return false;
     auto *tools = qobject_cast<TPScriptsListVC *>(scriptsStack->topViewController());
     if (!tools ||
         !waitFor([&] { return rowOfPath(tools, QStringLiteral("tools/broken.lua")) >= 0; }))
         return fail(QStringLiteral("the tools folder did not open"));
-    settle();
+    settle(m_window);
     if (!touchRow(tools, "tools/broken.lua"))
         return false;
     auto *broken = qobject_cast<TPEditorVC *>(scriptsStack->topViewController());
@@ -318,7 +362,7 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
         return false;
     if (!waitFor([&] { return TPCurrentLang() != language; }))
         return fail(QStringLiteral("the language did not change"));
-    settle();
+    settle(m_window);
     if (!touch(QStringLiteral("switch4")) || !stop("settings-other-language"))
         return false;
     if (!touch(QStringLiteral("tab0")))
