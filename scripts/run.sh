@@ -34,7 +34,7 @@ else
 fi
 
 # On a desktop the device-name file lives in the app's data folder, not under /var/jb.
-app=(build/src/tpcompanion --owner-root "$data_dir/owner" "$@")
+app=(build/src/app/tpcompanion --owner-root "$data_dir/owner" "$@")
 if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ] && [ -z "${QT_QPA_PLATFORM:-}" ]; then
     echo "No display found: running the app in a virtual X server (Xvfb); nothing will be visible."
     app=(xvfb-run -a -s "-screen 0 1280x1024x24" "${app[@]}")
