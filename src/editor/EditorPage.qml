@@ -13,6 +13,7 @@ ScreenPage {
     readonly property TPCodeEditor code: controller.code
     readonly property var texts: controller.toolTexts
     property bool findOpen: false
+    property bool outlineOpen: false
 
     barItems: Row {
         BarButton {
@@ -64,6 +65,18 @@ ScreenPage {
                 checked: page.controller.symbolRowShown
                 onClicked: page.controller.symbolRowRequested = !page.controller.symbolRowRequested
             }
+            ToolTextButton {
+                objectName: "outlineButton"
+                text: "≡"
+                textSize: 22
+                Accessible.name: page.texts.editor_outline
+                checked: page.outlineOpen
+                onClicked: {
+                    if (!page.outlineOpen)
+                        page.code.refreshOutline()
+                    page.outlineOpen = !page.outlineOpen
+                }
+            }
         }
         BusyIndicator {
             objectName: "loadingIndicator"
@@ -78,7 +91,9 @@ ScreenPage {
             anchors { right: parent.right; verticalCenter: parent.verticalCenter }
             ToolTextButton {
                 objectName: "historyButton"
-                text: page.texts.history_title
+                text: "◷"
+                textSize: 22
+                Accessible.name: page.texts.history_title
                 onClicked: page.controller.onHistoryTapped()
             }
             ToolTextButton {
@@ -99,6 +114,19 @@ ScreenPage {
             height: 0.5
             color: Theme.separator
         }
+    }
+
+    OutlinePanel {
+        id: outlinePanel
+        objectName: "outlinePanel"
+        visible: page.outlineOpen
+        anchors { left: parent.left; right: parent.right; top: tools.bottom }
+        height: visible ? implicitHeight : 0
+        z: 2
+        code: page.code
+        texts: page.texts
+        codeFont: page.controller.font
+        onChosen: page.outlineOpen = false
     }
 
     FindBar {

@@ -1,5 +1,7 @@
 #include "editor/tpcodeeditor.h"
 
+#include "editing/tpluaoutline.h"
+#include "foundation/tplang.h"
 #include "platform/tptheme.h"
 
 #include <QTextDocument>
@@ -102,4 +104,21 @@ void TPCodeEditor::goToSyntaxError()
 {
     if (syntaxErrorLine() > 0)
         m_buffer.goToLine(syntaxErrorLine());
+}
+
+void TPCodeEditor::refreshOutline()
+{
+    QList<TPTitledRowsModel::Row> rows;
+    m_outlineLines.clear();
+    for (const TPLuaOutline::Entry &entry : TPLuaOutline::functions(m_buffer.script())) {
+        rows.append({entry.name, TPL("editor_outline_line").arg(entry.line), QString()});
+        m_outlineLines.append(entry.line);
+    }
+    m_outline.setRows(rows);
+}
+
+void TPCodeEditor::goToOutlineRow(int row)
+{
+    if (row >= 0 && row < m_outlineLines.size())
+        m_buffer.goToLine(m_outlineLines.at(row));
 }

@@ -6,6 +6,7 @@
 #include "editing/tpluasyntaxchecker.h"
 #include "editor/tpeditingtypes.h"
 #include "editor/tpeditortextbinding.h"
+#include "platform/tptitledrowsmodel.h"
 
 #include <QObject>
 #include <QPointer>
@@ -29,6 +30,8 @@ class TPCodeEditor : public QObject
     Q_PROPERTY(QString syntaxMessage READ syntaxMessage NOTIFY syntaxChecked)
     Q_PROPERTY(QStringList symbolKeys READ symbolKeys CONSTANT)
     Q_PROPERTY(TPFindReplace *find READ find CONSTANT)
+    // The script's functions, as the outline shows them since it was last refreshed.
+    Q_PROPERTY(TPTitledRowsModel *outline READ outline CONSTANT)
 
 public:
     // `chunkName` names the script in the compiler's messages (the file name).
@@ -54,6 +57,7 @@ public:
     // The keys a phone keyboard hides, in the order the key row shows them.
     QStringList symbolKeys() const;
     TPFindReplace *find() { return &m_find; }
+    TPTitledRowsModel *outline() { return &m_outline; }
 
 public slots:
     void undo() { m_buffer.undo(); }
@@ -67,6 +71,10 @@ public slots:
     void goToSyntaxError();
     // Compiles the text now instead of after the pause in typing.
     void checkSyntaxNow() { m_checker->checkNow(); }
+    // Lists the functions of the text as it is now: each its name and its line.
+    void refreshOutline();
+    // Puts the cursor at the start of the line of the outline's function at `row`.
+    void goToOutlineRow(int row);
 
 signals:
     // The text changed, by typing or in code.
@@ -90,6 +98,9 @@ private:
     TPEditorTextBinding m_binding;
     QPointer<TPLuaHighlighter> m_highlighter;
     TPFindReplace m_find;
+    TPTitledRowsModel m_outline;
+    // The line of each function the outline lists.
+    QList<int> m_outlineLines;
     // The syntax check, once typing pauses.
     TPLuaSyntaxChecker *m_checker;
 };

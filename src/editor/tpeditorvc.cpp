@@ -108,11 +108,12 @@ void TPEditorVC::readToolTexts()
 {
     // The texts the editor's page and its find bar show, by their keys in the extra table.
     static const char *const keys[] = {
-        "editor_undo",   "editor_redo",      "editor_symbols",      "editor_find",
-        "editor_wrap",   "editor_loading",   "editor_line_numbers", "editor_syntax_error",
-        "history_title", "find_placeholder", "replace_placeholder", "find_regex",
-        "find_case",     "find_case_glyph",  "find_next",           "find_previous",
-        "find_replace",  "find_replace_all", "goto_placeholder",    "goto_go"};
+        "editor_undo",    "editor_redo",         "editor_symbols",      "editor_find",
+        "editor_wrap",    "editor_loading",      "editor_line_numbers", "editor_syntax_error",
+        "history_title",  "find_placeholder",    "replace_placeholder", "find_regex",
+        "find_case",      "find_case_glyph",     "find_next",           "find_previous",
+        "find_replace",   "find_replace_all",    "goto_placeholder",    "goto_go",
+        "editor_outline", "editor_outline_empty"};
     m_toolTexts.clear();
     for (const char *key : keys)
         m_toolTexts.insert(QLatin1String(key), TPL(key));

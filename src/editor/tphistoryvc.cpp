@@ -7,7 +7,7 @@
 #include "platform/tpnavigationstack.h"
 
 TPHistoryVC::TPHistoryVC(QObject *parent)
-    : TPViewController(parent), m_filesMode(true), m_rows(new TPHistoryRowsModel(this))
+    : TPViewController(parent), m_filesMode(true), m_rows(new TPTitledRowsModel(this))
 {
     setTitle(TPL("history_title"));
 }
@@ -15,7 +15,7 @@ TPHistoryVC::TPHistoryVC(QObject *parent)
 TPHistoryVC::TPHistoryVC(const QString &path, TPViewController *editor,
                          std::function<QString()> editorText, bool deleted, QObject *parent)
     : TPViewController(parent), m_filesMode(false), m_path(path), m_editor(editor),
-      m_editorText(std::move(editorText)), m_deleted(deleted), m_rows(new TPHistoryRowsModel(this))
+      m_editorText(std::move(editorText)), m_deleted(deleted), m_rows(new TPTitledRowsModel(this))
 {
     setTitle(TPL("history_title"));
 }
@@ -77,7 +77,7 @@ void TPHistoryVC::showFiles()
 {
     if (!m_filesLoaded)
         return;
-    QList<TPHistoryRowsModel::Row> rows;
+    QList<TPTitledRowsModel::Row> rows;
     for (const TPScriptVersion &file : m_entries) {
         QString detail = TPLDateTime(file.time);
         const bool deleted = isDeleted(file.path);
@@ -105,7 +105,7 @@ void TPHistoryVC::loadVersions()
 
 void TPHistoryVC::showVersions()
 {
-    QList<TPHistoryRowsModel::Row> rows;
+    QList<TPTitledRowsModel::Row> rows;
     for (const TPScriptVersion &version : m_entries) {
         QString detail = TPL("history_bytes").arg(version.size);
         if (version.added >= 0)

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "editor/tphistoryrowsmodel.h"
 #include "editor/tpscripthistory.h"
+#include "platform/tptitledrowsmodel.h"
 #include "platform/tpviewcontroller.h"
 
 #include <QPointer>
@@ -19,7 +19,7 @@ class TPHistoryVC : public TPViewController
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made by the editor and the scripts list")
-    Q_PROPERTY(TPHistoryRowsModel *rows READ rows CONSTANT)
+    Q_PROPERTY(TPTitledRowsModel *rows READ rows CONSTANT)
     Q_PROPERTY(bool loading READ loading NOTIFY loadingChanged)
     // Shown when there is nothing to list.
     Q_PROPERTY(QString emptyText READ emptyText CONSTANT)
@@ -35,7 +35,7 @@ public:
                 bool deleted = false, QObject *parent = nullptr);
 
     QUrl viewUrl() const override;
-    TPHistoryRowsModel *rows() const { return m_rows; }
+    TPTitledRowsModel *rows() const { return m_rows; }
     bool loading() const { return m_loading; }
     QString emptyText() const;
     // What the rows stand for, in their order: files or versions.
@@ -67,6 +67,6 @@ private:
     // The paths the engine lists, once it has answered; none when it could not.
     std::optional<QSet<QString>> m_listed;
     bool m_filesLoaded = false;
-    TPHistoryRowsModel *m_rows;
+    TPTitledRowsModel *m_rows;
     bool m_loading = false;
 };

@@ -9,7 +9,7 @@
 TPVersionVC::TPVersionVC(const TPScriptVersion &version, TPViewController *editor, bool deleted,
                          QObject *parent)
     : TPViewController(parent), m_version(version), m_editor(qobject_cast<TPEditorVC *>(editor)),
-      m_deleted(deleted), m_lines(new TPHistoryRowsModel(this))
+      m_deleted(deleted), m_lines(new TPTitledRowsModel(this))
 {
     setTitle(TPLDateTime(version.time));
 }
@@ -43,7 +43,7 @@ void TPVersionVC::showLines()
 {
     // Against the editor's text when it is open; on its own otherwise.
     const QByteArray current = m_editor ? TPEngineAPI::scriptData(m_editor->text()) : *m_bytes;
-    QList<TPHistoryRowsModel::Row> rows;
+    QList<TPTitledRowsModel::Row> rows;
     for (const TPDiffLine &line : TPScriptHistory::compare(current, *m_bytes)) {
         const QString mark = line.origin == '+'   ? QStringLiteral("added")
                              : line.origin == '-' ? QStringLiteral("removed")

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "editor/tphistoryrowsmodel.h"
 #include "editor/tpscripthistory.h"
+#include "platform/tptitledrowsmodel.h"
 #include "platform/tpviewcontroller.h"
 
 #include <QFont>
@@ -23,7 +23,7 @@ class TPVersionVC : public TPViewController
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made by the history")
-    Q_PROPERTY(TPHistoryRowsModel *lines READ lines CONSTANT)
+    Q_PROPERTY(TPTitledRowsModel *lines READ lines CONSTANT)
     Q_PROPERTY(QString restoreTitle READ restoreTitle CONSTANT)
     Q_PROPERTY(bool loading READ loading NOTIFY loadingChanged)
     // The editor's font, so that a version reads as the script does.
@@ -34,7 +34,7 @@ public:
                 QObject *parent = nullptr);
 
     QUrl viewUrl() const override;
-    TPHistoryRowsModel *lines() const { return m_lines; }
+    TPTitledRowsModel *lines() const { return m_lines; }
     QString restoreTitle() const;
     bool loading() const { return !m_bytes; }
     QFont font() const;
@@ -61,5 +61,5 @@ private:
     QPointer<TPEditorVC> m_editor;
     bool m_deleted;
     std::optional<QByteArray> m_bytes;
-    TPHistoryRowsModel *m_lines;
+    TPTitledRowsModel *m_lines;
 };

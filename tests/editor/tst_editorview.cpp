@@ -2,6 +2,7 @@
 #include "editor/tpcodeeditor.h"
 #include "editor/tpeditorvc.h"
 #include "editor/tplinegutter.h"
+#include "foundation/tplang.h"
 #include "platform/tpnavigationstack.h"
 #include "platform/tptheme.h"
 #include "scripts/tpscriptslistvc.h"
@@ -493,6 +494,44 @@ private slots:
         click(QStringLiteral("syntaxMessageBar"));
         QTRY_COMPARE(m_editor->code()->buffer()->selection().second,
                      qsizetype(QByteArray("print(1)\nprint(2)\nfor i = 1, 3 do\n").size()));
+    }
+
+    void theOutlineListsTheFunctionsAndATapGoesToOne()
+    {
+        const QByteArray file = "local function helper()\nend\n-- function notOne()\n"
+                                "function M.run(a)\nend\nM.stop = function() end\n";
+        serve(file);
+        QVERIFY(open(QStringLiteral("outline.lua")));
+        QVERIFY(!item(QStringLiteral("outlinePanel"))->isVisible());
+        click(QStringLiteral("outlineButton"));
+        QTRY_VERIFY(item(QStringLiteral("outlinePanel"))->isVisible());
+        QTRY_VERIFY(item(QStringLiteral("outlineRow2")));
+        const QStringList names = {QStringLiteral("helper"), QStringLiteral("M.run"),
+                                   QStringLiteral("M.stop")};
+        const QStringList lines = {TPL("editor_outline_line").arg(1),
+                                   TPL("editor_outline_line").arg(4),
+                                   TPL("editor_outline_line").arg(6)};
+        for (int row = 0; row < names.size(); ++row)
+            QCOMPARE(
+                item(QStringLiteral("outlineRow%1").arg(row))->property("title").toString() + u' ' +
+                    item(QStringLiteral("outlineRow%1").arg(row))->property("detail").toString(),
+                names.at(row) + u' ' + lines.at(row));
+        QVERIFY(!item(QStringLiteral("outlineRow3")));
+        click(QStringLiteral("outlineRow1"));
+        QTRY_COMPARE(
+            m_editor->code()->buffer()->selection().second,
+            qsizetype(QByteArray("local function helper()\nend\n-- function notOne()\n").size()));
+        QTRY_VERIFY(!item(QStringLiteral("outlinePanel"))->isVisible());
+    }
+
+    void anOutlineOfAFileWithoutFunctionsSaysSo()
+    {
+        serve("print(1)\n");
+        QVERIFY(open(QStringLiteral("plain.lua")));
+        click(QStringLiteral("outlineButton"));
+        QTRY_VERIFY(item(QStringLiteral("outlineEmpty"))->isVisible());
+        QCOMPARE(item(QStringLiteral("outlineEmpty"))->property("text").toString(),
+                 TPL("editor_outline_empty"));
     }
 
     void validCodeShowsNoMarkAndNoMessage()

@@ -11,10 +11,10 @@
 
 namespace {
 
-QStringList shownRows(const TPHistoryRowsModel *rows)
+QStringList shownRows(const TPTitledRowsModel *rows)
 {
     QStringList shown;
-    for (const TPHistoryRowsModel::Row &row : rows->rows())
+    for (const TPTitledRowsModel::Row &row : rows->rows())
         shown.append(row.mark + u'|' + row.title + u'|' + row.detail);
     return shown;
 }

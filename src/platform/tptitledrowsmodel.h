@@ -5,14 +5,14 @@
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
-// The rows of a history screen: a title, a detail line under it, and a mark the view shows
-// by colour: "" plain, "added" and "removed" for the lines of a comparison, "dimmed" for a
-// file the engine no longer lists.
-class TPHistoryRowsModel : public QAbstractListModel
+// Rows of a title over a detail line, with a mark the view shows by colour: "" plain,
+// "added" and "removed" (the lines of a comparison), "dimmed" (what cannot be opened). The
+// history's screens and the editor's outline list with it.
+class TPTitledRowsModel : public QAbstractListModel
 {
     Q_OBJECT
     QML_ELEMENT
-    QML_UNCREATABLE("Owned by a history screen")
+    QML_UNCREATABLE("Owned by a screen")
 
 public:
     enum Role { TitleRole = Qt::UserRole + 1, DetailRole, MarkRole };

@@ -1,18 +1,18 @@
-#include "editor/tphistoryrowsmodel.h"
+#include "platform/tptitledrowsmodel.h"
 
-void TPHistoryRowsModel::setRows(const QList<Row> &rows)
+void TPTitledRowsModel::setRows(const QList<Row> &rows)
 {
     beginResetModel();
     m_rows = rows;
     endResetModel();
 }
 
-int TPHistoryRowsModel::rowCount(const QModelIndex &parent) const
+int TPTitledRowsModel::rowCount(const QModelIndex &parent) const
 {
     return parent.isValid() ? 0 : int(m_rows.size());
 }
 
-QVariant TPHistoryRowsModel::data(const QModelIndex &index, int role) const
+QVariant TPTitledRowsModel::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid() || index.row() >= m_rows.size())
         return {};
@@ -29,7 +29,7 @@ QVariant TPHistoryRowsModel::data(const QModelIndex &index, int role) const
     }
 }
 
-QHash<int, QByteArray> TPHistoryRowsModel::roleNames() const
+QHash<int, QByteArray> TPTitledRowsModel::roleNames() const
 {
     return {{TitleRole, "title"}, {DetailRole, "detail"}, {MarkRole, "mark"}};
 }
