@@ -58,3 +58,19 @@ std::optional<QString> TPRenameDestination(const QString &path, const QString &t
         return std::nullopt;
     return TPJoinPath(TPParentPath(path), name);
 }
+
+QString TPCopyPath(const QString &path, const std::function<bool(const QString &)> &isTaken)
+{
+    const QString name = TPLastPathSegment(path);
+    const qsizetype dot = name.lastIndexOf(u'.');
+    const QString stem = dot > 0 ? name.left(dot) : name;
+    const QString extension = dot > 0 ? name.mid(dot) : QString();
+    for (int number = 1;; ++number) {
+        const QString suffix =
+            number == 1 ? QStringLiteral(" copy") : QStringLiteral(" copy %1").arg(number);
+        const QString copy =
+            TPJoinPath(TPParentPath(path), TPSanitizeSegment(stem + suffix) + extension);
+        if (!isTaken(copy))
+            return copy;
+    }
+}

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 // The suffix every new script file gets unless its name already ends so (any case).
@@ -29,3 +30,9 @@ std::optional<QString> TPNewEntryPath(const QString &folder, const QString &type
 // None when the name sanitises to nothing or to the current name; the rename dialog then
 // does nothing.
 std::optional<QString> TPRenameDestination(const QString &path, const QString &typed);
+
+// Where a copy of the file at `path` goes, in the same folder: its name with " copy", then
+// " copy 2", " copy 3" and so on, before its extension ("main.lua" gives "main_copy.lua"),
+// the first that `isTaken` does not hold. The name is made as a typed one is, so a space
+// becomes "_": the engine's requests carry a path as it is.
+QString TPCopyPath(const QString &path, const std::function<bool(const QString &)> &isTaken);

@@ -9,6 +9,7 @@
 #include "foundation/tpwhilealive.h"
 #include "platform/tpalertcontroller.h"
 #include "platform/tpnavigationstack.h"
+#include "scripts/tpfolderpickervc.h"
 #include "scripts/tplistingdecoder.h"
 #include "scripts/tpscripttree.h"
 
@@ -345,8 +346,47 @@ void TPScriptsListVC::onMoreButtonTapped(int row)
     sheet->addAction(
         TPL("menu_delete"), TPAlertAction::Style::Destructive,
         TPWhileAlive(this, [path](TPScriptsListVC *self) { self->deleteEntry(path); }));
+    // Added beside the rename and the delete, which keep their places.
+    if (TPEngineAPI::canCarryPath(path)) {
+        sheet->addAction(
+            TPL("menu_move"), TPAlertAction::Style::Default,
+            TPWhileAlive(this, [path](TPScriptsListVC *self) { self->pickFolderToMove(path); }));
+        if (!TPScriptTree::isFolderEntry(entry))
+            sheet->addAction(
+                TPL("menu_duplicate"), TPAlertAction::Style::Default,
+                TPWhileAlive(this, [path](TPScriptsListVC *self) { self->duplicateFile(path); }));
+    }
     sheet->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
     presentAlert(sheet);
+}
+
+void TPScriptsListVC::duplicateFile(const QString &path)
+{
+    const QString copy = TPCopyPath(
+        path, [this](const QString &taken) { return shownEntryAt(taken) != Existing::Nothing; });
+    TPEngineAPI::readScriptData(
+        path,
+        TPWhileAlive(this, [copy](TPScriptsListVC *self, const std::optional<QByteArray> &bytes,
+                                  const TPEngineAPI::Error &error) {
+            if (error || !bytes) {
+                self->showOfflineAlert();
+                return;
+            }
+            TPEngineAPI::createScript(
+                copy, TPWhileAlive(self, [copy, bytes = *bytes](TPScriptsListVC *list,
+                                                                const TPEngineAPI::Error &error) {
+                    if (error)
+                        list->showOfflineAlert();
+                    else
+                        TPEngineAPI::saveScriptData(copy, bytes, list->reloadOnSuccess());
+                }));
+        }));
+}
+
+void TPScriptsListVC::pickFolderToMove(const QString &path)
+{
+    if (TPNavigationStack *stack = navigationController())
+        stack->pushViewController(new TPFolderPickerVC(path));
 }
 
 void TPScriptsListVC::promptRenameForPath(const QString &path)

@@ -54,6 +54,11 @@ public:
     void promptNameWithTitle(const QString &title, const QString &placeholder, bool isFolder);
     void createEntryNamed(const QString &name, bool isFolder);
     void promptRenameForPath(const QString &path);
+    // Copies the file's exact bytes to the next free copy name in its folder (TPCopyPath),
+    // by a create and a save, and reloads.
+    void duplicateFile(const QString &path);
+    // Shows the folders `path` may move into; choosing one sends the rename.
+    void pickFolderToMove(const QString &path);
 
     // What the listing this screen shows holds at `path`: checked before a create or a
     // rename is sent, so that an existing name is never overwritten without a word.

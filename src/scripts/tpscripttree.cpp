@@ -132,3 +132,33 @@ QJsonArray filterChildrenOf(const QString &folder, const QJsonArray &listing)
 }
 
 } // namespace TPScriptTree
+
+namespace TPScriptTree {
+
+QStringList moveTargets(const QJsonArray &listing, const QString &moving)
+{
+    std::vector<QStringList> folders;
+    for (const QJsonValue &entry : listing) {
+        const QString path = TPEngineAPI::entryPath(entry);
+        if (path.isEmpty() || !isFolderEntry(entry) || path == moving ||
+            path.startsWith(moving + u'/'))
+            continue;
+        folders.push_back(path.split(u'/'));
+    }
+    // Segment by segment, so that a folder comes right before its own subfolders.
+    std::stable_sort(folders.begin(), folders.end(),
+                     [](const QStringList &a, const QStringList &b) {
+                         for (qsizetype i = 0; i < std::min(a.size(), b.size()); ++i) {
+                             if (const int order = compareFolded(a.at(i), b.at(i)))
+                                 return order < 0;
+                         }
+                         return a.size() < b.size();
+                     });
+    QStringList targets{QString()};
+    for (const QStringList &segments : folders)
+        targets.append(segments.join(u'/'));
+    targets.removeDuplicates();
+    return targets;
+}
+
+} // namespace TPScriptTree

@@ -3,6 +3,7 @@
 #include <QJsonArray>
 #include <QJsonValue>
 #include <QString>
+#include <QStringList>
 
 // How the engine's flat listing becomes one folder's rows. Entries are the listing's own
 // JSON values, passed through untouched.
@@ -30,5 +31,10 @@ QString childPrefix(const QString &folder);
 bool isChildPath(const QString &prefix, const QString &path);
 // The kept entries in the list's order: folders first, then by name ignoring case.
 QJsonArray sortedChildren(QList<QJsonValue> kept);
+
+// The folders `moving` may move into: the root ("") first, then every listed folder in the
+// tree's order (each folder's subfolders under it, each level sorted as the list sorts).
+// A folder is never offered itself or one of its own subfolders.
+QStringList moveTargets(const QJsonArray &listing, const QString &moving);
 
 } // namespace TPScriptTree

@@ -154,7 +154,8 @@ private slots:
         QQuickItem *more = TPFindItem(m_view->rootObject(), QStringLiteral("rowButton_more_0"));
         QVERIFY(more && more->isVisible());
         QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(more));
-        QTRY_COMPARE(m_fixture.actionTitles(), QStringList({u8"Đổi tên", u8"Xoá", u8"Huỷ"}));
+        QTRY_COMPARE(m_fixture.actionTitles(),
+                     QStringList({u8"Đổi tên", u8"Xoá", u8"Di chuyển…", u8"Huỷ"}));
     }
 
     void aLongPressOnARowOpensItsMenu()
@@ -168,7 +169,8 @@ private slots:
         const QPoint at =
             TPCentreOf(TPFindItem(m_view->rootObject(), QStringLiteral("row1"))) - QPoint(100, 0);
         QTest::mousePress(m_view.get(), Qt::LeftButton, {}, at);
-        QTRY_COMPARE(m_fixture.actionTitles(), QStringList({u8"Đổi tên", u8"Xoá", u8"Huỷ"}));
+        QTRY_COMPARE(m_fixture.actionTitles(),
+                     QStringList({u8"Đổi tên", u8"Xoá", u8"Di chuyển…", u8"Nhân bản", u8"Huỷ"}));
         QTest::mouseRelease(m_view.get(), Qt::LeftButton, {}, at);
         QCOMPARE(m_stack->depth(), 1);
     }

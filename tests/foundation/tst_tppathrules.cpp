@@ -1,6 +1,7 @@
 #include "foundation/tppathrules.h"
 #include "tptestutil.h"
 
+#include <QSet>
 #include <QTest>
 
 class TestTPPathRules : public QObject
@@ -129,6 +130,33 @@ private slots:
         QCOMPARE(TPLastPathSegment(QStringLiteral("c.lua")), QStringLiteral("c.lua"));
         QCOMPARE(TPParentPath(QStringLiteral("a/b/c.lua")), QStringLiteral("a/b"));
         QCOMPARE(TPParentPath(QStringLiteral("c.lua")), QString());
+    }
+
+    void aCopyTakesTheNextFreeNameInItsFolder()
+    {
+        QSet<QString> taken;
+        const auto isTaken = [&taken](const QString &path) { return taken.contains(path); };
+        QCOMPARE(TPCopyPath(QStringLiteral("lib/main.lua"), isTaken),
+                 QStringLiteral("lib/main_copy.lua"));
+        taken = {QStringLiteral("lib/main_copy.lua")};
+        QCOMPARE(TPCopyPath(QStringLiteral("lib/main.lua"), isTaken),
+                 QStringLiteral("lib/main_copy_2.lua"));
+        taken << QStringLiteral("lib/main_copy_2.lua") << QStringLiteral("lib/main_copy_4.lua");
+        QCOMPARE(TPCopyPath(QStringLiteral("lib/main.lua"), isTaken),
+                 QStringLiteral("lib/main_copy_3.lua"));
+    }
+
+    void aCopyKeepsTheExtensionAndANameWithoutOne()
+    {
+        const auto nothingTaken = [](const QString &) { return false; };
+        QCOMPARE(TPCopyPath(QStringLiteral("notes.txt"), nothingTaken),
+                 QStringLiteral("notes_copy.txt"));
+        QCOMPARE(TPCopyPath(QStringLiteral("Makefile"), nothingTaken),
+                 QStringLiteral("Makefile_copy"));
+        QCOMPARE(TPCopyPath(QStringLiteral(".hidden"), nothingTaken),
+                 QStringLiteral(".hidden_copy"));
+        QCOMPARE(TPCopyPath(QStringLiteral("a.b.lua"), nothingTaken),
+                 QStringLiteral("a.b_copy.lua"));
     }
 };
 

@@ -2,6 +2,7 @@
 #include "foundation/tplang.h"
 #include "foundation/tpnotificationcenter.h"
 #include "platform/tpnavigationstack.h"
+#include "scripts/tpfolderpickervc.h"
 #include "scripts/tpscriptslistvc.h"
 #include "tpscreenfixture.h"
 
@@ -357,7 +358,8 @@ private slots:
         TPScriptsListVC *list = show(QStringLiteral("lib"));
         QTRY_COMPARE(list->rows()->rowCount(), 3);
         list->onMoreButtonTapped(indexOfPath(list, QStringLiteral("lib/a.lua")));
-        QCOMPARE(m_fixture.actionTitles(), QStringList({u8"Đổi tên", u8"Xoá", u8"Huỷ"}));
+        QCOMPARE(m_fixture.actionTitles(),
+                 QStringList({u8"Đổi tên", u8"Xoá", u8"Di chuyển…", u8"Nhân bản", u8"Huỷ"}));
         QCOMPARE(m_fixture.alert()->actions().at(1)->style(), TPAlertAction::Style::Destructive);
         m_fixture.alert()->triggerAction(0);
         QCOMPARE(m_fixture.alert()->title(), QString::fromUtf8("Đổi tên"));
@@ -549,7 +551,8 @@ private slots:
         m_fixture.engine->clearRequests();
         list->onRowButtonTapped(QStringLiteral("more"),
                                 indexOfPath(list, QStringLiteral("lib/sub")));
-        QCOMPARE(m_fixture.actionTitles(), QStringList({u8"Đổi tên", u8"Xoá", u8"Huỷ"}));
+        QCOMPARE(m_fixture.actionTitles(),
+                 QStringList({u8"Đổi tên", u8"Xoá", u8"Di chuyển…", u8"Huỷ"}));
         m_fixture.alert()->triggerAction(1);
         QTRY_COMPARE(m_fixture.engine->requests().size(), 2);
         QCOMPARE(m_fixture.engine->requests().at(0).method, QByteArray("DELETE"));
@@ -572,6 +575,123 @@ private slots:
         QCOMPARE(m_fixture.engine->requests().at(0).rawQuery,
                  QStringLiteral("from=lib/util&to=lib/tools"));
         QCOMPARE(m_fixture.engine->requests().at(1).path, QStringLiteral("/scripts"));
+    }
+
+    void theRowMenuAddsMoveAndForAFileDuplicateBesideRenameAndDelete()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows()->rowCount(), 3);
+        list->onRowButtonTapped(QStringLiteral("more"),
+                                indexOfPath(list, QStringLiteral("lib/sub")));
+        QCOMPARE(m_fixture.actionTitles(), QStringList({TPL("menu_rename"), TPL("menu_delete"),
+                                                        TPL("menu_move"), TPL("cancel")}));
+        m_fixture.alert()->triggerAction(3);
+        list->onRowButtonTapped(QStringLiteral("more"),
+                                indexOfPath(list, QStringLiteral("lib/a.lua")));
+        QCOMPARE(m_fixture.actionTitles(),
+                 QStringList({TPL("menu_rename"), TPL("menu_delete"), TPL("menu_move"),
+                              TPL("menu_duplicate"), TPL("cancel")}));
+    }
+
+    // The copy has the file's bytes exactly (a byte-order mark, CR LF, no final line break)
+    // and the first copy name the folder does not hold.
+    void duplicateCopiesTheExactBytesUnderTheNextFreeName()
+    {
+        const QByteArray bytes = "\xef\xbb\xbf-- a\r\nprint(1)\r\n\r\nreturn 1";
+        const QByteArray listing = "{\"entries\":[{\"path\":\"main.lua\"},"
+                                   "{\"path\":\"main_copy.lua\"}]}";
+        m_fixture.engine->setResponder([&](const TPRecordedRequest &request) {
+            if (request.path == QLatin1String("/scripts"))
+                return TPScriptedAnswer::ok(listing);
+            return request.method == "GET" ? TPScriptedAnswer::ok(bytes) : TPScriptedAnswer::ok();
+        });
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
+        m_fixture.engine->clearRequests();
+        list->onRowButtonTapped(QStringLiteral("more"),
+                                indexOfPath(list, QStringLiteral("main.lua")));
+        m_fixture.alert()->triggerAction(3);
+        QTRY_COMPARE(m_fixture.engine->requests().size(), 4);
+        const QList<TPRecordedRequest> sent = m_fixture.engine->requests();
+        QCOMPARE(sent.at(0).method + ' ' + sent.at(0).rawQuery.toUtf8(),
+                 QByteArray("GET name=main.lua"));
+        QCOMPARE(sent.at(1).method + ' ' + sent.at(1).rawQuery.toUtf8(),
+                 QByteArray("POST name=main_copy_2.lua"));
+        QCOMPARE(sent.at(1).body, QByteArray());
+        QCOMPARE(sent.at(2).method + ' ' + sent.at(2).rawQuery.toUtf8(),
+                 QByteArray("POST name=main_copy_2.lua"));
+        QCOMPARE(sent.at(2).body, bytes);
+        QCOMPARE(sent.at(3).path, QStringLiteral("/scripts"));
+    }
+
+    void aFailedReadDuplicatesNothing()
+    {
+        m_fixture.engine->setResponder([](const TPRecordedRequest &request) {
+            if (request.path == QLatin1String("/scripts"))
+                return TPScriptedAnswer::ok(kListing);
+            return TPScriptedAnswer::withStatus(404);
+        });
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
+        m_fixture.engine->clearRequests();
+        list->duplicateFile(QStringLiteral("main.lua"));
+        QTRY_VERIFY(m_fixture.alert());
+        QCOMPARE(m_fixture.alertText(), TPL("alert_error") + u'|' + TPL("err_offline"));
+        QCOMPARE(m_fixture.engine->requests().size(), 1);
+    }
+
+    void moveSendsOneRenameIntoTheChosenFolderAndComesBack()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows()->rowCount(), 3);
+        list->onRowButtonTapped(QStringLiteral("more"),
+                                indexOfPath(list, QStringLiteral("lib/a.lua")));
+        m_fixture.alert()->triggerAction(2);
+        auto *picker = qobject_cast<TPFolderPickerVC *>(m_stack->topViewController());
+        QVERIFY(picker);
+        QTRY_COMPARE(picker->targets(),
+                     QStringList({QString(), QStringLiteral("lib"), QStringLiteral("lib/sub"),
+                                  QStringLiteral("lib/util")}));
+        // The folder it is in is shown dimmed, and choosing it sends nothing.
+        QCOMPARE(picker->rows()->rows().at(1).mark, QStringLiteral("dimmed"));
+        m_fixture.engine->clearRequests();
+        picker->didSelectRow(1);
+        picker->didSelectRow(2);
+        QTRY_COMPARE(m_stack->depth(), 1);
+        QCOMPARE(m_fixture.engine->requests().first().path, QStringLiteral("/rename"));
+        QCOMPARE(m_fixture.engine->requests().first().rawQuery,
+                 QStringLiteral("from=lib/a.lua&to=lib/sub/a.lua"));
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/rename")).size(), 1);
+        // Back on the list, which reloads.
+        QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/scripts")).size(), 1);
+    }
+
+    void aFolderIsNotOfferedAMoveIntoItselfOrItsSubfolders()
+    {
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
+        list->pickFolderToMove(QStringLiteral("lib"));
+        auto *picker = qobject_cast<TPFolderPickerVC *>(m_stack->topViewController());
+        QVERIFY(picker);
+        QTRY_VERIFY(!picker->loading() && !picker->targets().isEmpty());
+        QCOMPARE(picker->targets(), QStringList({QString()}));
+    }
+
+    void movingOntoAnExistingNameSaysSoAndSendsNothing()
+    {
+        m_fixture.serveListing("{\"entries\":[{\"path\":\"a.lua\"},{\"path\":\"lib\",\"dir\":1},"
+                               "{\"path\":\"lib/a.lua\"}]}");
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows()->rowCount(), 1);
+        list->pickFolderToMove(QStringLiteral("lib/a.lua"));
+        auto *picker = qobject_cast<TPFolderPickerVC *>(m_stack->topViewController());
+        QVERIFY(picker);
+        QTRY_COMPARE(picker->targets(), QStringList({QString(), QStringLiteral("lib")}));
+        m_fixture.engine->clearRequests();
+        picker->didSelectRow(0);
+        QCOMPARE(m_fixture.alertText(),
+                 TPL("alert_error") + u'|' + TPL("guard_exists").arg(QStringLiteral("a.lua")));
+        verifyOnlyTheListingIsSent(list);
     }
 
     void reloadingShowsUntilTheListingArrives()

@@ -1,5 +1,6 @@
 #include "scripts/tpscripttree.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTest>
@@ -196,6 +197,37 @@ private slots:
         const QJsonArray listing = {file("a/b.lua")};
         QCOMPARE(childrenOf(QString(), listing), QStringList());
         QCOMPARE(childrenOf(QStringLiteral("a"), listing), QStringList({"b.lua"}));
+    }
+
+    void moveTargetsAreTheRootThenEveryFolderInTreeOrder()
+    {
+        const QJsonArray listing =
+            QJsonDocument::fromJson("[{\"path\":\"b\",\"dir\":true},"
+                                    "{\"path\":\"a/z\",\"dir\":true},"
+                                    "{\"path\":\"A2\",\"dir\":true},"
+                                    "{\"path\":\"a\",\"dir\":true},"
+                                    "{\"path\":\"a/y\",\"dir\":true},"
+                                    "{\"path\":\"a/y/deep\",\"dir\":true},"
+                                    "{\"path\":\"a/file.lua\",\"dir\":false},"
+                                    "{\"path\":\"b/t.lua\"}]")
+                .array();
+        QCOMPARE(TPScriptTree::moveTargets(listing, QStringLiteral("b/t.lua")),
+                 QStringList({QString(), QStringLiteral("a"), QStringLiteral("a/y"),
+                              QStringLiteral("a/y/deep"), QStringLiteral("a/z"),
+                              QStringLiteral("A2"), QStringLiteral("b")}));
+    }
+
+    void aFolderCannotMoveIntoItselfOrItsSubfolders()
+    {
+        const QJsonArray listing = QJsonDocument::fromJson("[{\"path\":\"a\",\"dir\":true},"
+                                                           "{\"path\":\"a/y\",\"dir\":true},"
+                                                           "{\"path\":\"a/y/deep\",\"dir\":true},"
+                                                           "{\"path\":\"ab\",\"dir\":true}]")
+                                       .array();
+        QCOMPARE(TPScriptTree::moveTargets(listing, QStringLiteral("a/y")),
+                 QStringList({QString(), QStringLiteral("a"), QStringLiteral("ab")}));
+        QCOMPARE(TPScriptTree::moveTargets(listing, QStringLiteral("a")),
+                 QStringList({QString(), QStringLiteral("ab")}));
     }
 };
 

@@ -1,0 +1,62 @@
+import QtQuick
+import QtQuick.Controls
+import TPCompanion.Platform
+import TPCompanion.Scripts
+
+// The folders an entry may move into, the root first; a tap moves it there.
+ScreenPage {
+    id: page
+    required property TPFolderPickerVC controller
+    readonly property real sideInset: Math.max(0, (width - Theme.readableWidth) / 2)
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.background
+    }
+
+    BusyIndicator {
+        objectName: "folderPickerLoading"
+        anchors.centerIn: parent
+        running: page.controller.loading
+        visible: running
+    }
+
+    ListView {
+        objectName: "folderPickerList"
+        anchors.fill: parent
+        anchors.leftMargin: page.sideInset
+        anchors.rightMargin: page.sideInset
+        clip: true
+        model: page.controller.rows
+        delegate: ItemDelegate {
+            id: row
+            required property int index
+            required property string title
+            required property string mark
+            objectName: "folderRow" + index
+            width: ListView.view.width
+            height: 44
+            padding: 0
+            leftPadding: 16
+            rightPadding: 16
+            enabled: row.mark === ""
+            Accessible.name: title
+            onClicked: page.controller.didSelectRow(index)
+            contentItem: Text {
+                text: row.title
+                verticalAlignment: Text.AlignVCenter
+                elide: Text.ElideMiddle
+                font.pixelSize: Theme.bodySize
+                color: row.mark === "dimmed" ? Theme.secondaryLabel : Theme.label
+            }
+            background: Rectangle {
+                color: row.pressed ? Theme.highlight : Theme.background
+                Rectangle {
+                    anchors { left: parent.left; leftMargin: 16; right: parent.right; bottom: parent.bottom }
+                    height: 0.5
+                    color: Theme.separator
+                }
+            }
+        }
+    }
+}
