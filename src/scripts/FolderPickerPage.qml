@@ -42,12 +42,22 @@ ScreenPage {
             enabled: row.mark === ""
             Accessible.name: title
             onClicked: page.controller.didSelectRow(index)
-            contentItem: Text {
-                text: row.title
-                verticalAlignment: Text.AlignVCenter
-                elide: Text.ElideMiddle
-                font.pixelSize: Theme.bodySize
-                color: row.mark === "dimmed" ? Theme.secondaryLabel : Theme.label
+            contentItem: Row {
+                spacing: 6
+                Text {
+                    anchors.verticalCenter: parent.verticalCenter
+                    text: "📁"
+                    font.pixelSize: Theme.bodySize
+                    opacity: row.mark === "dimmed" ? 0.5 : 1
+                }
+                Text {
+                    anchors.verticalCenter: parent.verticalCenter
+                    width: parent.width - 30
+                    text: row.title
+                    elide: Text.ElideMiddle
+                    font.pixelSize: Theme.bodySize
+                    color: row.mark === "dimmed" ? Theme.secondaryLabel : Theme.label
+                }
             }
             background: Rectangle {
                 color: row.pressed ? Theme.highlight : Theme.background

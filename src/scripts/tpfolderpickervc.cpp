@@ -47,8 +47,8 @@ void TPFolderPickerVC::showTargets(const QJsonArray &listing)
     const QString current = TPParentPath(m_moving);
     QList<TPTitledRowsModel::Row> rows;
     for (const QString &folder : std::as_const(m_targets))
-        rows.append({QStringLiteral("📁 ") + (folder.isEmpty() ? TPL("tab_scripts") : folder),
-                     QString(), folder == current ? kCurrentFolderMark : QString()});
+        rows.append({folder.isEmpty() ? TPL("tab_scripts") : folder, QString(),
+                     folder == current ? kCurrentFolderMark : QString()});
     m_rows->setRows(rows);
 }
 

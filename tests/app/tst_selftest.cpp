@@ -37,6 +37,8 @@ const QHash<QString, QStringList> kExpectedItems = {
     {"first-run-prompt", {"alertBox", "alertTextField", "alertAction0"}},
     {"scripts", {"scriptsList", "row0", "addButton", "refreshButton", "historyButton"}},
     {"folder", {"scriptsList", "row0", "backButton"}},
+    {"editor-outline", {"outlineButton", "outlinePanel", "outlineRow0", "outlineRow1"}},
+    {"move-picker", {"folderPickerList", "folderRow0", "folderRow1", "backButton"}},
     {"add-sheet", {"sheet", "sheetAction0", "sheetAction1"}},
     {"new-folder-prompt", {"alertBox", "alertTextField", "alertAction1"}},
     {"editor",
@@ -82,16 +84,26 @@ QString describe(const QQuickItem *item)
     return name;
 }
 
-// The names of everything the sample scripts hold, the device name the tour types, the
-// folder it creates and the device's address: the data a screen may show as it is.
+// The names of everything the sample scripts hold and the names written in them (such as
+// their functions'), the device name the tour types, the folder it creates and the device's
+// address: the data a screen may show as it is.
 QStringList dataShownAsItIs()
 {
     QStringList data = {QStringLiteral("Tavo"), QStringLiteral("new_tools"),
                         QStringLiteral("192.168.1.23")};
     QDirIterator it(QStringLiteral(TP_SAMPLES_DIR), QDir::AllEntries | QDir::NoDotAndDotDot,
                     QDirIterator::Subdirectories);
-    while (it.hasNext())
-        data.append(QFileInfo(it.next()).fileName());
+    static const QRegularExpression name(QStringLiteral(R"([A-Za-z_][\w.:]*\w)"));
+    while (it.hasNext()) {
+        const QFileInfo entry(it.next());
+        data.append(entry.fileName());
+        QFile file(entry.filePath());
+        if (!entry.isFile() || !file.open(QIODevice::ReadOnly))
+            continue;
+        QRegularExpressionMatchIterator names = name.globalMatch(QString::fromUtf8(file.readAll()));
+        while (names.hasNext())
+            data.append(names.next().captured());
+    }
     return data;
 }
 

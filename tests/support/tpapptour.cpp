@@ -12,6 +12,7 @@
 #include "platform/tpnavigationstack.h"
 #include "platform/tppresenter.h"
 #include "platform/tptabbarcontroller.h"
+#include "scripts/tpfolderpickervc.h"
 #include "scripts/tpscriptslistvc.h"
 #include "settings/tpsettingsvc.h"
 #include "tpdevengine.h"
@@ -268,6 +269,38 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
     if (!games || !waitFor([&] { return games->rows()->rowCount() > 0; }))
         return fail(QStringLiteral("the games folder did not open"));
     if (!stop("folder") || !goBack())
+        return false;
+
+    // A script's outline, in lib/util.lua.
+    settle(m_window);
+    if (!touchRow(scripts, "lib"))
+        return false;
+    auto *lib = qobject_cast<TPScriptsListVC *>(scriptsStack->topViewController());
+    if (!lib || !waitFor([&] { return rowOfPath(lib, QStringLiteral("lib/util.lua")) >= 0; }))
+        return fail(QStringLiteral("the lib folder did not open"));
+    settle(m_window);
+    if (!touchRow(lib, "lib/util.lua"))
+        return false;
+    auto *util = qobject_cast<TPEditorVC *>(scriptsStack->topViewController());
+    if (!util || !waitFor([&] { return !util->text().isEmpty(); }))
+        return fail(QStringLiteral("the editor did not show lib/util.lua"));
+    settle(m_window);
+    if (!touch(QStringLiteral("outlineButton")) || !stop("editor-outline") ||
+        !touch(QStringLiteral("outlineRow1")) || !goBack() || !goBack())
+        return false;
+
+    // Where a file can move: the row menu's Move….
+    settle(m_window);
+    const int mainRow = rowOfPath(scripts, QStringLiteral("main.lua"));
+    if (!touch(QStringLiteral("rowButton_more_%1").arg(mainRow)))
+        return false;
+    settle(m_window);
+    if (!touch(QStringLiteral("sheetAction2")))
+        return false;
+    auto *picker = qobject_cast<TPFolderPickerVC *>(scriptsStack->topViewController());
+    if (!picker || !waitFor([&] { return picker->rows()->rowCount() > 1; }))
+        return fail(QStringLiteral("the folder picker listed no folder"));
+    if (!stop("move-picker") || !goBack())
         return false;
 
     if (!touch(QStringLiteral("addButton")) || !stop("add-sheet") ||
