@@ -17,6 +17,12 @@ ScreenPage {
 
     barItems: Row {
         BarButton {
+            objectName: "favouriteButton"
+            glyph: page.controller && page.controller.favourite ? "★" : "☆"
+            text: page.texts.editor_favourite
+            onClicked: page.controller.toggleFavourite()
+        }
+        BarButton {
             objectName: "saveButton"
             text: page.controller ? page.controller.saveTitle : ""
             onClicked: page.controller.onSaveTapped()

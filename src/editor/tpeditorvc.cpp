@@ -1,6 +1,7 @@
 #include "editor/tpeditorvc.h"
 
 #include "editor/tpcodeeditor.h"
+#include "editor/tpopenedfiles.h"
 
 #include "editor/tphistoryvc.h"
 #include "editor/tpscripthistory.h"
@@ -82,7 +83,19 @@ QFont TPEditorVC::editorFont()
 void TPEditorVC::viewDidLoad()
 {
     retitle();
+    TPOpenedFiles::recordOpened(_relPath);
     loadContent();
+}
+
+bool TPEditorVC::isFavourite() const
+{
+    return TPOpenedFiles::isFavourite(_relPath);
+}
+
+void TPEditorVC::toggleFavourite()
+{
+    TPOpenedFiles::setFavourite(_relPath, !isFavourite());
+    emit favouriteChanged();
 }
 
 QVariantList TPEditorVC::symbolKeys() const
@@ -108,12 +121,12 @@ void TPEditorVC::readToolTexts()
 {
     // The texts the editor's page and its find bar show, by their keys in the extra table.
     static const char *const keys[] = {
-        "editor_undo",    "editor_redo",         "editor_symbols",      "editor_find",
-        "editor_wrap",    "editor_loading",      "editor_line_numbers", "editor_syntax_error",
-        "history_title",  "find_placeholder",    "replace_placeholder", "find_regex",
-        "find_case",      "find_case_glyph",     "find_next",           "find_previous",
-        "find_replace",   "find_replace_all",    "goto_placeholder",    "goto_go",
-        "editor_outline", "editor_outline_empty"};
+        "editor_undo",    "editor_redo",          "editor_symbols",      "editor_find",
+        "editor_wrap",    "editor_loading",       "editor_line_numbers", "editor_syntax_error",
+        "history_title",  "find_placeholder",     "replace_placeholder", "find_regex",
+        "find_case",      "find_case_glyph",      "find_next",           "find_previous",
+        "find_replace",   "find_replace_all",     "goto_placeholder",    "goto_go",
+        "editor_outline", "editor_outline_empty", "editor_favourite"};
     m_toolTexts.clear();
     for (const char *key : keys)
         m_toolTexts.insert(QLatin1String(key), TPL(key));

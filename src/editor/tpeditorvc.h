@@ -54,6 +54,8 @@ class TPEditorVC : public TPViewController
     Q_PROPERTY(bool symbolRowRequested READ symbolRowRequested WRITE setSymbolRowRequested NOTIFY
                    symbolRowShownChanged)
     Q_PROPERTY(bool symbolRowShown READ symbolRowShown NOTIFY symbolRowShownChanged)
+    // The file is one of the user's favourites, which quick open lists first.
+    Q_PROPERTY(bool favourite READ isFavourite NOTIFY favouriteChanged)
 
 public:
     // Where the file's read stands. Until a read has succeeded with text, Save and Run ask
@@ -88,6 +90,7 @@ public:
     bool symbolRowRequested() const { return m_symbolRowRequested; }
     void setSymbolRowRequested(bool requested);
     bool symbolRowShown() const { return keyboardShown() || m_symbolRowRequested; }
+    bool isFavourite() const;
     QFont font() const { return _font; }
     qreal tabStopDistance() const;
     QMarginsF contentInsets() const { return m_keyboard->insets(); }
@@ -122,6 +125,8 @@ public slots:
     void followKeyboard(QQuickItem *view);
     // Shows the file's versions in the history.
     void onHistoryTapped();
+    // The star: the file becomes a favourite, or stops being one.
+    void toggleFavourite();
     // An action of the notice: "retry", "restore" or "discard".
     void onNoticeAction(const QString &id);
 
@@ -132,6 +137,7 @@ signals:
     void wrapChanged();
     void keyboardShownChanged();
     void symbolRowShownChanged();
+    void favouriteChanged();
     void tabStopDistanceChanged();
 
 protected:

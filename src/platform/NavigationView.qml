@@ -44,7 +44,7 @@ Item {
             id: titleLabel
             objectName: "navigationTitle"
             anchors.centerIn: parent
-            width: Math.min(implicitWidth, parent.width - 2 * Math.max(backButton.width, trailing.width) - 16)
+            width: Math.min(implicitWidth, parent.width - 2 * Math.max(backButton.width, leading.width, trailing.width) - 16)
             elide: Text.ElideMiddle
             horizontalAlignment: Text.AlignHCenter
             text: navigation.stack.topViewController ? navigation.stack.topViewController.title : ""
@@ -65,8 +65,17 @@ Item {
             }
         }
         Loader {
+            id: leading
+            anchors { left: parent.left; leftMargin: 4; verticalCenter: parent.verticalCenter }
+            // A page's own buttons on the left, where no back button is.
+            width: item ? (item as Item).implicitWidth : 0
+            sourceComponent: pages.currentPage && !backButton.visible ? pages.currentPage.leadingBarItems : null
+        }
+        Loader {
             id: trailing
             anchors { right: parent.right; rightMargin: 4; verticalCenter: parent.verticalCenter }
+            // A page without buttons leaves no width behind.
+            width: item ? (item as Item).implicitWidth : 0
             // Every page is a ScreenPage; StackView knows its pages only as items.
             sourceComponent: pages.currentPage ? pages.currentPage.barItems : null
         }

@@ -74,6 +74,30 @@ void TPNavigationStack::pushViewController(TPViewController *controller)
         controller->loadViewIfNeeded();
 }
 
+void TPNavigationStack::replaceAboveRoot(const QList<TPViewController *> &controllers)
+{
+    if (m_visible)
+        topViewController()->viewWillDisappear();
+    // One row at a time, as a view follows the back button.
+    while (depth() > 1) {
+        TPViewController *leaving = topViewController();
+        beginRemoveRows({}, depth() - 1, depth() - 1);
+        m_controllers.removeLast();
+        endRemoveRows();
+        leaving->deleteLater();
+    }
+    for (TPViewController *controller : controllers) {
+        adopt(controller);
+        beginInsertRows({}, depth(), depth());
+        m_controllers.append(controller);
+        endInsertRows();
+        controller->loadViewIfNeeded();
+    }
+    emit depthChanged();
+    if (m_visible)
+        appear(topViewController());
+}
+
 void TPNavigationStack::popViewController()
 {
     if (depth() < 2)

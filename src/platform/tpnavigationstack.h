@@ -35,6 +35,9 @@ public:
     void pushViewController(TPViewController *controller);
     // Pops the top screen (never the root); the back button calls it.
     Q_INVOKABLE void popViewController();
+    // Replaces every screen above the root with `controllers`, the last one on top, as if
+    // they had been pushed one by one; only the new top appears.
+    void replaceAboveRoot(const QList<TPViewController *> &controllers);
     int depth() const { return int(m_controllers.size()); }
     TPViewController *topViewController() const;
     QString backTitle() const;

@@ -13,6 +13,14 @@ ScreenPage {
     readonly property real sideInset: Math.max(0, (width - Theme.readableWidth) / 2)
     required property TPScriptsListVC controller
 
+    // Opening any file by name, from the top of the tree.
+    leadingBarItems: BarButton {
+        objectName: "quickOpenButton"
+        // A magnifier; the words are its spoken name.
+        glyph: "⌕"
+        text: page.controller ? page.controller.texts.quickOpen : ""
+        onClicked: page.controller.onQuickOpenTapped()
+    }
     barItems: Row {
         BarButton {
             objectName: "historyButton"

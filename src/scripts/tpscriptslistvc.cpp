@@ -2,6 +2,7 @@
 
 #include "editor/tpeditorvc.h"
 #include "editor/tphistoryvc.h"
+#include "editor/tpopenedfiles.h"
 #include "engine/tpengineapi.h"
 #include "foundation/tplang.h"
 #include "foundation/tpnotificationcenter.h"
@@ -11,6 +12,7 @@
 #include "platform/tpnavigationstack.h"
 #include "scripts/tpfolderpickervc.h"
 #include "scripts/tplistingdecoder.h"
+#include "scripts/tpquickopenvc.h"
 #include "scripts/tpscripttree.h"
 
 #include <QPointer>
@@ -37,7 +39,8 @@ void TPScriptsListVC::readTexts()
                {QStringLiteral("add"), TPL("list_add")},
                {QStringLiteral("history"), TPL("history_title")},
                {QStringLiteral("noMatches"), TPL("list_no_matches")},
-               {QStringLiteral("clearSearch"), TPL("list_clear_search")}};
+               {QStringLiteral("clearSearch"), TPL("list_clear_search")},
+               {QStringLiteral("quickOpen"), TPL("quickopen_title")}};
     emit textsChanged();
 }
 
@@ -356,6 +359,12 @@ void TPScriptsListVC::onMoreButtonTapped(int row)
                 TPL("menu_duplicate"), TPAlertAction::Style::Default,
                 TPWhileAlive(this, [path](TPScriptsListVC *self) { self->duplicateFile(path); }));
     }
+    if (!TPScriptTree::isFolderEntry(entry)) {
+        const bool favourite = TPOpenedFiles::isFavourite(path);
+        sheet->addAction(TPL(favourite ? "menu_favourite_remove" : "menu_favourite_add"),
+                         TPAlertAction::Style::Default,
+                         [path, favourite] { TPOpenedFiles::setFavourite(path, !favourite); });
+    }
     sheet->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
     presentAlert(sheet);
 }
@@ -381,6 +390,13 @@ void TPScriptsListVC::duplicateFile(const QString &path)
                         TPEngineAPI::saveScriptData(copy, bytes, list->reloadOnSuccess());
                 }));
         }));
+}
+
+void TPScriptsListVC::onQuickOpenTapped()
+{
+    if (TPNavigationStack *stack = navigationController())
+        stack->pushViewController(
+            new TPQuickOpenVC([](const QString &folder) { return new TPScriptsListVC(folder); }));
 }
 
 void TPScriptsListVC::pickFolderToMove(const QString &path)

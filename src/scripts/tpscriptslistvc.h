@@ -72,6 +72,8 @@ public slots:
     void onRefreshTapped();
     // Every file the app has kept versions of, deleted ones too.
     void onHistoryTapped();
+    // Opens any file of the tree by typing part of its path.
+    void onQuickOpenTapped();
     // The pull-to-refresh control was pulled: it spins until the next reload ends.
     void onRefreshControlPulled();
     void didSelectRow(int row);

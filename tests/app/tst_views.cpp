@@ -170,7 +170,8 @@ private slots:
             TPCentreOf(TPFindItem(m_view->rootObject(), QStringLiteral("row1"))) - QPoint(100, 0);
         QTest::mousePress(m_view.get(), Qt::LeftButton, {}, at);
         QTRY_COMPARE(m_fixture.actionTitles(),
-                     QStringList({u8"Đổi tên", u8"Xoá", u8"Di chuyển…", u8"Nhân bản", u8"Huỷ"}));
+                     QStringList({u8"Đổi tên", u8"Xoá", u8"Di chuyển…", u8"Nhân bản",
+                                  u8"Thêm vào yêu thích", u8"Huỷ"}));
         QTest::mouseRelease(m_view.get(), Qt::LeftButton, {}, at);
         QCOMPARE(m_stack->depth(), 1);
     }

@@ -1,6 +1,7 @@
 #include "editor/tpcodeeditor.h"
 #include "editor/tpdraftstore.h"
 #include "editor/tpeditorvc.h"
+#include "editor/tpopenedfiles.h"
 #include "editor/tpscripthistory.h"
 #include "foundation/tplang.h"
 #include "foundation/tpnotificationcenter.h"
@@ -9,6 +10,7 @@
 #include <QFontDatabase>
 #include <QProcess>
 #include <QSettings>
+#include <QSignalSpy>
 #include <QTest>
 
 class TestTPEditorVC : public QObject
@@ -75,6 +77,23 @@ private slots:
     {
         QCOMPARE(TPEditorVC(QStringLiteral("a/b/c.lua")).title(), QStringLiteral("c.lua"));
         QCOMPARE(TPEditorVC(QStringLiteral("main.lua")).title(), QStringLiteral("main.lua"));
+    }
+
+    // Opening a file puts it first among the recent files; the star makes it a favourite,
+    // and takes that back.
+    void openingIsRecordedAndTheStarTogglesTheFavourite()
+    {
+        serve("x = 1\n");
+        TPEditorVC *editor = open(QStringLiteral("lib/a.lua"));
+        QCOMPARE(TPOpenedFiles::recents().first(), QStringLiteral("lib/a.lua"));
+        QVERIFY(!editor->isFavourite());
+        QSignalSpy changed(editor, &TPEditorVC::favouriteChanged);
+        editor->toggleFavourite();
+        QVERIFY(editor->isFavourite());
+        QVERIFY(TPOpenedFiles::isFavourite(QStringLiteral("lib/a.lua")));
+        editor->toggleFavourite();
+        QVERIFY(!TPOpenedFiles::isFavourite(QStringLiteral("lib/a.lua")));
+        QCOMPARE(changed.size(), 2);
     }
 
     void loadingFetchesTheFileOnceAndShowsIt()

@@ -1,5 +1,6 @@
 #include "editor/tpeditorvc.h"
 #include "foundation/tplang.h"
+#include "scripts/tpquickopenvc.h"
 #include "scripts/tpscriptslistvc.h"
 #include "settings/tpsettingsstore.h"
 
@@ -88,20 +89,27 @@ private slots:
     }
 
     // Each screen's views read their controller's own texts, and exactly those: the editor's
-    // page and find bar its tool texts, the list's page the list's texts.
+    // page and find bar its tool texts, the list's page the list's texts, quick open's page
+    // quick open's.
     void eachScreenExportsExactlyTheTextsItsViewsRead()
     {
         static const QRegularExpression read(QStringLiteral("\\btexts\\.([A-Za-z_]+)"));
         const QStringList listTexts = TPScriptsListVC(QString()).texts().keys();
         const QStringList editorTexts = TPEditorVC(QStringLiteral("a.lua")).toolTexts().keys();
+        const QStringList quickOpenTexts = TPQuickOpenVC({}).texts().keys();
         QSet<QString> listReads;
         QSet<QString> editorReads;
+        QSet<QString> quickOpenReads;
         for (const auto &[name, text] : sources({QStringLiteral("*.qml")})) {
-            const bool listView = name.endsWith(QLatin1String("ScriptsListPage.qml"));
+            QSet<QString> &reads = name.endsWith(QLatin1String("ScriptsListPage.qml")) ? listReads
+                                   : name.endsWith(QLatin1String("QuickOpenPage.qml"))
+                                       ? quickOpenReads
+                                       : editorReads;
             for (auto it = read.globalMatch(text); it.hasNext();)
-                (listView ? listReads : editorReads).insert(it.next().captured(1));
+                reads.insert(it.next().captured(1));
         }
         QCOMPARE(QSet<QString>(listTexts.begin(), listTexts.end()), listReads);
+        QCOMPARE(QSet<QString>(quickOpenTexts.begin(), quickOpenTexts.end()), quickOpenReads);
         QCOMPARE(QSet<QString>(editorTexts.begin(), editorTexts.end()), editorReads);
         for (const QString &key : editorTexts)
             QVERIFY2(TPLangExtraTable().contains(key), qPrintable(key));

@@ -18,6 +18,19 @@
 #include <QStandardPaths>
 #include <QTest>
 
+namespace {
+
+// A screen that counts how often it appears.
+class CountingScreen : public TPViewController
+{
+public:
+    QUrl viewUrl() const override { return {}; }
+    void viewWillAppear() override { ++appeared; }
+    int appeared = 0;
+};
+
+} // namespace
+
 class TestModels : public QObject
 {
     Q_OBJECT
@@ -77,6 +90,33 @@ private slots:
         tabs.setTitle(0, QStringLiteral("B"));
         QCOMPARE(tabs.data(tabs.index(0), TPTabBarController::TitleRole).toString(),
                  QStringLiteral("B"));
+    }
+
+    // Replacing the screens above the root goes row by row, as the view follows, and only
+    // the new top appears.
+    void replacingTheScreensAboveTheRootShowsOnlyTheNewTop()
+    {
+        TPPresenter presenter;
+        auto *root = new CountingScreen;
+        TPNavigationStack stack(root, &presenter);
+        QAbstractItemModelTester tester(&stack,
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
+        stack.setVisible(true);
+        stack.pushViewController(new CountingScreen);
+        stack.pushViewController(new CountingScreen);
+        auto *folder = new CountingScreen;
+        auto *file = new CountingScreen;
+        QSignalSpy removed(&stack, &QAbstractItemModel::rowsRemoved);
+        stack.replaceAboveRoot({folder, file});
+        QCOMPARE(removed.size(), 2);
+        QCOMPARE(stack.depth(), 3);
+        QCOMPARE(stack.controllerAt(1), folder);
+        QCOMPARE(stack.topViewController(), file);
+        QCOMPARE(folder->appeared, 0);
+        QCOMPARE(file->appeared, 1);
+        QCOMPARE(file->navigationController(), &stack);
+        stack.popViewController();
+        QCOMPARE(folder->appeared, 1);
     }
 
     // A tab counts as shown from its first selection on, and stays so: its screens are built

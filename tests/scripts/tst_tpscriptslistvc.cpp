@@ -1,4 +1,5 @@
 #include "editor/tpeditorvc.h"
+#include "editor/tpopenedfiles.h"
 #include "foundation/tplang.h"
 #include "foundation/tpnotificationcenter.h"
 #include "platform/tpnavigationstack.h"
@@ -359,7 +360,8 @@ private slots:
         QTRY_COMPARE(list->rows()->rowCount(), 3);
         list->onMoreButtonTapped(indexOfPath(list, QStringLiteral("lib/a.lua")));
         QCOMPARE(m_fixture.actionTitles(),
-                 QStringList({u8"Đổi tên", u8"Xoá", u8"Di chuyển…", u8"Nhân bản", u8"Huỷ"}));
+                 QStringList({u8"Đổi tên", u8"Xoá", u8"Di chuyển…", u8"Nhân bản",
+                              u8"Thêm vào yêu thích", u8"Huỷ"}));
         QCOMPARE(m_fixture.alert()->actions().at(1)->style(), TPAlertAction::Style::Destructive);
         m_fixture.alert()->triggerAction(0);
         QCOMPARE(m_fixture.alert()->title(), QString::fromUtf8("Đổi tên"));
@@ -590,7 +592,15 @@ private slots:
                                 indexOfPath(list, QStringLiteral("lib/a.lua")));
         QCOMPARE(m_fixture.actionTitles(),
                  QStringList({TPL("menu_rename"), TPL("menu_delete"), TPL("menu_move"),
-                              TPL("menu_duplicate"), TPL("cancel")}));
+                              TPL("menu_duplicate"), TPL("menu_favourite_add"), TPL("cancel")}));
+        // The star is kept for quick open, and the menu then offers to take it off.
+        m_fixture.alert()->triggerAction(4);
+        QVERIFY(TPOpenedFiles::isFavourite(QStringLiteral("lib/a.lua")));
+        list->onRowButtonTapped(QStringLiteral("more"),
+                                indexOfPath(list, QStringLiteral("lib/a.lua")));
+        QCOMPARE(m_fixture.actionTitles().at(4), TPL("menu_favourite_remove"));
+        m_fixture.alert()->triggerAction(4);
+        QVERIFY(!TPOpenedFiles::isFavourite(QStringLiteral("lib/a.lua")));
     }
 
     // The copy has the file's bytes exactly (a byte-order mark, CR LF, no final line break)
