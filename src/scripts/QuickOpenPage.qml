@@ -71,6 +71,8 @@ ScreenPage {
 
     ListView {
         objectName: "quickOpenList"
+        // Each key replaces the rows: their delegates are reused, not made anew.
+        reuseItems: true
         anchors { left: parent.left; right: parent.right; top: queryField.bottom; bottom: parent.bottom }
         anchors { topMargin: 4; leftMargin: page.sideInset; rightMargin: page.sideInset }
         clip: true

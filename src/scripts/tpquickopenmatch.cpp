@@ -1,29 +1,34 @@
 #include "scripts/tpquickopenmatch.h"
 
 #include <algorithm>
+#include <array>
+#include <thread>
+#include <vector>
 
 namespace TPQuickOpenMatch {
 
-Key keyOf(const QString &text)
+Key keyOf(const QString &path)
 {
     Key key;
-    key.folded.reserve(text.size());
-    key.origin.reserve(text.size());
-    for (qsizetype i = 0; i < text.size();) {
+    key.folded.reserve(path.size());
+    key.origin.reserve(path.size());
+    key.segmentStarts.append(0);
+    for (qsizetype i = 0; i < path.size();) {
         // Most paths are ASCII, which folds to lower case and has no accents.
-        if (text.at(i).unicode() < 0x80) {
-            key.folded.append(text.at(i).toLower());
+        if (path.at(i).unicode() < 0x80) {
+            if (path.at(i) == u'/')
+                key.segmentStarts.append(key.folded.size() + 1);
+            key.folded.append(path.at(i).toLower());
             key.origin.append(i++);
             continue;
         }
-        const qsizetype length = text.at(i).isHighSurrogate() && i + 1 < text.size() ? 2 : 1;
-        const QString character = text.mid(i, length);
-        QString folded;
-        for (const QChar c : character.normalized(QString::NormalizationForm_D)) {
+        const qsizetype length = path.at(i).isHighSurrogate() && i + 1 < path.size() ? 2 : 1;
+        QString bare;
+        for (const QChar c : path.mid(i, length).normalized(QString::NormalizationForm_D)) {
             if (c.category() != QChar::Mark_NonSpacing)
-                folded.append(c);
+                bare.append(c);
         }
-        for (const QChar c : folded.toCaseFolded()) {
+        for (const QChar c : bare.toCaseFolded()) {
             key.folded.append(c);
             key.origin.append(i);
         }
@@ -34,89 +39,159 @@ Key keyOf(const QString &text)
 
 namespace {
 
-// The characters of the text that key units [from, from + length) come from.
-QList<qsizetype> originsOf(const Key &key, qsizetype from, qsizetype length)
+// The end of segment `s` in the key (where its "/" is, or the key's end).
+qsizetype segmentEnd(const Key &key, qsizetype s)
+{
+    return s + 1 < key.segmentStarts.size() ? key.segmentStarts.at(s + 1) - 1 : key.folded.size();
+}
+
+// Whether the query's letters are in the key, in order, from key unit `from` on; the
+// leftmost such units go to `units` when asked.
+bool inOrder(const QString &query, const Key &key, qsizetype from, QList<qsizetype> *units)
+{
+    qsizetype at = from;
+    for (const QChar c : query) {
+        at = key.folded.indexOf(c, at);
+        if (at < 0)
+            return false;
+        if (units)
+            units->append(at);
+        ++at;
+    }
+    return true;
+}
+
+// The characters of the path that key units come from, once each.
+QList<qsizetype> originsOf(const Key &key, const QList<qsizetype> &units)
 {
     QList<qsizetype> positions;
-    for (qsizetype unit = from; unit < from + length; ++unit) {
+    for (const qsizetype unit : units) {
         if (positions.isEmpty() || positions.last() != key.origin.at(unit))
             positions.append(key.origin.at(unit));
     }
     return positions;
 }
 
-// The query's letters in order in key units [from, end), leftmost first.
-std::optional<QList<qsizetype>> inOrder(const QString &query, const Key &key, qsizetype from)
+QList<qsizetype> unitsFrom(qsizetype start, qsizetype length)
 {
-    QList<qsizetype> positions;
-    qsizetype at = from;
-    for (const QChar c : query) {
-        at = key.folded.indexOf(c, at);
-        if (at < 0)
-            return std::nullopt;
-        if (positions.isEmpty() || positions.last() != key.origin.at(at))
-            positions.append(key.origin.at(at));
-        ++at;
-    }
-    return positions;
+    QList<qsizetype> units;
+    for (qsizetype unit = start; unit < start + length; ++unit)
+        units.append(unit);
+    return units;
 }
 
-} // namespace
-
-std::optional<Match> match(const QString &query, const Key &key)
+// The tier, and where in the key its letters are when `units` is given.
+std::optional<Tier> classify(const QString &query, const Key &key, QList<qsizetype> *units)
 {
     if (query.isEmpty())
         return std::nullopt;
     const QStringView folded(key.folded);
-    // Where each segment starts, in key units; the last one is the file's name.
-    QList<qsizetype> starts{0};
-    for (qsizetype i = 0; i < folded.size(); ++i) {
-        if (folded.at(i) == u'/')
-            starts.append(i + 1);
+    const qsizetype length = query.size();
+    for (qsizetype s = 0; s < key.segmentStarts.size(); ++s) {
+        const qsizetype start = key.segmentStarts.at(s);
+        const QStringView segment = folded.mid(start, segmentEnd(key, s) - start);
+        // The whole segment, or the part before its last dot; the cheap tests first, since
+        // every path is tested at every key.
+        const bool whole =
+            segment.size() == length || (segment.size() > length && segment.at(length) == u'.' &&
+                                         segment.lastIndexOf(u'.') == length);
+        if (whole && segment.startsWith(query)) {
+            if (units)
+                *units = unitsFrom(start, query.size());
+            return Tier::WholeSegment;
+        }
     }
-    const qsizetype nameStart = starts.last();
-    for (qsizetype s = 0; s < starts.size(); ++s) {
-        const qsizetype start = starts.at(s);
-        const qsizetype end = s + 1 < starts.size() ? starts.at(s + 1) - 1 : folded.size();
-        const QStringView segment = folded.mid(start, end - start);
-        const qsizetype dot = segment.lastIndexOf(u'.');
-        if (segment == query || (dot > 0 && segment.left(dot) == query))
-            return Match{Tier::WholeSegment, originsOf(key, start, query.size())};
+    const qsizetype nameStart = key.segmentStarts.last();
+    if (folded.mid(nameStart).startsWith(query)) {
+        if (units)
+            *units = unitsFrom(nameStart, query.size());
+        return Tier::NameStart;
     }
-    if (folded.mid(nameStart).startsWith(query))
-        return Match{Tier::NameStart, originsOf(key, nameStart, query.size())};
-    for (const qsizetype start : std::as_const(starts)) {
-        if (folded.mid(start).startsWith(query))
-            return Match{Tier::SegmentStart, originsOf(key, start, query.size())};
+    for (const qsizetype start : key.segmentStarts) {
+        if (folded.mid(start).startsWith(query)) {
+            if (units)
+                *units = unitsFrom(start, query.size());
+            return Tier::SegmentStart;
+        }
     }
-    if (const auto positions = inOrder(query, key, nameStart))
-        return Match{Tier::InName, *positions};
-    if (const auto positions = inOrder(query, key, 0))
-        return Match{Tier::InPath, *positions};
+    if (inOrder(query, key, nameStart, units))
+        return Tier::InName;
+    if (units)
+        units->clear();
+    if (inOrder(query, key, 0, units))
+        return Tier::InPath;
     return std::nullopt;
 }
 
-QList<Ranked> rank(const QString &query, const QStringList &paths, const QList<Key> &keys,
-                   qsizetype limit)
+} // namespace
+
+std::optional<Tier> tierOf(const QString &query, const Key &key)
 {
-    QList<Ranked> found;
-    for (qsizetype i = 0; i < paths.size() && i < keys.size(); ++i) {
-        if (auto result = match(query, keys.at(i)))
-            found.append({i, std::move(*result)});
-    }
-    const auto better = [&paths](const Ranked &a, const Ranked &b) {
-        if (a.match.tier != b.match.tier)
-            return a.match.tier < b.match.tier;
-        const QString &pathA = paths.at(a.index);
-        const QString &pathB = paths.at(b.index);
-        if (pathA.size() != pathB.size())
-            return pathA.size() < pathB.size();
-        return pathA < pathB;
+    return classify(query, key, nullptr);
+}
+
+std::optional<Match> match(const QString &query, const Key &key)
+{
+    QList<qsizetype> units;
+    const std::optional<Tier> tier = classify(query, key, &units);
+    if (!tier)
+        return std::nullopt;
+    return Match{*tier, originsOf(key, units)};
+}
+
+bool comesFirst(const QString &a, const QString &b)
+{
+    return a.size() != b.size() ? a.size() < b.size() : a < b;
+}
+
+Ranking rank(const QString &query, const QList<Key> &keys, qsizetype limit,
+             const QList<qsizetype> *candidates)
+{
+    // A long list is cut into one contiguous part per core; the parts' results, joined in
+    // order, are what one pass over the whole list gives.
+    constexpr qsizetype kPartFrom = 20000;
+    const qsizetype total = candidates ? candidates->size() : keys.size();
+    const qsizetype partCount =
+        total >= kPartFrom ? std::max<qsizetype>(1, std::thread::hardware_concurrency()) : 1;
+    struct Part
+    {
+        std::array<QList<qsizetype>, TierCount> tiers;
+        QList<qsizetype> matched;
     };
-    const qsizetype kept = std::min(limit, found.size());
-    std::partial_sort(found.begin(), found.begin() + kept, found.end(), better);
-    found.resize(kept);
-    return found;
+    std::vector<Part> parts(static_cast<size_t>(partCount));
+    const auto matchPart = [&](qsizetype part) {
+        Part &into = parts.at(size_t(part));
+        for (qsizetype at = total * part / partCount; at < total * (part + 1) / partCount; ++at) {
+            const qsizetype index = candidates ? candidates->at(at) : at;
+            const std::optional<Tier> tier = tierOf(query, keys.at(index));
+            if (!tier)
+                continue;
+            into.matched.append(index);
+            QList<qsizetype> &sameTier = into.tiers.at(size_t(*tier));
+            if (sameTier.size() < limit)
+                sameTier.append(index);
+        }
+    };
+    std::vector<std::thread> helpers;
+    for (qsizetype part = 1; part < partCount; ++part)
+        helpers.emplace_back(matchPart, part);
+    matchPart(0);
+    for (std::thread &helper : helpers)
+        helper.join();
+
+    Ranking ranking;
+    for (const Part &part : parts)
+        ranking.matched.append(part.matched);
+    for (int tier = 0; tier < TierCount; ++tier) {
+        for (const Part &part : parts) {
+            for (const qsizetype index : part.tiers.at(size_t(tier))) {
+                if (ranking.best.size() == limit)
+                    return ranking;
+                ranking.best.append({index, *match(query, keys.at(index))});
+            }
+        }
+    }
+    return ranking;
 }
 
 QString marked(const QString &text, const QList<qsizetype> &positions, qsizetype from)

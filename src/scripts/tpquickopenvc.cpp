@@ -70,13 +70,15 @@ void TPQuickOpenVC::viewWillAppear()
             auto index = std::make_shared<Index>();
             for (const QJsonValue &entry : *entries) {
                 const QString path = TPEngineAPI::entryPath(entry);
-                if (path.isEmpty() || TPScriptTree::isFolderEntry(entry) ||
-                    index->fileSet.contains(path))
-                    continue;
-                index->files.append(path);
-                index->keys.append(TPQuickOpenMatch::keyOf(path));
-                index->fileSet.insert(path);
+                if (!path.isEmpty() && !TPScriptTree::isFolderEntry(entry))
+                    index->fileSet.insert(path);
             }
+            // In the order results keep within a tier.
+            index->files = QStringList(index->fileSet.cbegin(), index->fileSet.cend());
+            std::sort(index->files.begin(), index->files.end(), TPQuickOpenMatch::comesFirst);
+            index->keys.reserve(index->files.size());
+            for (const QString &path : std::as_const(index->files))
+                index->keys.append(TPQuickOpenMatch::keyOf(path));
             *read = std::move(index);
         },
         TPWhileAlive(
@@ -112,24 +114,33 @@ void TPQuickOpenVC::refresh()
     const QString folded = TPQuickOpenMatch::keyOf(m_query).folded;
     if (folded.isEmpty()) {
         ++m_generation;
+        m_matched = {};
         showShortcuts();
         return;
     }
     const quint64 generation = ++m_generation;
-    QThreadPool::globalInstance()->start(
-        [index = m_index, folded, query = m_query, generation, self = QPointer(this)] {
-            QList<TPQuickOpenRowsModel::Row> rows;
-            for (const TPQuickOpenMatch::Ranked &found :
-                 TPQuickOpenMatch::rank(folded, index->files, index->keys, ResultLimit))
-                rows.append(resultRow(index->files.at(found.index), found.match.positions));
-            QMetaObject::invokeMethod(
-                QCoreApplication::instance(),
-                [self, generation, query, rows] {
-                    if (self && generation == self->m_generation)
-                        self->showRows(query, rows);
-                },
-                Qt::QueuedConnection);
-        });
+    // Letters added to the shown query narrow its matches: only they are looked at again.
+    const std::shared_ptr<const QList<qsizetype>> candidates =
+        m_matched.files && folded.startsWith(m_matched.foldedQuery) ? m_matched.files : nullptr;
+    QThreadPool::globalInstance()->start([index = m_index, folded, query = m_query, generation,
+                                          candidates, self = QPointer(this)] {
+        TPQuickOpenMatch::Ranking ranking =
+            TPQuickOpenMatch::rank(folded, index->keys, ResultLimit, candidates.get());
+        QList<TPQuickOpenRowsModel::Row> rows;
+        for (const TPQuickOpenMatch::Ranked &found : std::as_const(ranking.best))
+            rows.append(resultRow(index->files.at(found.index), found.match.positions));
+        const Matched matched{folded,
+                              std::make_shared<const QList<qsizetype>>(std::move(ranking.matched))};
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [self, generation, query, rows, matched] {
+                if (!self || generation != self->m_generation)
+                    return;
+                self->m_matched = matched;
+                self->showRows(query, rows);
+            },
+            Qt::QueuedConnection);
+    });
 }
 
 void TPQuickOpenVC::showShortcuts()

@@ -29,8 +29,8 @@ class TPQuickOpenVC : public TPViewController
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
 
 public:
-    // How many results are shown at most.
-    static constexpr int ResultLimit = 100;
+    // How many results are shown at most: a few screens' worth.
+    static constexpr int ResultLimit = 50;
 
     // Makes the screen of one folder of the tree, which a result pushes under its editor.
     using FolderScreen = std::function<TPViewController *(const QString &folder)>;
@@ -68,6 +68,12 @@ private:
     void refresh();
     void showShortcuts();
     void showRows(const QString &query, const QList<TPQuickOpenRowsModel::Row> &rows);
+    // Every file the shown query matches, which a query that extends it is matched among.
+    struct Matched
+    {
+        QString foldedQuery;
+        std::shared_ptr<const QList<qsizetype>> files;
+    };
 
     FolderScreen m_folderScreen;
     TPQuickOpenRowsModel *m_rows;
@@ -78,4 +84,5 @@ private:
     std::shared_ptr<const Index> m_index;
     // Counts the queries sent to the worker: a result is shown only for the newest.
     quint64 m_generation = 0;
+    Matched m_matched;
 };

@@ -35,6 +35,7 @@
 #include "scripts/tpscriptslistvc.h"
 #include "tploopbacklistener.h"
 #include "tprawserver.h"
+#include "tpstallsampler.h"
 
 #include "scripts/tpscriptrowsmodel.h"
 #include "tpquicktestutil.h"
@@ -64,33 +65,6 @@ namespace {
 // Fresh client processes per size: the time printed is their median, the stall the worst
 // of them and the memory the largest.
 constexpr int kRuns = 5;
-
-// The longest the main thread is held up while it runs, seen by a timer due every
-// millisecond.
-class StallSampler
-{
-public:
-    StallSampler()
-    {
-        m_ticker.setInterval(1);
-        QObject::connect(&m_ticker, &QTimer::timeout, [this] {
-            m_longestMs = std::max(m_longestMs, m_sinceTick.nsecsElapsed() / 1e6);
-            m_sinceTick.restart();
-        });
-    }
-    void start()
-    {
-        m_sinceTick.start();
-        m_ticker.start();
-    }
-    void stop() { m_ticker.stop(); }
-    double longestMs() const { return m_longestMs; }
-
-private:
-    QTimer m_ticker;
-    QElapsedTimer m_sinceTick;
-    double m_longestMs = 0;
-};
 
 // The shown folder's size for the rendered line: 10 folders of 9,000 files each, then
 // 9,990 files, all children of the root.
@@ -219,7 +193,7 @@ int measureClient(quint16 port)
     TPScriptsListVC list{QString()};
     list.setPresenter(&presenter);
 
-    StallSampler stalls;
+    TPStallSampler stalls;
 
     QElapsedTimer fetch;
     fetch.start();
@@ -278,7 +252,7 @@ int measureFolderClient(int argc, char *argv[], quint16 port)
     if (!swapped.wait(5000))
         return 1;
 
-    StallSampler stalls;
+    TPStallSampler stalls;
     bool rowsSet = false;
     QObject::connect(list.rows(), &QAbstractItemModel::modelReset, [&] { rowsSet = true; });
     // The first frame rendered after the rows are set, with a row's delegate in it.

@@ -5,14 +5,15 @@
 namespace {
 
 // The paths that match `query`, best first.
-QStringList ranked(const QString &query, const QStringList &paths)
+QStringList ranked(const QString &query, QStringList paths)
 {
+    std::sort(paths.begin(), paths.end(), TPQuickOpenMatch::comesFirst);
     QList<TPQuickOpenMatch::Key> keys;
     for (const QString &path : paths)
         keys.append(TPQuickOpenMatch::keyOf(path));
     QStringList result;
     for (const TPQuickOpenMatch::Ranked &found :
-         TPQuickOpenMatch::rank(TPQuickOpenMatch::keyOf(query).folded, paths, keys, 100))
+         TPQuickOpenMatch::rank(TPQuickOpenMatch::keyOf(query).folded, keys, 100).best)
         result.append(paths.at(found.index));
     return result;
 }
@@ -70,6 +71,33 @@ private slots:
         QCOMPARE(ranked(QStringLiteral("hàm"), kPaths),
                  QStringList({QStringLiteral("old/Hàm_Mới.lua")}));
         QCOMPARE(ranked(QStringLiteral("MAIN"), kPaths), QStringList({QStringLiteral("main.lua")}));
+    }
+
+    // A longer query is matched among the matches of the shorter one it extends, with the
+    // same results as over the whole list.
+    void aLongerQueryMatchesAmongTheShorterOnesMatches()
+    {
+        QStringList paths = kPaths;
+        std::sort(paths.begin(), paths.end(), TPQuickOpenMatch::comesFirst);
+        QList<TPQuickOpenMatch::Key> keys;
+        for (const QString &path : paths)
+            keys.append(TPQuickOpenMatch::keyOf(path));
+        const TPQuickOpenMatch::Ranking first =
+            TPQuickOpenMatch::rank(QStringLiteral("u"), keys, 2);
+        QCOMPARE(first.best.size(), 2);
+        QVERIFY(first.matched.size() > 2);
+        const auto indexes = [](const TPQuickOpenMatch::Ranking &ranking) {
+            QList<qsizetype> found;
+            for (const TPQuickOpenMatch::Ranked &ranked : ranking.best)
+                found.append(ranked.index);
+            return found;
+        };
+        const TPQuickOpenMatch::Ranking narrowed =
+            TPQuickOpenMatch::rank(QStringLiteral("uti"), keys, 10, &first.matched);
+        const TPQuickOpenMatch::Ranking whole =
+            TPQuickOpenMatch::rank(QStringLiteral("uti"), keys, 10);
+        QCOMPARE(indexes(narrowed), indexes(whole));
+        QCOMPARE(narrowed.matched, whole.matched);
     }
 
     void theMatchedLettersAreMarkedInTheName()
