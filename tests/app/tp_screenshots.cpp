@@ -51,11 +51,23 @@ int main(int argc, char *argv[])
     }
     const QString output = arguments.at(2);
     QDir().mkpath(output);
-    const QStringList wanted = {
-        "first-run-prompt",     "scripts",        "add-sheet",     "editor",
-        "editor-syntax-error",  "editor-draft",   "history-files", "history-versions",
-        "history-version",      "alert",          "store",         "settings",
-        "settings-touch-debug", "editor-outline", "move-picker"};
+    const QStringList wanted = {"first-run-prompt",
+                                "scripts",
+                                "add-sheet",
+                                "editor",
+                                "editor-syntax-error",
+                                "editor-draft",
+                                "history-files",
+                                "history-versions",
+                                "history-version",
+                                "alert",
+                                "store",
+                                "settings",
+                                "settings-touch-debug",
+                                "editor-outline",
+                                "move-picker",
+                                "quick-open-recent",
+                                "quick-open"};
 
     const QStringList wideShots = {QStringLiteral("scripts"), QStringLiteral("settings")};
     TPAppTour tour;

@@ -35,10 +35,13 @@ void recordWarnings(QtMsgType type, const QMessageLogContext &context, const QSt
 // The items each stop must show, by object name.
 const QHash<QString, QStringList> kExpectedItems = {
     {"first-run-prompt", {"alertBox", "alertTextField", "alertAction0"}},
-    {"scripts", {"scriptsList", "row0", "addButton", "refreshButton", "historyButton"}},
+    {"scripts",
+     {"scriptsList", "row0", "addButton", "refreshButton", "historyButton", "quickOpenButton"}},
     {"folder", {"scriptsList", "row0", "backButton"}},
     {"editor-outline", {"outlineButton", "outlinePanel", "outlineRow0", "outlineRow1"}},
     {"move-picker", {"folderPickerList", "folderRow0", "folderRow1", "backButton"}},
+    {"quick-open-recent", {"quickOpenField", "quickOpenList", "quickOpenRow0", "quickOpenRun0"}},
+    {"quick-open", {"quickOpenField", "clearQueryButton", "quickOpenRow0", "backButton"}},
     {"add-sheet", {"sheet", "sheetAction0", "sheetAction1"}},
     {"new-folder-prompt", {"alertBox", "alertTextField", "alertAction1"}},
     {"editor",
@@ -110,6 +113,22 @@ QStringList dataShownAsItIs()
 // A text the app shows is its own when each of its parts (its lines, and the pieces a row
 // joins with " · ") is one of the two tables' texts in the current language, with anything
 // in place of its %1, %2, data shown as it is, or has no letters (numbers, glyphs).
+// The text an item shows: styled text (matched letters in bold) without its markup.
+QString shownText(const QQuickItem *item)
+{
+    const QString text = item->property("text").toString();
+    constexpr int styledText = 4; // Text.StyledText
+    if (item->property("textFormat").toInt() != styledText)
+        return text;
+    static const QRegularExpression tag(QStringLiteral("<[^>]*>"));
+    QString plain = text;
+    plain.remove(tag);
+    return plain.replace(QLatin1String("&lt;"), QLatin1String("<"))
+        .replace(QLatin1String("&gt;"), QLatin1String(">"))
+        .replace(QLatin1String("&quot;"), QLatin1String("\""))
+        .replace(QLatin1String("&amp;"), QLatin1String("&"));
+}
+
 QStringList foreignTexts(QQuickItem *root)
 {
     QStringList own;
@@ -152,7 +171,7 @@ QStringList foreignTexts(QQuickItem *root)
         QStringList shown;
         // What a person typed, and the script in the editor, are data.
         if (!isTextEntry(item))
-            shown.append(item->property("text").toString());
+            shown.append(shownText(item));
         shown.append(item->property("placeholderText").toString());
         if (item->objectName() == QLatin1String("syntaxMessage"))
             return; // the Lua compiler's own message, beside the table's "syntax error"

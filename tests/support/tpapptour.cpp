@@ -13,6 +13,7 @@
 #include "platform/tppresenter.h"
 #include "platform/tptabbarcontroller.h"
 #include "scripts/tpfolderpickervc.h"
+#include "scripts/tpquickopenvc.h"
 #include "scripts/tpscriptslistvc.h"
 #include "settings/tpsettingsvc.h"
 #include "tpdevengine.h"
@@ -301,6 +302,21 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
     if (!picker || !waitFor([&] { return picker->rows()->rowCount() > 1; }))
         return fail(QStringLiteral("the folder picker listed no folder"));
     if (!stop("move-picker") || !goBack())
+        return false;
+
+    // Quick open: the file opened last, then a few letters typed.
+    settle(m_window);
+    if (!touch(QStringLiteral("quickOpenButton")))
+        return false;
+    auto *quickOpen = qobject_cast<TPQuickOpenVC *>(scriptsStack->topViewController());
+    if (!quickOpen ||
+        !waitFor([&] { return !quickOpen->loading() && quickOpen->rows()->rowCount() > 0; }))
+        return fail(QStringLiteral("quick open showed no recent file"));
+    if (!stop("quick-open-recent") || !type(QStringLiteral("quickOpenField"), QStringLiteral("hv")))
+        return false;
+    if (!waitFor([&] { return quickOpen->shownQuery() == QLatin1String("hv"); }))
+        return fail(QStringLiteral("quick open showed nothing for what was typed"));
+    if (!stop("quick-open") || !goBack())
         return false;
 
     if (!touch(QStringLiteral("addButton")) || !stop("add-sheet") ||
