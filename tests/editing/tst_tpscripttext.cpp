@@ -1,5 +1,7 @@
 #include "editing/tpscripttext.h"
 
+#include "tpdocumenttext.h"
+
 #include <QRandomGenerator>
 #include <QTest>
 #include <QTextBlock>
@@ -11,15 +13,6 @@ namespace {
 QString u(const char *utf8)
 {
     return QString::fromUtf8(utf8);
-}
-
-// The document's own text: blocks joined by U+2029, every character as stored.
-QString rawDocumentText(const QTextDocument &document)
-{
-    QStringList blocks;
-    for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
-        blocks.append(block.text());
-    return blocks.join(QChar::ParagraphSeparator);
 }
 
 } // namespace
@@ -54,7 +47,7 @@ private slots:
         QTextDocument document;
         document.setPlainText(text);
         QCOMPARE(script.lineCount(), document.blockCount());
-        QCOMPARE(script.documentText(), rawDocumentText(document));
+        QCOMPARE(script.documentText(), TPRawDocumentText(document));
         QCOMPARE(script.text(), text);
     }
 

@@ -1,5 +1,7 @@
 #include "editor/tpeditortextbinding.h"
 
+#include "tpdocumenttext.h"
+
 #include <QRandomGenerator>
 #include <QTest>
 #include <QTextBlock>
@@ -11,15 +13,6 @@ namespace {
 QString u(const char *utf8)
 {
     return QString::fromUtf8(utf8);
-}
-
-// The document's own text: blocks joined by U+2029, every character as stored.
-QString rawDocumentText(const QTextDocument &document)
-{
-    QStringList blocks;
-    for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
-        blocks.append(block.text());
-    return blocks.join(QChar::ParagraphSeparator);
 }
 
 } // namespace
@@ -64,7 +57,7 @@ private slots:
                     cursor.insertBlock();
                 else
                     cursor.removeSelectedText();
-                QCOMPARE(script.documentText(), rawDocumentText(document));
+                QCOMPARE(script.documentText(), TPRawDocumentText(document));
                 TPScriptText fresh;
                 fresh.setText(script.text());
                 QCOMPARE(fresh.lineCount(), script.lineCount());
@@ -92,7 +85,7 @@ private slots:
                 std::min<qsizetype>(random.bounded(3), script.text().size() - from);
             buffer.applyStep({{from, script.text().mid(from, length),
                                pieces.at(random.bounded(pieces.size()))}});
-            QCOMPARE(rawDocumentText(document), script.documentText());
+            QCOMPARE(TPRawDocumentText(document), script.documentText());
         }
     }
 
@@ -108,7 +101,7 @@ private slots:
         TPEditorTextBinding binding(&buffer);
         binding.bindDocument(&document);
         QCOMPARE(script.text(), text);
-        QCOMPARE(rawDocumentText(document), script.documentText());
+        QCOMPARE(TPRawDocumentText(document), script.documentText());
     }
 };
 

@@ -112,6 +112,8 @@ private slots:
         QVERIFY(open);
         for (const char *query : {"u", "ut", "uti", "util"})
             open->setQuery(QString::fromLatin1(query));
+        // Matched away from the main thread: nothing is shown before the event loop runs.
+        QCOMPARE(open->shownQuery(), QString());
         QTRY_COMPARE(open->shownQuery(), QStringLiteral("util"));
         QCOMPARE(shownPaths(open), QStringList({QStringLiteral("lib/util.lua")}));
     }
