@@ -95,6 +95,8 @@ void TPQuickOpenVC::viewWillAppear()
 void TPQuickOpenVC::onIndexRead(std::shared_ptr<const Index> index)
 {
     m_index = std::move(index);
+    // The matches kept count in the listing they came from.
+    m_matched = {};
     refresh();
 }
 

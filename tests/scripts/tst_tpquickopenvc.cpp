@@ -118,6 +118,21 @@ private slots:
         QCOMPARE(shownPaths(open), QStringList({QStringLiteral("lib/util.lua")}));
     }
 
+    // Coming back into view reads the listing again; what the earlier one matched is not
+    // carried over to it.
+    void aNewListingIsMatchedAfresh()
+    {
+        TPQuickOpenVC *open = openQuickOpen();
+        QVERIFY(open);
+        QVERIFY(type(open, QStringLiteral("ut")));
+        m_fixture.serveListing("{\"entries\":[{\"path\":\"a.lua\"},{\"path\":\"b.lua\"},"
+                               "{\"path\":\"tools/util_new.lua\"}]}");
+        open->viewWillAppear();
+        QTRY_VERIFY(!open->loading());
+        QVERIFY(type(open, QStringLiteral("util")));
+        QCOMPARE(shownPaths(open), QStringList({QStringLiteral("tools/util_new.lua")}));
+    }
+
     void openingAResultPushesItsFoldersAndTheEditorAndBackWalksUpTheTree()
     {
         TPQuickOpenVC *open = openQuickOpen();
