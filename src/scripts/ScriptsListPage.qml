@@ -17,7 +17,7 @@ ScreenPage {
     leadingBarItems: BarButton {
         objectName: "quickOpenButton"
         // A magnifier; the words are its spoken name.
-        glyph: "⌕"
+        glyph: "⚲"
         text: page.controller ? page.controller.texts.quickOpen : ""
         onClicked: page.controller.onQuickOpenTapped()
     }
