@@ -178,28 +178,25 @@ ScreenPage {
                         objectName: "unreachableNote"
                         width: parent.width
                         visible: row.unreachable
-                        text: page.controller.texts.unreachable
+                        text: row.unreachable ? page.controller.texts.unreachable : ""
                         wrapMode: Text.Wrap
                         font.pixelSize: 12
                         color: Theme.secondaryLabel
                     }
                 }
-                Row {
-                    Repeater {
-                        model: row.buttons
-                        delegate: BarButton {
-                            required property var modelData
-                            objectName: "rowButton_" + modelData.action + "_" + row.index
-                            anchorName: modelData.action === "more" ? "row:" + row.index : ""
-                            text: modelData.title
-                            enabled: modelData.enabled
-                            color: Theme[modelData.color]
-                            Accessible.name: modelData.accessibleName !== undefined ? modelData.accessibleName : modelData.title
-                            onClicked: page.controller.onRowButtonTapped(modelData.action, row.index)
-                        }
-                    }
+                // A file's row holds two buttons (run, menu), a folder's row one (menu).
+                RowButton {
+                    rowIndex: row.index
+                    entry: row.buttons[0]
+                    onClicked: page.controller.onRowButtonTapped(entry.action, row.index)
+                }
+                RowButton {
+                    rowIndex: row.index
+                    entry: row.buttons[1]
+                    onClicked: page.controller.onRowButtonTapped(entry.action, row.index)
                 }
                 Text {
+                    objectName: "rowChevron"
                     text: row.isFolder ? "›" : ""
                     font.pixelSize: 24
                     color: Theme.chevron

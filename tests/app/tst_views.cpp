@@ -153,6 +153,19 @@ private slots:
         QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/runfile")).size(), 1);
         QQuickItem *more = TPFindItem(m_view->rootObject(), QStringLiteral("rowButton_more_0"));
         QVERIFY(more && more->isVisible());
+        // A folder's row has one button and no room kept for a second: its menu button lines
+        // up with the file row's.
+        QQuickItem *fileMore = TPFindItem(m_view->rootObject(), QStringLiteral("rowButton_more_1"));
+        QVERIFY(fileMore);
+        QQuickItem *chevron = TPFindItem(TPFindItem(m_view->rootObject(), QStringLiteral("row0")),
+                                         QStringLiteral("rowChevron"));
+        QVERIFY(chevron && chevron->width() > 0);
+        QCOMPARE(more->mapToScene(QPointF(more->width(), 0)).x(),
+                 chevron->mapToScene(QPointF()).x());
+        QCOMPARE(chevron->mapToScene(QPointF(chevron->width(), 0)).x(),
+                 fileMore->mapToScene(QPointF(fileMore->width(), 0)).x());
+        QCOMPARE(run->mapToScene(QPointF(run->width(), 0)).x(),
+                 fileMore->mapToScene(QPointF()).x());
         QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(more));
         QTRY_COMPARE(m_fixture.actionTitles(),
                      QStringList({u8"Đổi tên", u8"Xoá", u8"Di chuyển…", u8"Huỷ"}));

@@ -1,0 +1,36 @@
+import QtQuick
+import QtQuick.Controls
+import TPCompanion.Platform
+
+// One of a list row's buttons, drawn from one entry of the row's `buttons` (a title, a
+// colour named in the theme, an action, and perhaps a spoken name). A screenful of rows is
+// built in the turn that shows them, so a row button is a single text with no layout of its
+// own. Without an entry it is hidden and takes no room.
+AbstractButton {
+    id: button
+    required property int rowIndex
+    property var entry: undefined
+
+    visible: entry !== undefined
+    objectName: entry !== undefined ? "rowButton_" + entry.action + "_" + rowIndex : ""
+    text: entry !== undefined ? entry.title : ""
+    enabled: entry !== undefined && entry.enabled
+    implicitWidth: visible ? Math.max(44, implicitContentWidth + 16) : 0
+    implicitHeight: 44
+    Accessible.name: entry !== undefined && entry.accessibleName !== undefined ? entry.accessibleName : text
+
+    // The row's menu opens as a sheet next to its button.
+    readonly property string anchorName: entry !== undefined && entry.action === "more" ? "row:" + rowIndex : ""
+    Component.onCompleted: if (anchorName !== "") SheetAnchors.register(anchorName, button)
+    Component.onDestruction: if (anchorName !== "") SheetAnchors.unregister(anchorName, button)
+
+    contentItem: Text {
+        text: button.text
+        font.pixelSize: 17
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+        opacity: button.pressed ? 0.4 : 1
+        color: button.enabled && button.entry !== undefined ? Theme[button.entry.color] : Theme.secondaryLabel
+    }
+    background: Item {}
+}
