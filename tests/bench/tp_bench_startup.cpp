@@ -7,6 +7,11 @@
 // and the process's resident memory 1.5 s after that frame. It prints the medians:
 //
 //   startup first_frame_ms=X bare_first_frame_ms=Y ratio=R idle_rss_mb=M bare_idle_rss_mb=B
+//     detail bare_libcurl_first_frame_ms=Y2 bare_libcurl_ratio=R2 bare_libcurl_idle_rss_mb=B2
+//
+// The detail line is the same bare window with libcurl loaded and set up (alternating with
+// the other two): the floor of any window whose engine client speaks through libcurl, and
+// its ratio to the bare window.
 //
 // It fails instead of printing when a process shows no frame, or when the app never asked
 // the engine for its listing (it did not get as far as its first screen).
@@ -160,13 +165,15 @@ int main(int argc, char *argv[])
     environment.insert(QStringLiteral("XDG_DATA_HOME"), work.filePath(QStringLiteral("data")));
     environment.insert(QStringLiteral("XDG_CACHE_HOME"), work.filePath(QStringLiteral("cache")));
 
-    QList<double> appFrames, bareFrames, appRss, bareRss;
+    QList<double> appFrames, bareFrames, appRss, bareRss, curlFrames, curlRss;
     for (int i = 0; i < runs; ++i) {
         const int listingsBefore = listings;
         const std::optional<Run> appRun = measure(
             QStringLiteral(TP_APP_PATH), {QStringLiteral("--owner-root"), owner}, environment);
         const std::optional<Run> bareRun = measure(QStringLiteral(TP_BARE_PATH), {}, environment);
-        if (!appRun || !bareRun) {
+        const std::optional<Run> curlRun =
+            measure(QStringLiteral(TP_BARE_LIBCURL_PATH), {}, environment);
+        if (!appRun || !bareRun || !curlRun) {
             fprintf(stderr, "a run ended before its figures were taken\n");
             return 1;
         }
@@ -178,11 +185,17 @@ int main(int argc, char *argv[])
         appRss.append(appRun->idleRssMb);
         bareFrames.append(bareRun->firstFrameMs);
         bareRss.append(bareRun->idleRssMb);
+        curlFrames.append(curlRun->firstFrameMs);
+        curlRss.append(curlRun->idleRssMb);
     }
     const double appFrame = median(appFrames);
     const double bareFrame = median(bareFrames);
     printf("startup first_frame_ms=%.1f bare_first_frame_ms=%.1f ratio=%.2f idle_rss_mb=%.1f "
            "bare_idle_rss_mb=%.1f\n",
            appFrame, bareFrame, appFrame / bareFrame, median(appRss), median(bareRss));
+    const double curlFrame = median(curlFrames);
+    printf("  detail bare_libcurl_first_frame_ms=%.1f bare_libcurl_ratio=%.2f "
+           "bare_libcurl_idle_rss_mb=%.1f\n",
+           curlFrame, curlFrame / bareFrame, median(curlRss));
     return 0;
 }
