@@ -150,7 +150,7 @@ ScreenPage {
             leftPadding: 12 + page.sideInset
             rightPadding: 12 + page.sideInset
             // A note under the name wraps to as many lines as it needs on a narrow phone.
-            height: unreachable ? Math.max(60, contentItem.implicitHeight + topPadding + bottomPadding) : 44
+            implicitHeight: unreachable ? Math.max(60, implicitContentHeight + topPadding + bottomPadding) : 44
             swipe.enabled: canEdit
             Accessible.name: unreachable ? label + ". " + page.controller.texts.unreachable : label
             onClicked: {

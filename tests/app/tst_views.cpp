@@ -243,6 +243,8 @@ private slots:
 
     void anUnreachableNameShowsItsNote()
     {
+        // The row's height follows its wrapped note without going round in a loop.
+        QTest::failOnWarning(QRegularExpression(QStringLiteral("Binding loop")));
         m_fixture.serveListing("{\"entries\":[{\"path\":\"a b.lua\"}]}");
         QVERIFY(showList());
         QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("row0")));
@@ -257,6 +259,7 @@ private slots:
         const QRectF inRow = note->mapRectToItem(row, QRectF(0, 0, note->width(), note->height()));
         QVERIFY2(inRow.bottom() <= row->height(),
                  qPrintable(QStringLiteral("%1 > %2").arg(inRow.bottom()).arg(row->height())));
+        QVERIFY(row->height() >= 60);
     }
 
     void anOrdinaryRowIs44High()
@@ -356,6 +359,8 @@ private slots:
         QTRY_VERIFY(!settings->isVisible());
         QCOMPARE(TPFindItem(m_view->rootObject(), QStringLiteral("settingsTable")), settings);
         QVERIFY(TPFindShownItem(m_view->rootObject(), QStringLiteral("scriptsList")));
+        // The view goes before the delegate whose tabs it shows, as in the app.
+        m_view.reset();
     }
 
     void swipingFolderRowRevealsNothing()
