@@ -13,7 +13,6 @@ ScreenPage {
     readonly property TPCodeEditor code: controller.code
     readonly property var texts: controller.toolTexts
     property bool findOpen: false
-    property bool outlineOpen: false
 
     barItems: Row {
         BarButton {
@@ -76,12 +75,8 @@ ScreenPage {
                 text: "≡"
                 textSize: 22
                 Accessible.name: page.texts.editor_outline
-                checked: page.outlineOpen
-                onClicked: {
-                    if (!page.outlineOpen)
-                        page.code.refreshOutline()
-                    page.outlineOpen = !page.outlineOpen
-                }
+                checked: page.code.outlineOpen
+                onClicked: page.code.outlineOpen = !page.code.outlineOpen
             }
         }
         BusyIndicator {
@@ -125,14 +120,13 @@ ScreenPage {
     OutlinePanel {
         id: outlinePanel
         objectName: "outlinePanel"
-        visible: page.outlineOpen
+        visible: page.code.outlineOpen
         anchors { left: parent.left; right: parent.right; top: tools.bottom }
         height: visible ? implicitHeight : 0
         z: 2
         code: page.code
         texts: page.texts
         codeFont: page.controller.font
-        onChosen: page.outlineOpen = false
     }
 
     FindBar {

@@ -4,14 +4,13 @@ import TPCompanion.Platform
 import TPCompanion.Editor
 
 // The script's functions under the editor's tool bar, in the order they appear; a tap puts
-// the cursor on the function's line.
+// the cursor on the function's line and closes the outline.
 Rectangle {
     id: panel
     required property TPCodeEditor code
     required property var texts
     // The editor's font: a function's name reads as it does in the script.
     required property font codeFont
-    signal chosen()
 
     color: Theme.background
     implicitHeight: Math.min(list.contentHeight, 5.5 * 44) + (list.count === 0 ? 44 : 0) + 0.5
@@ -45,10 +44,7 @@ Rectangle {
             leftPadding: 16
             rightPadding: 16
             Accessible.name: title + ", " + detail
-            onClicked: {
-                panel.code.goToOutlineRow(index)
-                panel.chosen()
-            }
+            onClicked: panel.code.goToOutlineRow(index)
             contentItem: Item {
                 // The line number keeps a column of its own at the right.
                 Text {

@@ -117,8 +117,19 @@ void TPCodeEditor::refreshOutline()
     m_outline.setRows(rows);
 }
 
+void TPCodeEditor::setOutlineOpen(bool open)
+{
+    if (open == m_outlineOpen)
+        return;
+    if (open)
+        refreshOutline();
+    m_outlineOpen = open;
+    emit outlineOpenChanged();
+}
+
 void TPCodeEditor::goToOutlineRow(int row)
 {
     if (row >= 0 && row < m_outlineLines.size())
         m_buffer.goToLine(m_outlineLines.at(row));
+    setOutlineOpen(false);
 }

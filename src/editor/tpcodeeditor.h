@@ -32,6 +32,9 @@ class TPCodeEditor : public QObject
     Q_PROPERTY(TPFindReplace *find READ find CONSTANT)
     // The script's functions, as the outline shows them since it was last refreshed.
     Q_PROPERTY(TPTitledRowsModel *outline READ outline CONSTANT)
+    // Whether the outline is shown. Opening it lists the functions of the text as it is then;
+    // choosing one closes it.
+    Q_PROPERTY(bool outlineOpen READ outlineOpen WRITE setOutlineOpen NOTIFY outlineOpenChanged)
 
 public:
     // `chunkName` names the script in the compiler's messages (the file name).
@@ -58,6 +61,8 @@ public:
     QStringList symbolKeys() const;
     TPFindReplace *find() { return &m_find; }
     TPTitledRowsModel *outline() { return &m_outline; }
+    bool outlineOpen() const { return m_outlineOpen; }
+    void setOutlineOpen(bool open);
 
 public slots:
     void undo() { m_buffer.undo(); }
@@ -73,7 +78,8 @@ public slots:
     void checkSyntaxNow() { m_checker->checkNow(); }
     // Lists the functions of the text as it is now: each its name and its line.
     void refreshOutline();
-    // Puts the cursor at the start of the line of the outline's function at `row`.
+    // Puts the cursor at the start of the line of the outline's function at `row`, and
+    // closes the outline.
     void goToOutlineRow(int row);
 
 signals:
@@ -88,6 +94,7 @@ signals:
     void lineJumped();
     // A new text brought its own indent step.
     void indentChanged();
+    void outlineOpenChanged();
 
 private:
     // Colours the document the text is shown in, with the theme's token colours.
@@ -101,6 +108,7 @@ private:
     TPTitledRowsModel m_outline;
     // The line of each function the outline lists.
     QList<int> m_outlineLines;
+    bool m_outlineOpen = false;
     // The syntax check, once typing pauses.
     TPLuaSyntaxChecker *m_checker;
 };

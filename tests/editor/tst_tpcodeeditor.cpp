@@ -134,6 +134,32 @@ private slots:
         QCOMPARE(checked.size(), 1);
         QVERIFY(!editor->syntaxCheckPending());
     }
+
+    // Opening the outline lists the functions of the text as it is then; a function typed
+    // while it is open shows the next time it opens; choosing a function goes to its line
+    // and closes the outline.
+    void theOutlineListsTheTextAsItIsWhenOpenedAndClosesOnAChoice()
+    {
+        TPCodeEditor *editor = editorWith(QStringLiteral("x = 1\nfunction a()\nend\n"));
+        QSignalSpy openChanged(editor, &TPCodeEditor::outlineOpenChanged);
+        QCOMPARE(editor->outline()->rowCount(), 0);
+        editor->setOutlineOpen(true);
+        QVERIFY(editor->outlineOpen());
+        QCOMPARE(openChanged.size(), 1);
+        QCOMPARE(editor->outline()->rowCount(), 1);
+        editor->buffer()->select(editor->text().size(), editor->text().size());
+        for (const QChar c : QStringLiteral("function b() end"))
+            editor->buffer()->typeCharacter(c);
+        QCOMPARE(editor->outline()->rowCount(), 1);
+        editor->setOutlineOpen(false);
+        editor->setOutlineOpen(true);
+        QCOMPARE(editor->outline()->rowCount(), 2);
+        editor->goToOutlineRow(0);
+        QVERIFY(!editor->outlineOpen());
+        QCOMPARE(openChanged.size(), 4);
+        const qsizetype lineTwo = QStringLiteral("x = 1\n").size();
+        QCOMPARE(editor->buffer()->selection(), std::make_pair(lineTwo, lineTwo));
+    }
 };
 
 QTEST_MAIN(TestTPCodeEditor)
