@@ -262,7 +262,7 @@ ScreenPage {
             rightPadding: 6
             topPadding: 8
             bottomPadding: 8 + page.controller.bottomInset + (symbolRow.visible ? symbolRow.height : 0)
-            inputMethodHints: Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText | Qt.ImhPreferLatin
+            inputMethodHints: TPInputTraits.code
             selectByMouse: true
             persistentSelection: true
             Accessible.name: page.controller.title

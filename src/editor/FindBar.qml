@@ -37,7 +37,7 @@ Rectangle {
                 objectName: "findField"
                 width: parent.width - count.width - previous.width - next.width - 3 * parent.spacing
                 placeholderText: bar.texts.find_placeholder
-                inputMethodHints: Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText
+                inputMethodHints: TPInputTraits.verbatim
                 text: bar.find.query
                 onTextEdited: bar.find.query = text
                 onAccepted: bar.find.findNext()
@@ -72,7 +72,7 @@ Rectangle {
                 objectName: "replaceField"
                 width: parent.width - replaceOne.width - replaceAll.width - 2 * parent.spacing
                 placeholderText: bar.texts.replace_placeholder
-                inputMethodHints: Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText
+                inputMethodHints: TPInputTraits.verbatim
                 text: bar.find.replacement
                 onTextEdited: bar.find.replacement = text
                 Accessible.name: bar.texts.replace_placeholder
@@ -113,7 +113,7 @@ Rectangle {
                 objectName: "goToLineField"
                 width: 90
                 placeholderText: bar.texts.goto_placeholder
-                inputMethodHints: Qt.ImhDigitsOnly
+                inputMethodHints: TPInputTraits.digits
                 validator: IntValidator { bottom: 1 }
                 onAccepted: bar.code.goToLine(parseInt(text))
                 Accessible.name: bar.texts.goto_placeholder

@@ -23,11 +23,10 @@ Rectangle {
         anchors { fill: parent; topMargin: 2; bottomMargin: 2 }
         orientation: ListView.Horizontal
         model: row.keys
-        delegate: AbstractButton {
+        delegate: FocusKeepingButton {
             id: key
             required property var modelData
             objectName: "symbolKey_" + modelData.key
-            focusPolicy: Qt.NoFocus
             // Keys touch each other at 44x44 points; each is drawn 36 high with a gap around it.
             width: Math.max(44, contentItem.implicitWidth + 16)
             height: 44

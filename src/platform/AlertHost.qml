@@ -21,16 +21,6 @@ Item {
         value: host.width
     }
 
-    // Whether the keyboard may correct or capitalise what is typed into the field.
-    function hintsFor(alert) {
-        let hints = Qt.ImhNone
-        if (!alert.autocorrection)
-            hints |= Qt.ImhNoPredictiveText
-        if (!alert.autocapitalization)
-            hints |= Qt.ImhNoAutoUppercase
-        return hints
-    }
-
     Rectangle {
         anchors.fill: parent
         color: Theme.scrim
@@ -91,7 +81,7 @@ Item {
                     anchors { left: parent.left; right: parent.right; margins: 16; bottom: parent.bottom }
                     font.pixelSize: 14
                     placeholderText: host.alert ? host.alert.placeholder : ""
-                    inputMethodHints: host.alert ? host.hintsFor(host.alert) : Qt.ImhNone
+                    inputMethodHints: host.alert ? host.alert.inputMethodHints : 0
                     onTextEdited: if (host.alert) host.alert.text = text
                     onAccepted: if (host.alert) host.alert.submit()
                     Connections {

@@ -4,9 +4,8 @@ import TPCompanion.Platform
 
 // A compact text button for a tool strip; `checked` shows a toggle that is on. It never
 // takes the keyboard focus, so the text being edited keeps it.
-AbstractButton {
+FocusKeepingButton {
     id: button
-    focusPolicy: Qt.NoFocus
     // A finger's 44x44 points at least; the toggle's fill is drawn 34 high inside them.
     implicitWidth: Math.max(44, contentItem.implicitWidth + 20)
     implicitHeight: 44

@@ -81,6 +81,16 @@ void TPAlertController::dismissByCancel()
     }
 }
 
+int TPAlertController::inputMethodHints() const
+{
+    Qt::InputMethodHints hints = Qt::ImhNone;
+    if (!m_field.autocorrection)
+        hints |= Qt::ImhNoPredictiveText;
+    if (!m_field.autocapitalization)
+        hints |= Qt::ImhNoAutoUppercase;
+    return int(hints);
+}
+
 QString TPAlertController::accessibleName() const
 {
     if (!m_title.isEmpty())

@@ -58,6 +58,9 @@ class TPAlertController : public QObject
     Q_PROPERTY(QString placeholder READ placeholder CONSTANT)
     Q_PROPERTY(bool autocorrection READ autocorrection CONSTANT)
     Q_PROPERTY(bool autocapitalization READ autocapitalization CONSTANT)
+    // The keyboard hints of the text field, from the two above (a number, as
+    // TPInputTraits gives them).
+    Q_PROPERTY(int inputMethodHints READ inputMethodHints CONSTANT)
     Q_PROPERTY(QQmlListProperty<TPAlertAction> actions READ actionList CONSTANT)
     Q_PROPERTY(QString anchor READ anchor CONSTANT)
     // What a screen reader announces for the alert or sheet: its title, else its message,
@@ -98,6 +101,7 @@ public:
     QString placeholder() const { return m_field.placeholder; }
     bool autocorrection() const { return m_field.autocorrection; }
     bool autocapitalization() const { return m_field.autocapitalization; }
+    int inputMethodHints() const;
     QList<TPAlertAction *> actions() const { return m_actions; }
     // The same actions as a list the views can read.
     QQmlListProperty<TPAlertAction> actionList();

@@ -26,29 +26,17 @@ ScreenPage {
         anchors { leftMargin: 8 + page.sideInset; rightMargin: 8 + page.sideInset }
         rightPadding: clearQuery.visible ? clearQuery.width : leftPadding
         placeholderText: page.texts.placeholder
-        inputMethodHints: Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText
+        inputMethodHints: TPInputTraits.verbatim
         text: page.controller.query
         onTextEdited: page.controller.query = text
         onAccepted: page.controller.didSelectRow(0)
         Accessible.name: placeholderText
-        AbstractButton {
+        ClearTextButton {
             id: clearQuery
             objectName: "clearQueryButton"
-            anchors { right: parent.right; verticalCenter: parent.verticalCenter }
-            width: 44
-            height: 44
-            visible: queryField.text !== ""
-            focusPolicy: Qt.NoFocus
+            field: queryField
             Accessible.name: page.texts.clear
-            Accessible.role: Accessible.Button
             onClicked: page.controller.query = ""
-            contentItem: Text {
-                text: "✕"
-                color: Theme.secondaryLabel
-                font.pixelSize: 14
-                horizontalAlignment: Text.AlignHCenter
-                verticalAlignment: Text.AlignVCenter
-            }
         }
     }
 

@@ -84,28 +84,16 @@ ScreenPage {
                 anchors { leftMargin: 8 + page.sideInset; rightMargin: 8 + page.sideInset }
                 rightPadding: clearSearch.visible ? clearSearch.width : leftPadding
                 placeholderText: page.controller ? page.controller.texts.search : ""
-                inputMethodHints: Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText
+                inputMethodHints: TPInputTraits.verbatim
                 text: page.controller ? page.controller.searchText : ""
                 onTextEdited: page.controller.searchText = text
                 Accessible.name: placeholderText
-                AbstractButton {
+                ClearTextButton {
                     id: clearSearch
                     objectName: "clearSearchButton"
-                    anchors { right: parent.right; verticalCenter: parent.verticalCenter }
-                    width: 44
-                    height: 44
-                    visible: searchField.text !== ""
-                    focusPolicy: Qt.NoFocus
+                    field: searchField
                     Accessible.name: page.controller ? page.controller.texts.clearSearch : ""
-                    Accessible.role: Accessible.Button
                     onClicked: page.controller.clearSearch()
-                    contentItem: Text {
-                        text: "✕"
-                        color: Theme.secondaryLabel
-                        font.pixelSize: 14
-                        horizontalAlignment: Text.AlignHCenter
-                        verticalAlignment: Text.AlignVCenter
-                    }
                 }
             }
         }

@@ -408,6 +408,41 @@ private slots:
         QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/scripts")).size(), 2);
     }
 
+    // The device name is typed as it stands but capitalised as a name: the keyboard hints
+    // of the prompt's field follow the alert's.
+    void theFirstRunPromptsFieldIsNotCorrectedButCapitalised()
+    {
+        AppDelegate app;
+        QVERIFY(showFirstRunPromptWithTheKeyboard(app));
+        QQuickItem *field = TPFindItem(m_view->rootObject(), QStringLiteral("alertTextField"));
+        QCOMPARE(field->inputMethodQuery(Qt::ImHints).toInt(), int(Qt::ImhNoPredictiveText));
+    }
+
+    // Search text is typed as it stands, neither corrected nor capitalised, and its clear
+    // button leaves the focus (and the keyboard) in the field.
+    void theSearchFieldTypesVerbatimAndClearingKeepsItsFocus()
+    {
+        TPScriptsListVC *list = showList();
+        QVERIFY(list);
+        QQuickItem *search = nullptr;
+        QTRY_VERIFY(
+            (search = TPFindShownItem(m_view->rootObject(), QStringLiteral("searchField"))));
+        QCOMPARE(search->inputMethodQuery(Qt::ImHints).toInt(),
+                 int(Qt::ImhNoAutoUppercase | Qt::ImhNoPredictiveText));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(search));
+        QTRY_VERIFY(search->hasActiveFocus());
+        QTest::keyClick(m_view.get(), Qt::Key_M);
+        QTest::keyClick(m_view.get(), Qt::Key_A);
+        QCOMPARE(list->searchText(), QStringLiteral("ma"));
+        QQuickItem *clear =
+            TPFindShownItem(m_view->rootObject(), QStringLiteral("clearSearchButton"));
+        QVERIFY(clear);
+        QCOMPARE(clear->property("focusPolicy").toInt(), int(Qt::NoFocus));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(clear));
+        QTRY_COMPARE(list->searchText(), QString());
+        QVERIFY(search->hasActiveFocus());
+    }
+
     void typingIntoTheFirstRunPromptFollowsTheTrimmedText()
     {
         AppDelegate app;

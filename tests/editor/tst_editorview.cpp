@@ -169,6 +169,34 @@ private slots:
     }
 
     // Opening Find gives the search field the keyboard.
+    // Code is typed as it stands and in the Latin alphabet, find and replace text as it
+    // stands, a line number in digits; the tool buttons and symbol keys leave the focus (and
+    // the keyboard) in the text.
+    void theKeyboardTypesCodeVerbatimAndTheButtonsLeaveTheFocusInTheText()
+    {
+        serve("print(1)\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        const int verbatim = int(Qt::ImhNoAutoUppercase | Qt::ImhNoPredictiveText);
+        QCOMPARE(item(QStringLiteral("editor"))->inputMethodQuery(Qt::ImHints).toInt() &
+                     int(Qt::ImhNoAutoUppercase | Qt::ImhNoPredictiveText | Qt::ImhPreferLatin),
+                 verbatim | int(Qt::ImhPreferLatin));
+        click(QStringLiteral("findButton"));
+        QTRY_VERIFY(item(QStringLiteral("findField"))->isVisible());
+        QCOMPARE(item(QStringLiteral("findField"))->inputMethodQuery(Qt::ImHints).toInt(),
+                 verbatim);
+        QCOMPARE(item(QStringLiteral("replaceField"))->inputMethodQuery(Qt::ImHints).toInt(),
+                 verbatim);
+        QCOMPARE(item(QStringLiteral("goToLineField"))->inputMethodQuery(Qt::ImHints).toInt(),
+                 int(Qt::ImhDigitsOnly));
+        for (const QString &button : {QStringLiteral("undoButton"), QStringLiteral("findButton"),
+                                      QStringLiteral("wrapButton"), QStringLiteral("findNext")})
+            QCOMPARE(item(button)->property("focusPolicy").toInt(), int(Qt::NoFocus));
+        click(QStringLiteral("symbolsButton"));
+        QTRY_VERIFY(item(QStringLiteral("symbolKey_=")));
+        QCOMPARE(item(QStringLiteral("symbolKey_="))->property("focusPolicy").toInt(),
+                 int(Qt::NoFocus));
+    }
+
     void openingFindFocusesTheSearchField()
     {
         serve("print(1)\n");
