@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls
 import TPCompanion.Platform
 
 // The keys a phone keyboard hides, in one row that scrolls sideways above the keyboard.

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls
 import TPCompanion.Platform
 
 // A compact text button for a tool strip; `checked` shows a toggle that is on. It never
