@@ -78,7 +78,8 @@ Item {
                 ThemedTextField {
                     id: field
                     objectName: "alertTextField"
-                    anchors { left: parent.left; right: parent.right; margins: 16; bottom: parent.bottom }
+                    // 44 high (its box is drawn 36 high inside), at the bottom of its 48.
+                    anchors { left: parent.left; right: parent.right; leftMargin: 16; rightMargin: 16; bottom: parent.bottom }
                     font.pixelSize: 14
                     placeholderText: host.alert ? host.alert.placeholder : ""
                     inputMethodHints: host.alert ? host.alert.inputMethodHints : 0

@@ -408,6 +408,36 @@ private slots:
         QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/scripts")).size(), 2);
     }
 
+    // An alert's field sits under its title and message, clear of both, and inside the
+    // alert.
+    void anAlertsFieldSitsBelowItsTextsInsideTheAlert()
+    {
+        AppDelegate app;
+        QVERIFY(showFirstRunPromptWithTheKeyboard(app));
+        QQuickItem *root = m_view->rootObject();
+        const auto sceneRect = [](QQuickItem *item) {
+            return item->mapRectToScene(QRectF(0, 0, item->width(), item->height()));
+        };
+        QQuickItem *field = TPFindShownItem(root, QStringLiteral("alertTextField"));
+        QQuickItem *box = TPFindShownItem(root, QStringLiteral("alertBox"));
+        QVERIFY(field && box);
+        int textsAbove = 0;
+        for (const QString &name : {QStringLiteral("alertTitle"), QStringLiteral("alertMessage")}) {
+            QQuickItem *text = TPFindShownItem(root, name);
+            if (!text)
+                continue;
+            ++textsAbove;
+            QTRY_VERIFY(text->height() > 0);
+            QVERIFY2(sceneRect(field).top() >= sceneRect(text).bottom(),
+                     qPrintable(QStringLiteral("the field's top %1 is above the bottom of %2, %3")
+                                    .arg(sceneRect(field).top())
+                                    .arg(name)
+                                    .arg(sceneRect(text).bottom())));
+        }
+        QVERIFY(textsAbove > 0);
+        QVERIFY(sceneRect(box).contains(sceneRect(field)));
+    }
+
     // The device name is typed as it stands but capitalised as a name: the keyboard hints
     // of the prompt's field follow the alert's.
     void theFirstRunPromptsFieldIsNotCorrectedButCapitalised()
