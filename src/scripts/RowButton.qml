@@ -24,10 +24,10 @@ AbstractButton {
     Component.onCompleted: if (anchorName !== "") SheetAnchors.register(anchorName, button)
     Component.onDestruction: if (anchorName !== "") SheetAnchors.unregister(anchorName, button)
 
+    // Drawn where a bar button draws its title: at the start of its width.
     contentItem: Text {
         text: button.text
         font.pixelSize: 17
-        horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         opacity: button.pressed ? 0.4 : 1
         color: button.enabled && button.entry !== undefined ? Theme[button.entry.color] : Theme.secondaryLabel
