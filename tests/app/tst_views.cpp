@@ -121,13 +121,16 @@ private slots:
         QCOMPARE(buttonRect.top(), rowRect.top());
         QCOMPARE(buttonRect.height(), rowRect.height());
         QCOMPARE(buttonRect.right(), rowRect.right());
-        // The row's name is drawn at the middle of the row, as the button's text is.
+        // The row's name is drawn at the middle of the row, as the button's text is, once the
+        // row is laid out (its layout places its parts when it is polished, before a frame).
         QQuickItem *label = TPFindItem(fileRow, QStringLiteral("rowLabel"));
         QVERIFY(label);
-        const qreal labelMiddle = label->mapToScene(QPointF(0, label->height() / 2)).y();
-        QVERIFY2(
-            qAbs(labelMiddle - buttonRect.center().y()) <= 1.5,
-            qPrintable(QStringLiteral("%1 vs %2").arg(labelMiddle).arg(buttonRect.center().y())));
+        const auto labelMiddle = [label] {
+            return label->mapToScene(QPointF(0, label->height() / 2)).y();
+        };
+        QTRY_VERIFY2(
+            qAbs(labelMiddle() - buttonRect.center().y()) <= 1.5,
+            qPrintable(QStringLiteral("%1 vs %2").arg(labelMiddle()).arg(buttonRect.center().y())));
         // In the interface's language.
         QCOMPARE(TPFindItem(deleteButton, QStringLiteral("deleteButtonText"))
                      ->property("text")
@@ -256,9 +259,12 @@ private slots:
         QCOMPARE(note->property("text").toString(), TPL("row_unreachable"));
         QVERIFY(!note->property("truncated").toBool());
         QVERIFY(note->property("lineCount").toInt() >= 2);
-        const QRectF inRow = note->mapRectToItem(row, QRectF(0, 0, note->width(), note->height()));
-        QVERIFY2(inRow.bottom() <= row->height(),
-                 qPrintable(QStringLiteral("%1 > %2").arg(inRow.bottom()).arg(row->height())));
+        // Once the row is laid out (its layout places its parts when it is polished).
+        const auto noteBottom = [note, row] {
+            return note->mapRectToItem(row, QRectF(0, 0, note->width(), note->height())).bottom();
+        };
+        QTRY_VERIFY2(noteBottom() <= row->height(),
+                     qPrintable(QStringLiteral("%1 > %2").arg(noteBottom()).arg(row->height())));
         QVERIFY(row->height() >= 60);
     }
 
