@@ -3,12 +3,12 @@
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
-// What the app's text fields ask of the keyboard, as values the views bind to. Views read
-// them here rather than as the Qt namespace's enums: in Qt 6.4 the first such lookup copies
-// the whole namespace's meta-object, which took about 4 ms of the first screen's start.
-// They are plain numbers for the same reason: a property typed with one of the namespace's
-// enums makes the engine look it up. (A button's focus policy is an enum-typed property
-// too: FocusKeepingButton.qml writes it as a number.)
+// What the app's text fields ask of the keyboard, and the focus a button that must leave it
+// with the text takes, as numbers the views bind to. Views read them here rather than as
+// the Qt namespace's enums: in Qt 6.4 the first lookup of one of those copies the
+// namespace's whole meta-object, about 3 ms of the first screen's start. They are plain
+// numbers for the same reason: a property typed with one of the namespace's enums makes the
+// engine look it up.
 class TPInputTraits : public QObject
 {
     Q_OBJECT
