@@ -3,15 +3,16 @@ import QtQuick.Controls
 import TPCompanion.Platform
 import TPCompanion.Editor
 
-// One version, read-only, in the editor's font: lines only the version has on green, lines
-// only the editor's text has on red. Restore is in the bar.
+// One version, read-only, in the editor's font: its own text with line numbers, or its
+// changes as a diff (− only in this version, on red; + only in the other text, on green;
+// unchanged runs folded) under a legend that names both sides. Restore is in the bar.
 ScreenPage {
     id: page
     required property TPVersionVC controller
 
     barItems: BarButton {
         objectName: "restoreButton"
-        text: page.controller ? page.controller.restoreTitle : ""
+        text: page.controller ? page.controller.texts.restore : ""
         enabled: page.controller && !page.controller.loading
         onClicked: page.controller.onRestoreTapped()
     }
@@ -21,33 +22,80 @@ ScreenPage {
         color: Theme.background
     }
 
+    Column {
+        id: header
+        anchors { left: parent.left; right: parent.right; top: parent.top }
+        topPadding: 8
+        bottomPadding: 4
+        spacing: 6
+        SegmentedControl {
+            objectName: "versionModes"
+            anchors.horizontalCenter: parent.horizontalCenter
+            segments: page.controller ? [page.controller.texts.text, page.controller.texts.changes] : []
+            currentIndex: page.controller && page.controller.showingChanges ? 1 : 0
+            onActivated: index => page.controller.showingChanges = index === 1
+        }
+        Text {
+            objectName: "diffLegend"
+            visible: page.controller.showingChanges
+            anchors { left: parent.left; right: parent.right; leftMargin: 12; rightMargin: 12 }
+            text: page.controller.legend
+            wrapMode: Text.Wrap
+            horizontalAlignment: Text.AlignHCenter
+            font.pixelSize: 13
+            color: Theme.secondaryLabel
+        }
+    }
+
     BusyIndicator {
         anchors.centerIn: parent
         running: page.controller.loading
         visible: running
     }
 
+    Label {
+        objectName: "noDifferences"
+        anchors.centerIn: parent
+        visible: page.controller.showingChanges && page.controller.noDifferences
+        text: page.controller.texts.noDifferences
+        color: Theme.secondaryLabel
+        font.pixelSize: Theme.bodySize
+    }
+
     ListView {
         objectName: "versionLines"
-        anchors.fill: parent
+        anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
         clip: true
-        model: page.controller.lines
+        model: page.controller.showingChanges ? page.controller.changes : page.controller.lines
         delegate: Rectangle {
+            id: lineRow
             required property string title
+            required property string detail
             required property string mark
             width: ListView.view.width
             height: line.implicitHeight + 2
             color: mark === "added" ? Theme.addedLine : mark === "removed" ? Theme.removedLine : "transparent"
-            Accessible.name: (mark === "added" ? "+ " : mark === "removed" ? "- " : "") + title
+            readonly property string sign: mark === "added" ? "+" : mark === "removed" ? "−" : ""
+            Accessible.name: (sign !== "" ? sign + " " : "") + title
+            Text {
+                id: gutter
+                objectName: "versionLineGutter"
+                anchors { left: parent.left; top: parent.top; leftMargin: 4 }
+                width: page.controller.showingChanges ? 16 : 36
+                horizontalAlignment: Text.AlignRight
+                text: page.controller.showingChanges ? lineRow.sign : lineRow.detail
+                font: page.controller.font
+                color: Theme.secondaryLabel
+            }
             Text {
                 id: line
                 objectName: "versionLine"
-                anchors { left: parent.left; right: parent.right; leftMargin: 8; rightMargin: 8 }
-                text: parent.title
+                anchors { left: gutter.right; right: parent.right; leftMargin: 8; rightMargin: 8 }
+                text: lineRow.title
                 wrapMode: Text.WrapAtWordBoundaryOrAnywhere
                 textFormat: Text.PlainText
                 font: page.controller.font
-                color: Theme.label
+                color: lineRow.mark === "folded" ? Theme.secondaryLabel : Theme.label
             }
         }
     }

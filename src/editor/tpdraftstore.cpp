@@ -46,3 +46,11 @@ void TPDraftStore::remove(const QString &relPath)
 {
     QFile::remove(draftPath(relPath));
 }
+
+void TPDraftStore::move(const QString &from, const QString &to)
+{
+    if (!QFile::exists(draftPath(from)))
+        return;
+    QFile::remove(draftPath(to));
+    QFile::rename(draftPath(from), draftPath(to));
+}

@@ -23,5 +23,7 @@ std::optional<Draft> read(const QString &relPath);
 // False when the draft could not be written.
 bool write(const QString &relPath, const QByteArray &bytes);
 void remove(const QString &relPath);
+// The file at `from` is now at `to`: its draft, if any, follows it.
+void move(const QString &from, const QString &to);
 
 } // namespace TPDraftStore

@@ -13,9 +13,9 @@ TPHistoryVC::TPHistoryVC(QObject *parent)
 }
 
 TPHistoryVC::TPHistoryVC(const QString &path, TPViewController *editor,
-                         std::function<QString()> editorText, bool deleted, QObject *parent)
+                         std::function<QString()> editorText, QObject *parent)
     : TPViewController(parent), m_filesMode(false), m_path(path), m_editor(editor),
-      m_editorText(std::move(editorText)), m_deleted(deleted), m_rows(new TPTitledRowsModel(this))
+      m_editorText(std::move(editorText)), m_rows(new TPTitledRowsModel(this))
 {
     setTitle(TPL("history_title"));
 }
@@ -30,8 +30,9 @@ QString TPHistoryVC::emptyText() const
     return TPL("history_empty");
 }
 
-void TPHistoryVC::viewDidLoad()
+void TPHistoryVC::viewWillAppear()
 {
+    // A restore, a delete or a save elsewhere may have changed what there is to list.
     if (m_filesMode)
         loadFiles();
     else
@@ -106,11 +107,11 @@ void TPHistoryVC::loadVersions()
 void TPHistoryVC::showVersions()
 {
     QList<TPTitledRowsModel::Row> rows;
+    const char *against = m_editor ? "history_lines_vs_editor" : "history_lines_vs_newest";
     for (const TPScriptVersion &version : m_entries) {
         QString detail = TPL("history_bytes").arg(version.size);
         if (version.added >= 0)
-            detail += QStringLiteral(" · ") +
-                      TPL("history_lines").arg(version.added).arg(version.removed);
+            detail += QStringLiteral(" · ") + TPL(against).arg(version.added).arg(version.removed);
         rows.append({TPLDateTime(version.time), detail, QString()});
     }
     m_rows->setRows(rows);
@@ -124,7 +125,7 @@ void TPHistoryVC::didSelectRow(int row)
         return;
     const TPScriptVersion &entry = m_entries.at(row);
     if (m_filesMode)
-        stack->pushViewController(new TPHistoryVC(entry.path, nullptr, {}, isDeleted(entry.path)));
+        stack->pushViewController(new TPHistoryVC(entry.path, nullptr, {}));
     else
-        stack->pushViewController(new TPVersionVC(entry, m_editor, m_deleted));
+        stack->pushViewController(new TPVersionVC(entry, m_editor, m_entries.first()));
 }

@@ -11,9 +11,11 @@
 #include <functional>
 
 // The local history: every file the app recorded, newest change first, with the files the
-// engine no longer lists dimmed (from the scripts list's add sheet); or the versions of one
-// file, newest first (from its editor, or from the list of files). Tapping a file shows its
-// versions; tapping a version shows it (TPVersionVC), where it can be restored.
+// engine no longer lists dimmed (from the scripts list's bar); or the versions of one file,
+// newest first, each with the lines it differs by from the editor's text, or from the newest
+// version when no editor is open (from its editor, or from the list of files). Tapping a
+// file shows its versions; tapping a version shows it (TPVersionVC), where it can be
+// restored. Both are read again each time the screen appears.
 class TPHistoryVC : public TPViewController
 {
     Q_OBJECT
@@ -28,13 +30,13 @@ public:
     // Every file recorded.
     explicit TPHistoryVC(QObject *parent = nullptr);
     // The versions of `path`, compared with `editorText` and restored into `editor` when an
-    // editor is open on the file; `deleted` when the engine no longer lists it. The editor
-    // comes as its screen and its text, so that the history and the editor, which opens it,
-    // need not know each other's classes.
+    // editor is open on the file. The editor comes as its screen and its text, so that the
+    // history and the editor, which opens it, need not know each other's classes.
     TPHistoryVC(const QString &path, TPViewController *editor, std::function<QString()> editorText,
-                bool deleted = false, QObject *parent = nullptr);
+                QObject *parent = nullptr);
 
     QUrl viewUrl() const override;
+    void viewWillAppear() override;
     TPTitledRowsModel *rows() const { return m_rows; }
     bool loading() const { return m_loading; }
     QString emptyText() const;
@@ -48,9 +50,6 @@ public slots:
 signals:
     void loadingChanged();
 
-protected:
-    void viewDidLoad() override;
-
 private:
     void loadFiles();
     void loadVersions();
@@ -62,7 +61,6 @@ private:
     QString m_path;
     QPointer<TPViewController> m_editor;
     std::function<QString()> m_editorText;
-    bool m_deleted = false;
     QList<TPScriptVersion> m_entries;
     // The paths the engine lists, once it has answered; none when it could not.
     std::optional<QSet<QString>> m_listed;

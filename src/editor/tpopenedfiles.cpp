@@ -1,5 +1,7 @@
 #include "editor/tpopenedfiles.h"
 
+#include "foundation/tppathrules.h"
+
 #include <QSettings>
 
 namespace TPOpenedFiles {
@@ -39,6 +41,33 @@ void setFavourite(const QString &path, bool favourite)
 QStringList favourites()
 {
     return QSettings().value(QLatin1String(FavouritesKey)).toStringList();
+}
+
+namespace {
+
+void movePaths(const char *key, const QString &from, const QString &to)
+{
+    QSettings settings;
+    QStringList paths = settings.value(QLatin1String(key)).toStringList();
+    bool changed = false;
+    for (QString &path : paths) {
+        if (const auto carried = TPMovedPath(path, from, to)) {
+            path = *carried;
+            changed = true;
+        }
+    }
+    if (changed) {
+        paths.removeDuplicates();
+        settings.setValue(QLatin1String(key), paths);
+    }
+}
+
+} // namespace
+
+void moved(const QString &from, const QString &to)
+{
+    movePaths(RecentsKey, from, to);
+    movePaths(FavouritesKey, from, to);
 }
 
 } // namespace TPOpenedFiles

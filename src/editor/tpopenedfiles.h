@@ -22,4 +22,8 @@ void setFavourite(const QString &path, bool favourite);
 // The starred files, in the order they were starred.
 QStringList favourites();
 
+// The file or folder `from` is now `to`: recent and starred files at or under it follow,
+// keeping their places.
+void moved(const QString &from, const QString &to);
+
 } // namespace TPOpenedFiles

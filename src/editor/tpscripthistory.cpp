@@ -1,5 +1,7 @@
 #include "editor/tpscripthistory.h"
 
+#include "foundation/tppathrules.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
@@ -83,37 +85,100 @@ Commit headCommit(git_repository *repository)
     return lookupCommit(repository, id);
 }
 
-// A commit's version, from its message: the path on the first line, then "bytes N" and
-// "blob HEX" after a blank line.
-std::optional<TPScriptVersion> versionOf(const git_commit *commit)
+// What a commit records, from its message: a version (the path on the first line, then
+// "bytes N" and "blob HEX" after a blank line) or a move (the new path on the first line,
+// then "moved-from OLD").
+struct Recorded
+{
+    std::optional<TPScriptVersion> version;
+    // A move: from, to.
+    std::optional<std::pair<QString, QString>> move;
+};
+
+Recorded recordedBy(const git_commit *commit)
 {
     const QList<QByteArray> lines = QByteArray(git_commit_message(commit)).split('\n');
     TPScriptVersion version;
     version.path = QString::fromUtf8(lines.value(0));
+    QString movedFrom;
     for (const QByteArray &line : lines) {
         if (line.startsWith("bytes "))
             version.size = line.mid(6).toLongLong();
         else if (line.startsWith("blob "))
             version.blob = line.mid(5);
+        else if (line.startsWith("moved-from "))
+            movedFrom = QString::fromUtf8(line.mid(11));
     }
-    if (version.path.isEmpty() || version.blob.size() != GIT_OID_HEXSZ)
-        return std::nullopt;
+    if (version.path.isEmpty())
+        return {};
+    if (!movedFrom.isEmpty())
+        return {std::nullopt, std::make_pair(movedFrom, version.path)};
+    if (version.blob.size() != GIT_OID_HEXSZ)
+        return {};
     const QTimeZone zone(git_commit_time_offset(commit) * 60);
     version.time = QDateTime::fromSecsSinceEpoch(git_commit_time(commit), zone);
-    return version;
+    return {version, std::nullopt};
 }
 
-// Every version in the history, newest first.
+// Every version in the history, newest first, each under the path the moves made since it
+// carried it to.
 QList<TPScriptVersion> allVersions(git_repository *repository)
 {
     QList<TPScriptVersion> versions;
+    // The moves met so far, newest first: all of them are newer than what follows.
+    QList<std::pair<QString, QString>> moves;
     for (Commit commit = headCommit(repository); commit;) {
-        if (const auto version = versionOf(commit.get()))
-            versions.append(*version);
+        Recorded recorded = recordedBy(commit.get());
+        if (recorded.move) {
+            moves.append(*recorded.move);
+        } else if (recorded.version) {
+            QString &path = recorded.version->path;
+            // Oldest move first, as they happened.
+            for (auto move = moves.crbegin(); move != moves.crend(); ++move)
+                path = TPMovedPath(path, move->first, move->second).value_or(path);
+            versions.append(*recorded.version);
+        }
         git_commit *parent = nullptr;
         commit.reset(git_commit_parent(&parent, commit.get(), 0) == 0 ? parent : nullptr);
     }
     return versions;
+}
+
+Signature newSignature(const git_time &when)
+{
+    git_signature *signature = nullptr;
+    if (git_signature_new(&signature, "TP Companion", "tpcompanion@localhost", when.time,
+                          when.offset) != 0)
+        return nullptr;
+    return Signature(signature);
+}
+
+git_time timeNow()
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    return {now.toSecsSinceEpoch(), now.offsetFromUtc() / 60, '+'};
+}
+
+// Commits the tree `index` holds, on top of `parent` (none for the first), with `message`.
+std::optional<git_oid> commitIndex(git_repository *repository, git_index *index,
+                                   const git_commit *parent, const QByteArray &message,
+                                   const git_time &when)
+{
+    git_oid treeId;
+    git_tree *tree = nullptr;
+    if (git_index_write_tree_to(&treeId, index, repository) ||
+        git_tree_lookup(&tree, repository, &treeId) != 0)
+        return std::nullopt;
+    const Tree ownedTree(tree);
+    const Signature signature = newSignature(when);
+    if (!signature)
+        return std::nullopt;
+    const git_commit *parents[] = {parent};
+    git_oid id;
+    if (git_commit_create(&id, repository, kBranch, signature.get(), signature.get(), nullptr,
+                          message.constData(), tree, parent ? 1 : 0, parents) != 0)
+        return std::nullopt;
+    return id;
 }
 
 // Commits `blob` as the newest version of `path`, on top of `parent` (none for the first),
@@ -126,25 +191,27 @@ std::optional<git_oid> commitVersion(git_repository *repository, git_index *inde
     entry.mode = GIT_FILEMODE_BLOB;
     entry.id = blob;
     entry.path = path.constData();
-    git_oid treeId;
-    git_tree *tree = nullptr;
-    if (git_index_add(index, &entry) != 0 || git_index_write_tree_to(&treeId, index, repository) ||
-        git_tree_lookup(&tree, repository, &treeId) != 0)
+    if (git_index_add(index, &entry) != 0)
         return std::nullopt;
-    const Tree ownedTree(tree);
-    git_signature *signature = nullptr;
-    if (git_signature_new(&signature, "TP Companion", "tpcompanion@localhost", when.time,
-                          when.offset) != 0)
-        return std::nullopt;
-    const Signature ownedSignature(signature);
     const QByteArray message =
         path + "\n\nbytes " + QByteArray::number(size) + "\nblob " + hex(blob) + '\n';
-    const git_commit *parents[] = {parent};
-    git_oid id;
-    if (git_commit_create(&id, repository, kBranch, signature, signature, nullptr,
-                          message.constData(), tree, parent ? 1 : 0, parents) != 0)
-        return std::nullopt;
-    return id;
+    return commitIndex(repository, index, parent, message, when);
+}
+
+// The head commit's tree read into a new index; an empty index before the first commit.
+Index indexOfHead(const git_commit *head)
+{
+    git_index *index = nullptr;
+    if (git_index_new(&index) != 0)
+        return nullptr;
+    Index owned(index);
+    git_tree *tree = nullptr;
+    if (head && git_commit_tree(&tree, head) != 0)
+        return nullptr;
+    const Tree ownedTree(tree);
+    if (tree && git_index_read_tree(index, tree) != 0)
+        return nullptr;
+    return owned;
 }
 
 // A path git can hold as it is; any other is not recorded.
@@ -219,6 +286,22 @@ void TPScriptHistory::record(const QString &path, const QByteArray &bytes)
     });
 }
 
+void TPScriptHistory::move(const QString &from, const QString &to, QObject *context,
+                           std::function<void(const QStringList &)> moved)
+{
+    if (!moved) {
+        m_worker.start([this, from, to] { moveNow(from, to); });
+        return;
+    }
+    answer<QStringList>(context, std::move(moved), [this, from, to] { return moveNow(from, to); });
+}
+
+void TPScriptHistory::whenIdle(QObject *context, std::function<void()> done)
+{
+    answer<bool>(
+        context, [done = std::move(done)](bool) { done(); }, [] { return true; });
+}
+
 template <typename Result>
 void TPScriptHistory::answer(QObject *context, std::function<void(const Result &)> done,
                              std::function<Result()> work)
@@ -243,19 +326,22 @@ QList<TPScriptVersion> TPScriptHistory::versionsNow(const QString &path,
     const Repository repository = openRepository(m_folder, false);
     if (!repository)
         return found;
+    // Compared with the text given, or else with the newest version.
+    std::optional<QByteArray> other = current;
     for (TPScriptVersion &version : allVersions(repository.get())) {
         if (version.path != path)
             continue;
         git_oid id;
         git_blob *blob = nullptr;
-        if (current && found.size() < MaxCompared &&
-            git_oid_fromstr(&id, version.blob.constData()) == 0 &&
+        if (found.size() < MaxCompared && git_oid_fromstr(&id, version.blob.constData()) == 0 &&
             git_blob_lookup(&blob, repository.get(), &id) == 0) {
             const Blob owned(blob);
-            std::tie(version.added, version.removed) = lineChanges(
-                *current,
+            const QByteArray bytes =
                 QByteArray::fromRawData(static_cast<const char *>(git_blob_rawcontent(blob)),
-                                        qsizetype(git_blob_rawsize(blob))));
+                                        qsizetype(git_blob_rawsize(blob)));
+            if (!other)
+                other = QByteArray(bytes.constData(), bytes.size());
+            std::tie(version.added, version.removed) = lineChanges(bytes, *other);
         }
         found.append(version);
     }
@@ -339,26 +425,56 @@ void TPScriptHistory::recordNow(const QString &path, const QByteArray &bytes)
                                                    size_t(bytes.size())) != 0)
         return;
     const Commit head = headCommit(repository.get());
-    git_tree *tree = nullptr;
-    if (head && git_commit_tree(&tree, head.get()) != 0)
+    const Index index = indexOfHead(head.get());
+    if (!index)
         return;
-    const Tree ownedTree(tree);
-    git_tree_entry *entry = nullptr;
-    if (tree && git_tree_entry_bypath(&entry, tree, gitPath.constData()) == 0) {
-        const TreeEntry ownedEntry(entry);
-        // The newest version already has these bytes.
-        if (git_oid_equal(git_tree_entry_id(entry), &blob))
-            return;
+    // The newest version already has these bytes.
+    if (const git_index_entry *entry = git_index_get_bypath(index.get(), gitPath.constData(), 0);
+        entry && git_oid_equal(&entry->id, &blob))
+        return;
+    commitVersion(repository.get(), index.get(), head.get(), gitPath, blob, bytes.size(),
+                  timeNow());
+}
+
+QStringList TPScriptHistory::moveNow(const QString &from, const QString &to)
+{
+    QStringList moved;
+    // A folder cannot move into itself.
+    if (!isRecordablePath(from) || !isRecordablePath(to) || TPMovedPath(to, from, to))
+        return moved;
+    const Repository repository = openRepository(m_folder, false);
+    if (!repository)
+        return moved;
+    const Commit head = headCommit(repository.get());
+    const Index index = indexOfHead(head.get());
+    if (!index)
+        return moved;
+    // The entries under `from`, taken out before any is put back under `to`.
+    QList<std::pair<QByteArray, git_oid>> carried;
+    for (size_t i = 0; i < git_index_entrycount(index.get()); ++i) {
+        const git_index_entry *entry = git_index_get_byindex(index.get(), i);
+        const QString path = QString::fromUtf8(entry->path);
+        if (const auto carriedTo = TPMovedPath(path, from, to)) {
+            moved.append(path);
+            carried.append({carriedTo->toUtf8(), entry->id});
+        }
     }
-    git_index *index = nullptr;
-    if (git_index_new(&index) != 0)
-        return;
-    const Index ownedIndex(index);
-    if (tree && git_index_read_tree(index, tree) != 0)
-        return;
-    const QDateTime now = QDateTime::currentDateTime();
-    const git_time when{now.toSecsSinceEpoch(), now.offsetFromUtc() / 60, '+'};
-    commitVersion(repository.get(), index, head.get(), gitPath, blob, bytes.size(), when);
+    if (moved.isEmpty())
+        return moved;
+    for (const QString &path : std::as_const(moved))
+        git_index_remove(index.get(), path.toUtf8().constData(), 0);
+    for (const auto &[path, id] : std::as_const(carried)) {
+        git_index_entry entry{};
+        entry.mode = GIT_FILEMODE_BLOB;
+        entry.id = id;
+        entry.path = path.constData();
+        if (git_index_add(index.get(), &entry) != 0)
+            return {};
+    }
+    const QByteArray message = to.toUtf8() + "\n\nmoved-from " + from.toUtf8() + '\n';
+    if (!commitIndex(repository.get(), index.get(), head.get(), message, timeNow()))
+        return {};
+    return moved;
 }
 
 void TPScriptHistory::keepWithinLimit()
@@ -453,5 +569,47 @@ QList<TPDiffLine> TPScriptHistory::compare(const QByteArray &older, const QByteA
             lines.append({line->origin, QString::fromUtf8(text)});
         }
     }
+    return lines;
+}
+
+QList<TPDiffLine> TPScriptHistory::diff(const QByteArray &older, const QByteArray &newer,
+                                        int context)
+{
+    const QList<TPDiffLine> olderLines = unchangedLines(older);
+    const Patch patch = makePatch(older, newer, quint32(std::max(0, context)));
+    QList<TPDiffLine> lines;
+    // How many of the older text's lines the shown lines and folds have gone past.
+    int consumed = 0;
+    const auto fold = [&lines, &consumed](int upTo) {
+        if (upTo > consumed)
+            lines.append({'~', QString(), upTo - consumed});
+        consumed = std::max(consumed, upTo);
+    };
+    const size_t hunks = patch ? git_patch_num_hunks(patch.get()) : 0;
+    for (size_t hunk = 0; hunk < hunks; ++hunk) {
+        const git_diff_hunk *header = nullptr;
+        size_t count = 0;
+        if (git_patch_get_hunk(&header, &count, patch.get(), hunk) != 0)
+            continue;
+        // A hunk with no older line stands after line old_start; any other begins on it.
+        fold(header->old_lines > 0 ? header->old_start - 1 : header->old_start);
+        for (size_t at = 0; at < count; ++at) {
+            const git_diff_line *line = nullptr;
+            if (git_patch_get_line_in_hunk(&line, patch.get(), hunk, at) != 0)
+                continue;
+            if (line->origin != GIT_DIFF_LINE_CONTEXT && line->origin != GIT_DIFF_LINE_ADDITION &&
+                line->origin != GIT_DIFF_LINE_DELETION)
+                continue;
+            QByteArray text(line->content, qsizetype(line->content_len));
+            if (text.endsWith('\n'))
+                text.chop(1);
+            if (text.endsWith('\r'))
+                text.chop(1);
+            lines.append({line->origin, QString::fromUtf8(text)});
+        }
+        consumed =
+            header->old_lines > 0 ? header->old_start + header->old_lines - 1 : header->old_start;
+    }
+    fold(int(olderLines.size()));
     return lines;
 }

@@ -27,17 +27,22 @@ struct TPScriptVersion
 };
 
 // One line of a comparison of two versions: ' ' in both, '-' only in the older, '+' only in
-// the newer.
+// the newer; or '~', a run of `folded` lines in both that is not shown.
 struct TPDiffLine
 {
     char origin = ' ';
     QString text;
+    int folded = 0;
 };
 
 // The local history of every version of every script the app read or saved, kept as a
 // bare git repository (libgit2) in the app's data folder: one commit per recorded version,
 // the file under its relative path, its path as the commit's first line. Git gives the
 // deduplication, compression and diffs, and a format anyone can look into with git.
+//
+// A file renamed or moved by the app is recorded as a move: a commit that carries the
+// file's entry (or every entry under a folder) to its new path, with "moved-from" in its
+// message. Versions older than a move are listed under the path it moved them to.
 //
 // All work runs on one worker thread, in the order it was asked for; results come back on
 // the thread of the context object given, unless that object is gone. Nothing here reaches
@@ -61,6 +66,12 @@ public:
 
     // Records `bytes` as the newest version of `path`, unless it already is.
     void record(const QString &path, const QByteArray &bytes);
+    // Records that the file or folder `from` is now `to`: its versions, and those of every
+    // file under it, follow it. `moved`, when given, gets the recorded files' old paths.
+    void move(const QString &from, const QString &to, QObject *context = nullptr,
+              std::function<void(const QStringList &)> moved = {});
+    // Calls `done` once everything asked for before is on disk.
+    void whenIdle(QObject *context, std::function<void()> done);
     // The versions of `path`, newest first.
     void versions(const QString &path, QObject *context,
                   std::function<void(const QList<TPScriptVersion> &)> done);
@@ -83,6 +94,11 @@ public:
     static std::pair<int, int> lineChanges(const QByteArray &older, const QByteArray &newer);
     // Every line of `newer`, and each line of `older` it no longer has, in order.
     static QList<TPDiffLine> compare(const QByteArray &older, const QByteArray &newer);
+    // The same as a person reads a diff: the changed lines with `context` unchanged lines
+    // around them, each longer unchanged run folded into one '~' line.
+    static constexpr int DiffContext = 3;
+    static QList<TPDiffLine> diff(const QByteArray &older, const QByteArray &newer,
+                                  int context = DiffContext);
 
 private:
     template <typename Result>
@@ -91,6 +107,7 @@ private:
     QList<TPScriptVersion> versionsNow(const QString &path,
                                        const std::optional<QByteArray> &current) const;
     void recordNow(const QString &path, const QByteArray &bytes);
+    QStringList moveNow(const QString &from, const QString &to);
     void keepWithinLimit();
 
     QString m_folder;

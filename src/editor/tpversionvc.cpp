@@ -1,15 +1,19 @@
 #include "editor/tpversionvc.h"
 
 #include "editor/tpeditorvc.h"
+#include "editor/tpkeptentries.h"
 #include "engine/tpengineapi.h"
 #include "foundation/tplang.h"
 #include "foundation/tpwhilealive.h"
 #include "platform/tpnavigationstack.h"
 
-TPVersionVC::TPVersionVC(const TPScriptVersion &version, TPViewController *editor, bool deleted,
-                         QObject *parent)
-    : TPViewController(parent), m_version(version), m_editor(qobject_cast<TPEditorVC *>(editor)),
-      m_deleted(deleted), m_lines(new TPTitledRowsModel(this))
+#include <QRegularExpression>
+
+TPVersionVC::TPVersionVC(const TPScriptVersion &version, TPViewController *editor,
+                         const TPScriptVersion &newest, QObject *parent)
+    : TPViewController(parent), m_version(version), m_newest(newest),
+      m_editor(qobject_cast<TPEditorVC *>(editor)), m_lines(new TPTitledRowsModel(this)),
+      m_changes(new TPTitledRowsModel(this))
 {
     setTitle(TPLDateTime(version.time));
 }
@@ -24,51 +28,128 @@ QFont TPVersionVC::font() const
     return TPEditorVC::editorFont();
 }
 
-QString TPVersionVC::restoreTitle() const
+QVariantMap TPVersionVC::texts() const
 {
-    return TPL("draft_restore");
+    return {{QStringLiteral("restore"), TPL("draft_restore")},
+            {QStringLiteral("text"), TPL("version_text")},
+            {QStringLiteral("changes"), TPL("version_changes")},
+            {QStringLiteral("noDifferences"), TPL("diff_none")}};
+}
+
+QString TPVersionVC::legend() const
+{
+    const QString version = TPLDateTime(m_version.time);
+    if (m_editor)
+        return TPL("diff_legend_editor").arg(version);
+    return TPL("diff_legend_newest").arg(version, TPLDateTime(m_newest.time));
+}
+
+bool TPVersionVC::noDifferences() const
+{
+    for (const TPTitledRowsModel::Row &row : m_changes->rows()) {
+        if (row.mark == QLatin1String("added") || row.mark == QLatin1String("removed"))
+            return false;
+    }
+    return !loading();
+}
+
+void TPVersionVC::setShowingChanges(bool showing)
+{
+    if (m_showingChanges == showing)
+        return;
+    m_showingChanges = showing;
+    emit showingChangesChanged();
 }
 
 void TPVersionVC::viewDidLoad()
 {
-    TPScriptHistory::shared()->contents(m_version.blob, this,
-                                        [this](const std::optional<QByteArray> &bytes) {
-                                            m_bytes = bytes.value_or(QByteArray());
-                                            showLines();
-                                            emit loadingChanged();
-                                        });
+    if (m_editor)
+        m_other = TPEngineAPI::scriptData(m_editor->text());
+    TPScriptHistory *history = TPScriptHistory::shared();
+    history->contents(m_version.blob, this, [this](const std::optional<QByteArray> &bytes) {
+        m_bytes = bytes.value_or(QByteArray());
+        if (!m_editor && m_newest.blob == m_version.blob)
+            m_other = m_bytes;
+        showWhenRead();
+    });
+    if (!m_other && m_newest.blob != m_version.blob)
+        history->contents(m_newest.blob, this, [this](const std::optional<QByteArray> &bytes) {
+            m_other = bytes.value_or(QByteArray());
+            showWhenRead();
+        });
 }
 
-void TPVersionVC::showLines()
+void TPVersionVC::showWhenRead()
 {
-    // Against the editor's text when it is open; on its own otherwise.
-    const QByteArray current = m_editor ? TPEngineAPI::scriptData(m_editor->text()) : *m_bytes;
-    QList<TPTitledRowsModel::Row> rows;
-    for (const TPDiffLine &line : TPScriptHistory::compare(current, *m_bytes)) {
-        const QString mark = line.origin == '+'   ? QStringLiteral("added")
-                             : line.origin == '-' ? QStringLiteral("removed")
-                                                  : QString();
-        rows.append({line.text, QString(), mark});
+    if (loading())
+        return;
+    // The version's lines as the editor counts them, each shown exactly.
+    static const QRegularExpression lineBreak(QStringLiteral("\r\n|[\n\r\u2028\u2029]"));
+    QStringList text = QString::fromUtf8(*m_bytes).split(lineBreak);
+    if (text.size() > 1 && text.last().isEmpty())
+        text.removeLast();
+    QList<TPTitledRowsModel::Row> lines;
+    for (qsizetype i = 0; i < text.size(); ++i)
+        lines.append({text.at(i), QString::number(i + 1), QString()});
+    m_lines->setRows(lines);
+
+    QList<TPTitledRowsModel::Row> changes;
+    for (const TPDiffLine &line : TPScriptHistory::diff(*m_bytes, *m_other)) {
+        switch (line.origin) {
+        case '~':
+            changes.append(
+                {TPL("diff_folded").arg(line.folded), QString(), QStringLiteral("folded")});
+            break;
+        case '-':
+            changes.append({line.text, QString(), QStringLiteral("removed")});
+            break;
+        case '+':
+            changes.append({line.text, QString(), QStringLiteral("added")});
+            break;
+        default:
+            changes.append({line.text, QString(), QString()});
+        }
     }
-    m_lines->setRows(rows);
+    m_changes->setRows(changes);
+    emit loadingChanged();
 }
 
 void TPVersionVC::onRestoreTapped()
 {
     if (!m_bytes)
         return;
-    if (m_deleted) {
-        undelete();
+    if (m_editor) {
+        if (const std::optional<QString> text = TPEngineAPI::scriptText(*m_bytes)) {
+            m_editor->restoreText(*text);
+            returnToEditor();
+        } else {
+            saveAsItIs();
+        }
+        return;
+    }
+    // Whether the file is still there is asked now: it may have been deleted or brought back
+    // since the history was listed.
+    TPEngineAPI::scriptsWithCompletion(TPWhileAlive(
+        this, [](TPVersionVC *self, const QJsonArray &listing, const TPEngineAPI::Error &error) {
+            if (error)
+                self->showAlert(TPL("alert_error"), TPL("err_offline"));
+            else
+                self->restoreFromListing(listing);
+        }));
+}
+
+void TPVersionVC::restoreFromListing(const QJsonArray &listing)
+{
+    bool listed = false;
+    for (const QJsonValue &entry : listing)
+        listed = listed || TPEngineAPI::entryPath(entry) == m_version.path;
+    if (!listed) {
+        undelete(listing);
         return;
     }
     const std::optional<QString> text = TPEngineAPI::scriptText(*m_bytes);
     if (!text) {
         saveAsItIs();
-        return;
-    }
-    if (m_editor) {
-        m_editor->restoreText(*text);
-        returnToEditor();
         return;
     }
     if (TPNavigationStack *stack = navigationController()) {
@@ -85,26 +166,15 @@ void TPVersionVC::returnToEditor()
         stack->popViewController();
 }
 
-void TPVersionVC::undelete()
+void TPVersionVC::undelete(const QJsonArray &listing)
 {
-    const QString path = m_version.path;
-    const QByteArray bytes = *m_bytes;
-    TPEngineAPI::createScript(
-        path, TPWhileAlive(this, [path, bytes](TPVersionVC *self, const TPEngineAPI::Error &error) {
-            if (error) {
+    TPKeptEntries::restoreFile(
+        m_version.path, *m_bytes, listing,
+        TPWhileAlive(this, [](TPVersionVC *self, const TPEngineAPI::Error &error) {
+            if (error)
                 self->showAlert(TPL("alert_error"), TPL("err_offline"));
-                return;
-            }
-            TPEngineAPI::saveScriptData(
-                path, bytes,
-                TPWhileAlive(self, [](TPVersionVC *version, const TPEngineAPI::Error &saveError) {
-                    if (saveError) {
-                        version->showAlert(TPL("alert_error"), TPL("err_save_fail"));
-                        return;
-                    }
-                    version->m_deleted = false;
-                    version->showAlert(TPL("alert_ok"), TPL("history_restored"));
-                }));
+            else
+                self->showAlert(TPL("alert_ok"), TPL("history_restored"));
         }));
 }
 

@@ -74,3 +74,14 @@ QString TPCopyPath(const QString &path, const std::function<bool(const QString &
             return copy;
     }
 }
+
+std::optional<QString> TPMovedPath(const QString &path, const QString &from, const QString &to)
+{
+    if (from.isEmpty() || !path.startsWith(from))
+        return std::nullopt;
+    if (path.size() == from.size())
+        return to;
+    if (path.at(from.size()) != u'/')
+        return std::nullopt;
+    return to + path.mid(from.size());
+}

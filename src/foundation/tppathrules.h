@@ -36,3 +36,7 @@ std::optional<QString> TPRenameDestination(const QString &path, const QString &t
 // the first that `isTaken` does not hold. The name is made as a typed one is, so a space
 // becomes "_": the engine's requests carry a path as it is.
 QString TPCopyPath(const QString &path, const std::function<bool(const QString &)> &isTaken);
+
+// Where the entry at `path` is once the file or folder `from` became `to`: `to` itself, or
+// the same place under `to`. None when `path` is neither `from` nor under it.
+std::optional<QString> TPMovedPath(const QString &path, const QString &from, const QString &to);

@@ -3,7 +3,9 @@ import QtQuick.Controls
 import TPCompanion.Platform
 
 // Shows the presenter's current alert or action sheet over the whole window. An alert is
-// centred; a sheet sits next to the control it is anchored to, or at the bottom.
+// centred; a sheet sits next to the control it is anchored to, or at the bottom. While one
+// is up it holds the keyboard: Return and Escape go to it, as the controller decides, and
+// no key or shortcut reaches the screen behind it, which gets its focus back afterwards.
 Item {
     id: host
     required property TPPresenter presenter
@@ -13,6 +15,35 @@ Item {
     anchors.fill: parent
     visible: alert !== null
     z: 100
+
+    // What had the keyboard before the first of a run of alerts came up.
+    property Item focusBehind: null
+    function holds(item) {
+        for (let inside = item; inside !== null; inside = inside.parent) {
+            if (inside === host)
+                return true
+        }
+        return false
+    }
+    onAlertChanged: {
+        if (alert !== null) {
+            if (focusBehind === null && Window.activeFocusItem !== null && !holds(Window.activeFocusItem))
+                focusBehind = Window.activeFocusItem
+            if (!alert.hasTextField)
+                host.forceActiveFocus()
+        } else {
+            if (focusBehind !== null)
+                focusBehind.forceActiveFocus()
+            focusBehind = null
+        }
+    }
+    Keys.onShortcutOverride: event => event.accepted = alert !== null
+    Keys.onPressed: event => {
+        if (alert !== null)
+            alert.pressKey(event.key)
+        event.accepted = alert !== null
+    }
+    Keys.onReleased: event => event.accepted = alert !== null
 
     Binding {
         target: host.presenter

@@ -61,14 +61,46 @@ void TPAlertController::triggerAction(int index)
     m_actions.at(index)->trigger();
 }
 
+void TPAlertController::setPreferredAction(TPAlertAction *action)
+{
+    if (m_actions.contains(action))
+        m_preferred = action;
+}
+
+int TPAlertController::defaultActionIndex() const
+{
+    if (m_style == Style::ActionSheet)
+        return -1;
+    if (m_preferred)
+        return int(m_actions.indexOf(m_preferred));
+    if (m_actions.size() == 1)
+        return 0;
+    for (qsizetype i = m_actions.size() - 1; i >= 0; --i) {
+        if (m_actions.at(i)->style() == TPAlertAction::Style::Default)
+            return int(i);
+    }
+    return -1;
+}
+
 void TPAlertController::submit()
 {
-    for (qsizetype i = m_actions.size() - 1; i >= 0; --i) {
-        if (m_actions.at(i)->style() == TPAlertAction::Style::Default) {
-            triggerAction(int(i));
-            return;
-        }
-    }
+    triggerAction(defaultActionIndex());
+}
+
+void TPAlertController::pressKey(int key)
+{
+    if (key == Qt::Key_Return || key == Qt::Key_Enter)
+        submit();
+    else if (key == Qt::Key_Escape)
+        cancelByKey();
+}
+
+void TPAlertController::cancelByKey()
+{
+    if (m_style == Style::Alert && m_actions.size() == 1)
+        triggerAction(0);
+    else
+        dismissByCancel();
 }
 
 void TPAlertController::dismissByCancel()

@@ -91,6 +91,9 @@ public:
                              std::function<void()> handler = {});
     // The name of the control a sheet points at (a view places it there).
     void setAnchor(const QString &anchor) { m_anchor = anchor; }
+    // The action Return triggers when the alert has more than one; as the platform's
+    // preferred action, it must be one of the alert's own.
+    void setPreferredAction(TPAlertAction *action);
 
     QString title() const { return m_title; }
     QString message() const { return m_message; }
@@ -113,9 +116,15 @@ public:
     Q_INVOKABLE void triggerAction(int index);
     // A tap outside a sheet dismisses it as its cancel action would.
     Q_INVOKABLE void dismissByCancel();
-    // Return in the text field submits, as the platform's keyboard does: the last action of
-    // the default style (Create, Save, OK), when it is enabled; otherwise nothing.
+    // Return, in the text field or anywhere while the alert is up: the preferred action when
+    // one is set, else the only action, else the last one of the default style (Create,
+    // Save, OK); it runs when enabled. A sheet has no default and ignores Return.
     Q_INVOKABLE void submit();
+    // Escape: the cancel action, or the only action of an alert that has one (its OK).
+    Q_INVOKABLE void cancelByKey();
+    // A key pressed while the alert is up (a Qt::Key): Return and Enter submit, Escape
+    // cancels, any other does nothing.
+    Q_INVOKABLE void pressKey(int key);
 
 signals:
     void textChanged();
@@ -129,6 +138,9 @@ private:
     bool m_hasTextField = false;
     TextField m_field;
     std::function<void(const QString &)> m_textChangedHandler;
+    int defaultActionIndex() const;
+
     QList<TPAlertAction *> m_actions;
+    TPAlertAction *m_preferred = nullptr;
     QString m_anchor;
 };

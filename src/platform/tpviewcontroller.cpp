@@ -52,7 +52,9 @@ void TPViewController::confirm(const QString &question, const QString &confirmTi
                                std::function<void()> confirmed)
 {
     auto *alert = new TPAlertController(question, QString(), TPAlertController::Style::Alert);
-    alert->addAction(TPL(QStringLiteral("cancel")), TPAlertAction::Style::Cancel);
+    // Return answers Cancel: a key pressed by habit never replaces anything.
+    alert->setPreferredAction(
+        alert->addAction(TPL(QStringLiteral("cancel")), TPAlertAction::Style::Cancel));
     alert->addAction(confirmTitle, TPAlertAction::Style::Destructive,
                      TPWhileAlive(this, [confirmed = std::move(confirmed)](TPViewController *) {
                          confirmed();

@@ -221,4 +221,11 @@ ScreenPage {
             }
         }
     }
+
+    UndoBar {
+        objectName: "undoBar"
+        model: page.controller ? page.controller.undoBar : null
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom; margins: 8 }
+        anchors { leftMargin: 8 + page.sideInset; rightMargin: 8 + page.sideInset }
+    }
 }

@@ -1,5 +1,6 @@
 #include "scripts/tpfolderpickervc.h"
 
+#include "editor/tpkeptentries.h"
 #include "engine/tpengineapi.h"
 #include "foundation/tplang.h"
 #include "foundation/tppathrules.h"
@@ -64,7 +65,7 @@ void TPFolderPickerVC::didSelectRow(int row)
             return;
         }
     }
-    TPEngineAPI::renameScript(
+    TPKeptEntries::rename(
         m_moving, destination,
         TPWhileAlive(this, [](TPFolderPickerVC *self, const TPEngineAPI::Error &error) {
             if (error) {

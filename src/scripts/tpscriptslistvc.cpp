@@ -21,7 +21,8 @@
 
 TPScriptsListVC::TPScriptsListVC(const QString &folder, QObject *parent)
     : TPViewController(parent), _folder(folder),
-      _rows(new TPScriptRowsModel([this](bool isDir) { return rowButtonsForDir(isDir); }, this))
+      _rows(new TPScriptRowsModel([this](bool isDir) { return rowButtonsForDir(isDir); }, this)),
+      m_undoBar(new TPUndoBar(this))
 {
     setTitle(_folder.isEmpty() ? TPL("tab_scripts") : TPLastPathSegment(_folder));
     readTexts();
@@ -212,12 +213,41 @@ void TPScriptsListVC::commitDeleteRow(int row)
     if (!canEditRow(row))
         return;
     // No confirmation, and the row stays until the list is reloaded.
-    deleteEntry(TPEngineAPI::entryPath(_rows->entryAt(row)));
+    deleteEntry(TPEngineAPI::entryPath(_rows->entryAt(row)), false);
 }
 
-void TPScriptsListVC::deleteEntry(const QString &path)
+void TPScriptsListVC::deleteEntry(const QString &path, bool isFolder)
 {
-    TPEngineAPI::deleteScript(path, reloadOnSuccess());
+    const auto done =
+        TPWhileAlive(this, [](TPScriptsListVC *self, const TPEngineAPI::Error &error,
+                              const TPDeletedEntry &kept) { self->onDeleted(error, kept); });
+    if (!isFolder) {
+        TPKeptEntries::deleteEntry(path, false, {}, {path}, done);
+        return;
+    }
+    // The list holds only its folder's children: what lies deeper comes from the listing as
+    // it is now. Without a listing the folder is deleted all the same, as described.
+    TPEngineAPI::scriptsWithCompletion(
+        [path, done](const QJsonArray &listing, const TPEngineAPI::Error &) {
+            const TPScriptTree::Contents contents = TPScriptTree::contentsOf(path, listing);
+            TPKeptEntries::deleteEntry(path, true, contents.folders, contents.files, done);
+        });
+}
+
+void TPScriptsListVC::onDeleted(const TPEngineAPI::Error &error, const TPDeletedEntry &kept)
+{
+    if (error) {
+        showOfflineAlert();
+        return;
+    }
+    reloadData();
+    // A file whose read failed has nothing to come back with.
+    if (!kept.isFolder && kept.files.isEmpty())
+        return;
+    m_undoBar->offer(TPL("undo_deleted").arg(TPLastPathSegment(kept.path)), TPL("undo_action"),
+                     TPWhileAlive(this, [kept](TPScriptsListVC *self) {
+                         TPKeptEntries::restore(kept, self->reloadOnSuccess());
+                     }));
 }
 
 TPEngineAPI::Completion TPScriptsListVC::reloadOnSuccess()
@@ -348,7 +378,8 @@ void TPScriptsListVC::onMoreButtonTapped(int row)
         TPWhileAlive(this, [path](TPScriptsListVC *self) { self->promptRenameForPath(path); }));
     sheet->addAction(
         TPL("menu_delete"), TPAlertAction::Style::Destructive,
-        TPWhileAlive(this, [path](TPScriptsListVC *self) { self->deleteEntry(path); }));
+        TPWhileAlive(this, [path, isFolder = TPScriptTree::isFolderEntry(entry)](
+                               TPScriptsListVC *self) { self->deleteEntry(path, isFolder); }));
     // Added beside the rename and the delete, which keep their places.
     if (TPEngineAPI::canCarryPath(path)) {
         sheet->addAction(
@@ -381,14 +412,7 @@ void TPScriptsListVC::duplicateFile(const QString &path)
                 self->showOfflineAlert();
                 return;
             }
-            TPEngineAPI::createScript(
-                copy, TPWhileAlive(self, [copy, bytes = *bytes](TPScriptsListVC *list,
-                                                                const TPEngineAPI::Error &error) {
-                    if (error)
-                        list->showOfflineAlert();
-                    else
-                        TPEngineAPI::saveScriptData(copy, bytes, list->reloadOnSuccess());
-                }));
+            TPKeptEntries::createWithBytes(copy, *bytes, self->reloadOnSuccess());
         }));
 }
 
@@ -423,7 +447,7 @@ void TPScriptsListVC::promptRenameForPath(const QString &path)
             self->showExistsAlert(TPLastPathSegment(*destination));
             return;
         }
-        TPEngineAPI::renameScript(path, *destination, self->reloadOnSuccess());
+        TPKeptEntries::rename(path, *destination, self->reloadOnSuccess());
     });
     presentAlert(alert);
 }

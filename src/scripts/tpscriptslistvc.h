@@ -1,6 +1,8 @@
 #pragma once
 
+#include "editor/tpkeptentries.h"
 #include "engine/tpengineapi.h"
+#include "platform/tpundobar.h"
 #include "platform/tpviewcontroller.h"
 #include "scripts/tpscriptrowsmodel.h"
 
@@ -26,6 +28,8 @@ class TPScriptsListVC : public TPViewController
     Q_PROPERTY(bool noMatches READ noMatches NOTIFY noMatchesChanged)
     // The screen's own texts by key, in the current language.
     Q_PROPERTY(QVariantMap texts READ texts NOTIFY textsChanged)
+    // "Deleted main.lua · Undo", for a few seconds after a delete.
+    Q_PROPERTY(TPUndoBar *undoBar READ undoBar CONSTANT)
 
 public:
     explicit TPScriptsListVC(const QString &folder, QObject *parent = nullptr);
@@ -41,6 +45,7 @@ public:
     bool noMatches() const { return !m_searchText.isEmpty() && _rows->rowCount() == 0; }
     void setSearchText(const QString &text);
     QVariantMap texts() const { return m_texts; }
+    TPUndoBar *undoBar() const { return m_undoBar; }
 
     // A row button: its title, its colour (a name in the app's theme) and the action it
     // reports to onRowButtonTapped.
@@ -100,7 +105,10 @@ protected:
 
 private:
     void setRefreshing(bool refreshing);
-    void deleteEntry(const QString &path);
+    // Keeps what it deletes in the history first (a folder's every file, from a fresh
+    // listing), then deletes, reloads and offers the undo.
+    void deleteEntry(const QString &path, bool isFolder);
+    void onDeleted(const TPEngineAPI::Error &error, const TPDeletedEntry &kept);
     // Creates `name` when the shown listing has nothing there; asks first before a new
     // file replaces a file, and refuses a name a folder or a file already has.
     void createUnlessItExists(const QString &name, bool isFolder);
@@ -121,4 +129,5 @@ private:
     int m_reloadsInFlight = 0;
     QString m_searchText;
     QVariantMap m_texts;
+    TPUndoBar *m_undoBar;
 };

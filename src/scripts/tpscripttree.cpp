@@ -161,4 +161,21 @@ QStringList moveTargets(const QJsonArray &listing, const QString &moving)
     return targets;
 }
 
+Contents contentsOf(const QString &folder, const QJsonArray &listing)
+{
+    Contents contents{{folder}, {}};
+    const QString prefix = childPrefix(folder);
+    for (const QJsonValue &entry : listing) {
+        const QString path = TPEngineAPI::entryPath(entry);
+        if (path.size() <= prefix.size() || !path.startsWith(prefix))
+            continue;
+        (isFolderEntry(entry) ? contents.folders : contents.files).append(path);
+    }
+    // A folder's path is longer than the path of the folder it is in.
+    std::stable_sort(
+        contents.folders.begin() + 1, contents.folders.end(),
+        [](const QString &a, const QString &b) { return a.count(u'/') < b.count(u'/'); });
+    return contents;
+}
+
 } // namespace TPScriptTree

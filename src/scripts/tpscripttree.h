@@ -37,4 +37,13 @@ QJsonArray sortedChildren(QList<QJsonValue> kept);
 // A folder is never offered itself or one of its own subfolders.
 QStringList moveTargets(const QJsonArray &listing, const QString &moving);
 
+// What lies under `folder` in the listing, at any depth, in the listing's order: its
+// folders, each listed after the folder it is in (the folder itself first), and its files.
+struct Contents
+{
+    QStringList folders;
+    QStringList files;
+};
+Contents contentsOf(const QString &folder, const QJsonArray &listing);
+
 } // namespace TPScriptTree

@@ -138,8 +138,10 @@ private slots:
                  QString::fromUtf8("Xoá"));
         m_fixture.engine->clearRequests();
         QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(deleteButton));
-        QTRY_VERIFY(!m_fixture.requestsTo(QStringLiteral("/script")).isEmpty());
-        const TPRecordedRequest deletion = m_fixture.requestsTo(QStringLiteral("/script")).first();
+        // The file is read, to be kept in the history, then deleted.
+        QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/script")).size(), 2);
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/script")).first().method, QByteArray("GET"));
+        const TPRecordedRequest deletion = m_fixture.requestsTo(QStringLiteral("/script")).last();
         QCOMPARE(deletion.method, QByteArray("DELETE"));
         QCOMPARE(deletion.rawQuery, QStringLiteral("name=main.lua"));
         QCOMPARE(m_fixture.alert(), nullptr);

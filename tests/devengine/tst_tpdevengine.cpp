@@ -161,10 +161,13 @@ private slots:
         QCOMPARE(TPReadFileBytes(inRoot(QStringLiteral("demo.lua"))), QByteArray());
     }
 
-    void deleteRemovesFilesAndEmptyFoldersButRefusesFullFolders()
+    void deleteRemovesFilesAndFoldersWithWhatTheyHold()
     {
         QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("a.lua")), "x"));
         QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("full/b.lua")), "x"));
+        QVERIFY(TPWriteFileBytes(inRoot(QStringLiteral("full/deeper/c.lua")), "x"));
+        QVERIFY(TPWriteFileBytes(outside(QStringLiteral("away/kept.lua")), "outside"));
+        QVERIFY(QFile::link(outside(QStringLiteral("away")), inRoot(QStringLiteral("full/link"))));
         QVERIFY(QDir().mkpath(inRoot(QStringLiteral("empty"))));
         QCOMPARE(judged([](auto c) { TPEngineAPI::deleteScript(QStringLiteral("a.lua"), c); }),
                  std::nullopt);
@@ -172,11 +175,11 @@ private slots:
         QCOMPARE(judged([](auto c) { TPEngineAPI::deleteScript(QStringLiteral("empty"), c); }),
                  std::nullopt);
         QVERIFY(!QFileInfo::exists(inRoot(QStringLiteral("empty"))));
-        QCOMPARE(
-            raw(QStringLiteral("DELETE"), QStringLiteral("/script"), QStringLiteral("name=full"))
-                .status,
-            409);
-        QVERIFY(QFileInfo::exists(inRoot(QStringLiteral("full/b.lua"))));
+        QCOMPARE(judged([](auto c) { TPEngineAPI::deleteScript(QStringLiteral("full"), c); }),
+                 std::nullopt);
+        QVERIFY(!QFileInfo::exists(inRoot(QStringLiteral("full"))));
+        // A link inside the folder went with it; what it pointed at did not.
+        QCOMPARE(TPReadFileBytes(outside(QStringLiteral("away/kept.lua"))), "outside");
         QCOMPARE(raw(QStringLiteral("DELETE"), QStringLiteral("/script"),
                      QStringLiteral("name=gone.lua"))
                      .status,

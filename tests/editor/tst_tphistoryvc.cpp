@@ -80,11 +80,14 @@ private slots:
         QTRY_VERIFY(!history->loading());
         QCOMPARE(history->rows()->rowCount(), 2);
         const QStringList rows = shownRows(history->rows());
-        QVERIFY2(rows.at(0).endsWith(QStringLiteral("|6 byte · +0 −0")), qPrintable(rows.at(0)));
-        QVERIFY2(rows.at(1).endsWith(QStringLiteral("|4 byte · +1 −2")), qPrintable(rows.at(1)));
+        // "+" counts the lines only the editor has, "−" those only the version has.
+        QVERIFY2(rows.at(0).endsWith(QString::fromUtf8("|6 byte · +0 −0 so với trình soạn thảo")),
+                 qPrintable(rows.at(0)));
+        QVERIFY2(rows.at(1).endsWith(QString::fromUtf8("|4 byte · +2 −1 so với trình soạn thảo")),
+                 qPrintable(rows.at(1)));
     }
 
-    // A version shows every line, those that differ from the editor's text marked, and
+    // A version shows its own text, and its changes against the editor's text as a diff;
     // Restore puts it back in the editor as one undoable edit, unsaved, sending nothing.
     void restoringAVersionIsOneUndoStepInTheEditor()
     {
@@ -97,8 +100,10 @@ private slots:
         auto *version = top<TPVersionVC>();
         QVERIFY(version);
         QTRY_VERIFY(!version->loading());
-        QCOMPARE(shownRows(version->lines()),
-                 QStringList({"|a|", "removed|B|", "removed|c|", "added|b|"}));
+        QCOMPARE(shownRows(version->lines()), QStringList({"|a|1", "|b|2"}));
+        QCOMPARE(shownRows(version->changes()),
+                 QStringList({"|a|", "removed|b|", "added|B|", "added|c|"}));
+        QVERIFY(!version->noDifferences());
 
         m_fixture.engine->clearRequests();
         version->onRestoreTapped();
@@ -167,7 +172,7 @@ private slots:
         QTRY_VERIFY(!version->loading());
         m_fixture.engine->clearRequests();
         version->onRestoreTapped();
-        QCOMPARE(m_fixture.alertText(), QString::fromUtf8("Lưu phiên bản này lên engine?|"));
+        QTRY_COMPARE(m_fixture.alertText(), QString::fromUtf8("Lưu phiên bản này lên engine?|"));
         QCOMPARE(m_fixture.alert()->actions().at(0)->style(), TPAlertAction::Style::Cancel);
         m_fixture.alert()->triggerAction(1);
         QTRY_COMPARE(m_fixture.alertText(), QString::fromUtf8("OK|Đã khôi phục"));
@@ -191,8 +196,8 @@ private slots:
         history->didSelectRow(0);
         QTRY_VERIFY(!top<TPVersionVC>()->loading());
         top<TPVersionVC>()->onRestoreTapped();
+        QTRY_VERIFY(top<TPEditorVC>());
         auto *editor = top<TPEditorVC>();
-        QVERIFY(editor);
         QTRY_COMPARE(editor->text(), QStringLiteral("old version\n"));
         QVERIFY(editor->unsavedChanges());
         editor->code()->undo();

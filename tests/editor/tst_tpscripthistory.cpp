@@ -1,6 +1,7 @@
 #include "editor/tpscripthistory.h"
 
 #include <QRandomGenerator>
+#include <QSet>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -37,6 +38,26 @@ class TestTPScriptHistory : public QObject
         [[maybe_unused]] const bool answered = QTest::qWaitFor([&] { return found.has_value(); });
         // No answer at all shows as one version with no path.
         return found.value_or(QList<TPScriptVersion>(1));
+    }
+
+    // The files the history lists, each with the contents of its newest version.
+    QStringList filesWithNewest()
+    {
+        std::optional<QList<TPScriptVersion>> found;
+        m_history->files(this, [&found](const QList<TPScriptVersion> &files) { found = files; });
+        [[maybe_unused]] const bool answered = QTest::qWaitFor([&] { return found.has_value(); });
+        QStringList shown;
+        for (const TPScriptVersion &file : found.value_or(QList<TPScriptVersion>()))
+            shown.append(file.path + u'=' + QString::fromUtf8(contentsOf(file.blob)));
+        return shown;
+    }
+
+    QStringList contentsOfVersions(const QString &path)
+    {
+        QStringList shown;
+        for (const TPScriptVersion &version : versionsOf(path))
+            shown.append(QString::fromUtf8(contentsOf(version.blob)));
+        return shown;
     }
 
     QByteArray contentsOf(const QByteArray &blob)
@@ -158,6 +179,129 @@ private slots:
             QCOMPARE(contentsOf(versions.at(i).blob), recorded.at(recorded.size() - 1 - i));
         QCOMPARE(versionsOf(QStringLiteral("small.lua")).size(), 1);
         QVERIFY(m_history->sizeOnDisk() < 2 * 200 * 1024);
+    }
+
+    void aMovedFilesVersionsAreListedUnderItsNewPath()
+    {
+        m_history->record(QStringLiteral("collect_coins.lua"), "one\n");
+        m_history->record(QStringLiteral("collect_coins.lua"), "two\n");
+        m_history->record(QStringLiteral("other.lua"), "x");
+        m_history->move(QStringLiteral("collect_coins.lua"), QStringLiteral("coins.lua"));
+        m_history->move(QStringLiteral("coins.lua"), QStringLiteral("farm/coins.lua"));
+        m_history->record(QStringLiteral("farm/coins.lua"), "three\n");
+        QCOMPARE(contentsOfVersions(QStringLiteral("farm/coins.lua")),
+                 QStringList({"three\n", "two\n", "one\n"}));
+        QCOMPARE(versionsOf(QStringLiteral("collect_coins.lua")).size(), 0);
+        QCOMPARE(versionsOf(QStringLiteral("coins.lua")).size(), 0);
+        QCOMPARE(filesWithNewest(), QStringList({"farm/coins.lua=three\n", "other.lua=x"}));
+    }
+
+    void aMovedFoldersFilesFollowItAndNothingElseDoes()
+    {
+        m_history->record(QStringLiteral("lib/a.lua"), "a");
+        m_history->record(QStringLiteral("lib/deep/b.lua"), "b");
+        m_history->record(QStringLiteral("library.lua"), "not inside");
+        std::optional<QStringList> moved;
+        m_history->move(QStringLiteral("lib"), QStringLiteral("tools/lib"), this,
+                        [&moved](const QStringList &paths) { moved = paths; });
+        QTRY_VERIFY(moved.has_value());
+        QCOMPARE(QSet<QString>(moved->begin(), moved->end()),
+                 QSet<QString>({"lib/a.lua", "lib/deep/b.lua"}));
+        QCOMPARE(contentsOfVersions(QStringLiteral("tools/lib/a.lua")), QStringList({"a"}));
+        QCOMPARE(contentsOfVersions(QStringLiteral("tools/lib/deep/b.lua")), QStringList({"b"}));
+        QCOMPARE(contentsOfVersions(QStringLiteral("library.lua")), QStringList({"not inside"}));
+        QCOMPARE(versionsOf(QStringLiteral("lib/a.lua")).size(), 0);
+    }
+
+    // A new file at a moved file's old path has a history of its own; the same bytes
+    // recorded again at the new path are no new version.
+    void aFileMadeAtAMovedFilesOldPathStartsItsOwnHistory()
+    {
+        m_history->record(QStringLiteral("a.lua"), "old");
+        m_history->move(QStringLiteral("a.lua"), QStringLiteral("b.lua"));
+        m_history->record(QStringLiteral("a.lua"), "new");
+        m_history->record(QStringLiteral("b.lua"), "old");
+        QCOMPARE(contentsOfVersions(QStringLiteral("a.lua")), QStringList({"new"}));
+        QCOMPARE(contentsOfVersions(QStringLiteral("b.lua")), QStringList({"old"}));
+    }
+
+    void aMoveOfSomethingNeverRecordedOrIntoItselfRecordsNothing()
+    {
+        m_history->record(QStringLiteral("lib/a.lua"), "a");
+        m_history->move(QStringLiteral("gone.lua"), QStringLiteral("here.lua"));
+        m_history->move(QStringLiteral("lib"), QStringLiteral("lib/inner"));
+        QCOMPARE(filesWithNewest(), QStringList({"lib/a.lua=a"}));
+    }
+
+    void movedVersionsKeepTheirNewPathWhenTheHistoryIsRewrittenWithinItsLimit()
+    {
+        m_history =
+            std::make_unique<TPScriptHistory>(m_dir->filePath(QStringLiteral("small")), 200 * 1024);
+        for (quint32 i = 0; i < 4; ++i)
+            m_history->record(QStringLiteral("old.lua"), noise(60 * 1024, i));
+        m_history->move(QStringLiteral("old.lua"), QStringLiteral("new.lua"));
+        // Enough records after the move for the history to be rewritten.
+        for (quint32 i = 0; i < 40; ++i)
+            m_history->record(QStringLiteral("other.lua"), noise(60 * 1024, 100 + i));
+        m_history->waitForIdle();
+        // The history was rewritten after the move: some of the later versions are gone.
+        QVERIFY(versionsOf(QStringLiteral("other.lua")).size() < 40);
+        const QList<TPScriptVersion> versions = versionsOf(QStringLiteral("new.lua"));
+        QVERIFY(!versions.isEmpty());
+        QCOMPARE(contentsOf(versions.first().blob), noise(60 * 1024, 3));
+        QCOMPARE(versionsOf(QStringLiteral("old.lua")).size(), 0);
+    }
+
+    void whenIdleAnswersOnceEverythingAskedBeforeIsRecorded()
+    {
+        m_history->record(QStringLiteral("a.lua"), "kept");
+        bool idle = false;
+        m_history->whenIdle(this, [this, &idle] {
+            idle = true;
+            // A second history on the same folder sees the version: it is on disk.
+            TPScriptHistory reader(m_history->folder());
+            std::optional<QList<TPScriptVersion>> found;
+            reader.versions(QStringLiteral("a.lua"), this,
+                            [&found](const QList<TPScriptVersion> &versions) { found = versions; });
+            QVERIFY(QTest::qWaitFor([&] { return found.has_value(); }));
+            QCOMPARE(found->size(), 1);
+        });
+        QTRY_VERIFY(idle);
+    }
+
+    void diffFoldsUnchangedRunsAroundTheChanges()
+    {
+        QByteArray older;
+        QByteArray newer;
+        for (int line = 1; line <= 20; ++line) {
+            older += "line " + QByteArray::number(line) + "\r\n";
+            if (line == 10)
+                newer += "changed 10\r\n";
+            else if (line != 15)
+                newer += "line " + QByteArray::number(line) + "\r\n";
+        }
+        newer += "added\r\n";
+        QStringList shown;
+        for (const TPDiffLine &line : TPScriptHistory::diff(older, newer, 2))
+            shown.append(line.origin == '~' ? QStringLiteral("~%1").arg(line.folded)
+                                            : QLatin1Char(line.origin) + line.text);
+        // Changes closer than twice the context share their run of unchanged lines.
+        QCOMPARE(shown,
+                 QStringList({"~7", " line 8", " line 9", "-line 10", "+changed 10", " line 11",
+                              " line 12", " line 13", " line 14", "-line 15", " line 16",
+                              " line 17", "~1", " line 19", " line 20", "+added"}));
+    }
+
+    void diffOfTheSameTextIsOneFoldAndOfAnEmptyTextOnlyAdditions()
+    {
+        const QList<TPDiffLine> same = TPScriptHistory::diff("a\nb\nc\n", "a\nb\nc\n");
+        QCOMPARE(same.size(), 1);
+        QCOMPARE(same.first().origin, '~');
+        QCOMPARE(same.first().folded, 3);
+        QStringList shown;
+        for (const TPDiffLine &line : TPScriptHistory::diff("", "x\ny"))
+            shown.append(QLatin1Char(line.origin) + line.text);
+        QCOMPARE(shown, QStringList({"+x", "+y"}));
     }
 
     void lineChangesCountAddedAndRemovedLines()

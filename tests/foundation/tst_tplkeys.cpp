@@ -1,4 +1,5 @@
 #include "editor/tpeditorvc.h"
+#include "editor/tpversionvc.h"
 #include "foundation/tplang.h"
 #include "scripts/tpquickopenvc.h"
 #include "scripts/tpscriptslistvc.h"
@@ -90,26 +91,30 @@ private slots:
 
     // Each screen's views read their controller's own texts, and exactly those: the editor's
     // page and find bar its tool texts, the list's page the list's texts, quick open's page
-    // quick open's.
+    // quick open's, a version's page the version screen's.
     void eachScreenExportsExactlyTheTextsItsViewsRead()
     {
         static const QRegularExpression read(QStringLiteral("\\btexts\\.([A-Za-z_]+)"));
         const QStringList listTexts = TPScriptsListVC(QString()).texts().keys();
         const QStringList editorTexts = TPEditorVC(QStringLiteral("a.lua")).toolTexts().keys();
         const QStringList quickOpenTexts = TPQuickOpenVC({}).texts().keys();
+        const QStringList versionTexts = TPVersionVC({}, nullptr, {}).texts().keys();
         QSet<QString> listReads;
         QSet<QString> editorReads;
         QSet<QString> quickOpenReads;
+        QSet<QString> versionReads;
         for (const auto &[name, text] : sources({QStringLiteral("*.qml")})) {
             QSet<QString> &reads = name.endsWith(QLatin1String("ScriptsListPage.qml")) ? listReads
                                    : name.endsWith(QLatin1String("QuickOpenPage.qml"))
                                        ? quickOpenReads
-                                       : editorReads;
+                                   : name.endsWith(QLatin1String("VersionPage.qml")) ? versionReads
+                                                                                     : editorReads;
             for (auto it = read.globalMatch(text); it.hasNext();)
                 reads.insert(it.next().captured(1));
         }
         QCOMPARE(QSet<QString>(listTexts.begin(), listTexts.end()), listReads);
         QCOMPARE(QSet<QString>(quickOpenTexts.begin(), quickOpenTexts.end()), quickOpenReads);
+        QCOMPARE(QSet<QString>(versionTexts.begin(), versionTexts.end()), versionReads);
         QCOMPARE(QSet<QString>(editorTexts.begin(), editorTexts.end()), editorReads);
         for (const QString &key : editorTexts)
             QVERIFY2(TPLangExtraTable().contains(key), qPrintable(key));

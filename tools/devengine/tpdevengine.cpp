@@ -208,11 +208,10 @@ QHttpServerResponse TPDevEngine::deleteScript(const QHttpServerRequest &, const 
     const QFileInfo info(path);
     if (!entryExists(path))
         return missing(name);
+    // A folder goes with everything in it, as a file manager deletes one; a link inside it
+    // is removed, never followed.
     if (info.isDir() && !info.isSymLink()) {
-        if (!QDir(path).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System |
-                                QDir::NoDotAndDotDot))
-            return text(Status::Conflict, QStringLiteral("folder not empty: %1").arg(name));
-        if (!QDir().rmdir(path))
+        if (!QDir(path).removeRecursively())
             return text(Status::InternalServerError, QStringLiteral("cannot delete: %1").arg(name));
         return ok();
     }
