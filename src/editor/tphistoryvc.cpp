@@ -54,10 +54,13 @@ bool TPHistoryVC::isDeleted(const QString &path) const
 
 void TPHistoryVC::loadFiles()
 {
+    // Loading until both the history and the engine have answered.
+    m_answersAwaited = 2;
     setLoading(true);
     TPScriptHistory::shared()->files(this, [this](const QList<TPScriptVersion> &files) {
         m_entries = files;
         m_filesLoaded = true;
+        --m_answersAwaited;
         showFiles();
     });
     TPEngineAPI::scriptsWithCompletion(TPWhileAlive(
@@ -70,6 +73,7 @@ void TPHistoryVC::loadFiles()
                 self->m_listed.reset();
             else
                 self->m_listed = listed;
+            --self->m_answersAwaited;
             self->showFiles();
         }));
 }
@@ -87,7 +91,7 @@ void TPHistoryVC::showFiles()
         rows.append({file.path, detail, deleted ? QStringLiteral("dimmed") : QString()});
     }
     m_rows->setRows(rows);
-    setLoading(false);
+    setLoading(m_answersAwaited > 0);
 }
 
 void TPHistoryVC::loadVersions()

@@ -65,6 +65,7 @@ private:
     // The paths the engine lists, once it has answered; none when it could not.
     std::optional<QSet<QString>> m_listed;
     bool m_filesLoaded = false;
+    int m_answersAwaited = 0;
     TPTitledRowsModel *m_rows;
     bool m_loading = false;
 };
