@@ -296,6 +296,67 @@ private slots:
         QTRY_COMPARE(m_fixture.alert(), nullptr);
     }
 
+    void escapeOnASheetCancelsItAndReturnChoosesNothing()
+    {
+        QVERIFY(showPage("Platform/AlertHost", {{QStringLiteral("presenter"),
+                                                 QVariant::fromValue(m_fixture.presenter.get())}}));
+        TPScriptsListVC list{QString()};
+        list.setPresenter(m_fixture.presenter.get());
+        list.onAddTapped();
+        QTRY_VERIFY(TPFindShownItem(m_view->rootObject(), QStringLiteral("sheetAction0")));
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        QCOMPARE(m_fixture.alertText(), QStringLiteral("|"));
+        QTest::keyClick(m_view.get(), Qt::Key_Escape);
+        // Cancelled: no name prompt follows.
+        QCOMPARE(m_fixture.alert(), nullptr);
+    }
+
+    // Return in a confirmation answers Cancel, its default: a key pressed by habit never
+    // replaces a file.
+    void returnOnAConfirmationCancels()
+    {
+        QVERIFY(showPage("Platform/AlertHost", {{QStringLiteral("presenter"),
+                                                 QVariant::fromValue(m_fixture.presenter.get())}}));
+        TPScriptsListVC list{QString()};
+        list.setPresenter(m_fixture.presenter.get());
+        bool replaced = false;
+        list.confirm(QStringLiteral("Replace?"), QStringLiteral("Replace"),
+                     [&replaced] { replaced = true; });
+        QTRY_VERIFY(TPFindShownItem(m_view->rootObject(), QStringLiteral("alertBox")));
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        QCOMPARE(m_fixture.alert(), nullptr);
+        QVERIFY(!replaced);
+    }
+
+    // After a delete, the bar at the bottom of the list says what went and brings it back.
+    void theUndoBarTellsOfTheDeleteAndItsUndoBringsTheFileBack()
+    {
+        m_fixture.engine->setResponder([](const TPRecordedRequest &request) {
+            if (request.path == QLatin1String("/scripts"))
+                return TPScriptedAnswer::ok(kListing);
+            return TPScriptedAnswer::ok(request.method == "GET" ? "kept\r\n" : "");
+        });
+        TPScriptsListVC *list = showList();
+        QVERIFY(list);
+        QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("row1")));
+        QQuickItem *bar = TPFindItem(m_view->rootObject(), QStringLiteral("undoBar"));
+        QVERIFY(bar && !bar->isVisible());
+        list->commitDeleteRow(1);
+        QTRY_VERIFY(bar->isVisible());
+        QCOMPARE(TPFindItem(bar, QStringLiteral("undoBarText"))->property("text").toString(),
+                 QString::fromUtf8("Đã xoá main.lua"));
+        // At the bottom, across the list.
+        QCOMPARE(bar->mapToScene(QPointF(0, bar->height())).y(), m_view->height() - 8.0);
+        m_fixture.engine->clearRequests();
+        QQuickItem *undo = TPFindItem(bar, QStringLiteral("undoBarButton"));
+        QVERIFY(TPTouchTargetFaults(bar).isEmpty());
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(undo));
+        QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/script")).size(), 2);
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/script")).last().body,
+                 QByteArray("kept\r\n"));
+        QTRY_VERIFY(!bar->isVisible());
+    }
+
     // A desktop or tablet window does not stretch rows across its width: the list, its
     // search field, the settings table and the tabs keep a readable width in the middle.
     void aWideWindowKeepsTheListAndTheSettingsAtAReadableWidth()

@@ -11,6 +11,7 @@
 #include "tpscreenfixture.h"
 
 #include <QFontMetricsF>
+#include <QQmlComponent>
 #include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickView>
@@ -91,6 +92,30 @@ class TestEditorView : public QObject
     {
         for (const QChar c : text)
             QTest::keyClick(m_view.get(), c.toLatin1());
+    }
+
+    // The alerts and sheets of the app, over the whole window, as the app lays them out; the
+    // list under the editor gets an empty listing, so that no alert but the test's shows.
+    bool showAlertsOverTheScreens(const QByteArray &content)
+    {
+        m_fixture.engine->setResponder([content](const TPRecordedRequest &request) {
+            if (request.path == QLatin1String("/scripts"))
+                return TPScriptedAnswer::ok(R"({"entries":[]})");
+            return TPScriptedAnswer::ok(request.method == "GET" ? content : QByteArray());
+        });
+        if (!open(QStringLiteral("a.lua")))
+            return false;
+        QQmlComponent host(
+            m_view->engine(),
+            QUrl(QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Platform/AlertHost.qml")));
+        QObject *made = host.createWithInitialProperties(
+            {{QStringLiteral("presenter"), QVariant::fromValue(m_fixture.presenter.get())}});
+        auto *item = qobject_cast<QQuickItem *>(made);
+        if (!item)
+            return false;
+        item->setParent(m_view->rootObject());
+        item->setParentItem(m_view->rootObject());
+        return true;
     }
 
     int documentLength() const
@@ -613,6 +638,41 @@ private slots:
         QCOMPARE(bar->mapToScene(QPointF(0, bar->height())).y(), row->mapToScene(QPointF()).y());
         click(QStringLiteral("symbolsButton"));
         QTRY_VERIFY(!row->isVisible());
+    }
+
+    // Return on the "Saved" alert answers its OK: it reaches neither the text behind nor a
+    // shortcut, and the text gets the keyboard back afterwards.
+    void returnOnTheSavedAlertTriggersOkAndLeavesTheTextAlone()
+    {
+        QVERIFY(showAlertsOverTheScreens("a\r\n"));
+        placeCursor(1);
+        typeText(QStringLiteral("b"));
+        QTest::keyClick(m_view.get(), Qt::Key_S, Qt::ControlModifier);
+        QTRY_COMPARE(m_fixture.alertText(), QString::fromUtf8("OK|Đã lưu"));
+        QTRY_VERIFY(item(QStringLiteral("alertBox"))->isVisible());
+        m_fixture.engine->clearRequests();
+        QTest::keyClick(m_view.get(), Qt::Key_S, Qt::ControlModifier);
+        QTest::keyClick(m_view.get(), Qt::Key_X);
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        QCOMPARE(m_fixture.alert(), nullptr);
+        QCOMPARE(m_editor->text(), QStringLiteral("ab\r\n"));
+        QVERIFY(!m_editor->unsavedChanges());
+        QVERIFY(m_fixture.engine->flush());
+        QCOMPARE(m_fixture.engine->requests().size(), 0);
+        QTRY_VERIFY(item(QStringLiteral("editor"))->hasActiveFocus());
+        typeText(QStringLiteral("c"));
+        QCOMPARE(m_editor->text(), QStringLiteral("abc\r\n"));
+    }
+
+    void escapeOnTheSavedAlertDismissesIt()
+    {
+        QVERIFY(showAlertsOverTheScreens("a\n"));
+        placeCursor(0);
+        m_editor->onSaveTapped();
+        QTRY_COMPARE(m_fixture.alertText(), QString::fromUtf8("OK|Đã lưu"));
+        QTest::keyClick(m_view.get(), Qt::Key_Escape);
+        QCOMPARE(m_fixture.alert(), nullptr);
+        QCOMPARE(m_editor->text(), QStringLiteral("a\n"));
     }
 
     void undoAndRedoButtonsTakeBackAndRedoTyping()

@@ -204,6 +204,70 @@ private slots:
         QCOMPARE(editor->text(), QStringLiteral("engine now\n"));
     }
 
+    // With no editor open, a version is compared with the file's newest version: its own
+    // text line by line, exactly, and a diff whose "−" lines only it has and "+" lines only
+    // the newest has, under a legend naming both.
+    void aVersionShowsItsOwnTextAndItsChangesAgainstTheNewestVersion()
+    {
+        const QByteArray older("a\r\nremoved\r\nb\r\nchange me\r\nc\r\n");
+        TPScriptHistory::shared()->record(QStringLiteral("harvest.lua"), older);
+        TPScriptHistory::shared()->record(QStringLiteral("harvest.lua"),
+                                          "a\r\nb\r\nchanged\r\nc\r\nadded\r\n");
+        TPScriptHistory::shared()->waitForIdle();
+        auto *history = new TPHistoryVC(QStringLiteral("harvest.lua"), nullptr, {});
+        showOnStack(history);
+        QTRY_COMPARE(history->rows()->rowCount(), 2);
+        QVERIFY(history->rows()->rows().at(0).detail.endsWith(
+            QString::fromUtf8("+0 −0 so với bản mới nhất")));
+        QVERIFY(history->rows()->rows().at(1).detail.endsWith(
+            QString::fromUtf8("+2 −2 so với bản mới nhất")));
+        history->didSelectRow(1);
+        auto *version = top<TPVersionVC>();
+        QTRY_VERIFY(!version->loading());
+        QCOMPARE(*version->bytes(), older);
+        QStringList text;
+        for (const TPTitledRowsModel::Row &row : version->lines()->rows())
+            text.append(row.title);
+        QCOMPARE(text.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n"),
+                 QString::fromUtf8(older));
+        QCOMPARE(version->lines()->rows().at(3).detail, QStringLiteral("4"));
+
+        QVERIFY(!version->showingChanges());
+        version->setShowingChanges(true);
+        QCOMPARE(shownRows(version->changes()),
+                 QStringList({"|a|", "removed|removed|", "|b|", "removed|change me|",
+                              "added|changed|", "|c|", "added|added|"}));
+        QVERIFY(!version->noDifferences());
+        QCOMPARE(
+            version->legend(),
+            QString::fromUtf8("− chỉ có ở bản %1 · + chỉ có ở bản mới nhất (%2)")
+                .arg(history->rows()->rows().at(1).title, history->rows()->rows().at(0).title));
+    }
+
+    void theNewestVersionHasNoDifferencesAndLongUnchangedRunsAreFolded()
+    {
+        QByteArray older;
+        for (int line = 1; line <= 12; ++line)
+            older += "line " + QByteArray::number(line) + '\n';
+        QByteArray newer = older;
+        newer.replace("line 12\n", "twelve\n");
+        TPScriptHistory::shared()->record(QStringLiteral("long.lua"), older);
+        TPScriptHistory::shared()->record(QStringLiteral("long.lua"), newer);
+        auto *history = new TPHistoryVC(QStringLiteral("long.lua"), nullptr, {});
+        showOnStack(history);
+        QTRY_COMPARE(history->rows()->rowCount(), 2);
+        history->didSelectRow(0);
+        QTRY_VERIFY(!top<TPVersionVC>()->loading());
+        QVERIFY(top<TPVersionVC>()->noDifferences());
+        m_stack->popViewController();
+        history->didSelectRow(1);
+        auto *version = top<TPVersionVC>();
+        QTRY_VERIFY(!version->loading());
+        QCOMPARE(shownRows(version->changes()).first(),
+                 QString::fromUtf8("folded|⋯ 8 dòng không đổi|"));
+        QCOMPARE(version->changes()->rowCount(), 6);
+    }
+
     // Reading and saving record a version each, and the same bytes only once.
     void readingAndSavingRecordEachNewVersionOnce()
     {
