@@ -28,6 +28,24 @@ private slots:
                  QStringList({QStringLiteral("a.lua"), QStringLiteral("b.lua")}));
     }
 
+    void aMovedFileOrFolderCarriesItsRecentAndFavouritePlaces()
+    {
+        TPOpenedFiles::recordOpened(QStringLiteral("lib/a.lua"));
+        TPOpenedFiles::recordOpened(QStringLiteral("library.lua"));
+        TPOpenedFiles::recordOpened(QStringLiteral("lib/deep/b.lua"));
+        TPOpenedFiles::setFavourite(QStringLiteral("lib"), true);
+        TPOpenedFiles::setFavourite(QStringLiteral("lib/a.lua"), true);
+        TPOpenedFiles::moved(QStringLiteral("lib"), QStringLiteral("tools/lib"));
+        QCOMPARE(TPOpenedFiles::recents(),
+                 QStringList({"tools/lib/deep/b.lua", "library.lua", "tools/lib/a.lua"}));
+        QCOMPARE(TPOpenedFiles::favourites(), QStringList({"tools/lib", "tools/lib/a.lua"}));
+        // A file moved onto a recent path appears there once.
+        TPOpenedFiles::recordOpened(QStringLiteral("x.lua"));
+        TPOpenedFiles::moved(QStringLiteral("library.lua"), QStringLiteral("x.lua"));
+        QCOMPARE(TPOpenedFiles::recents(),
+                 QStringList({"x.lua", "tools/lib/deep/b.lua", "tools/lib/a.lua"}));
+    }
+
     void recentsAreCappedAtTwenty()
     {
         for (int i = 0; i < 25; ++i)

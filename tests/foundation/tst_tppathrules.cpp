@@ -146,6 +146,19 @@ private slots:
                  QStringLiteral("lib/main_copy_3.lua"));
     }
 
+    void aMovedPathIsTheNewPathOrTheSamePlaceUnderIt()
+    {
+        const QString from = QStringLiteral("lib");
+        const QString to = QStringLiteral("tools/lib");
+        QCOMPARE(orNone(TPMovedPath(QStringLiteral("lib"), from, to)), QStringLiteral("tools/lib"));
+        QCOMPARE(orNone(TPMovedPath(QStringLiteral("lib/a/b.lua"), from, to)),
+                 QStringLiteral("tools/lib/a/b.lua"));
+        QCOMPARE(orNone(TPMovedPath(QStringLiteral("library.lua"), from, to)), TPNone);
+        QCOMPARE(orNone(TPMovedPath(QStringLiteral("li"), from, to)), TPNone);
+        QCOMPARE(orNone(TPMovedPath(QStringLiteral("x/lib"), from, to)), TPNone);
+        QCOMPARE(orNone(TPMovedPath(QStringLiteral("a.lua"), QString(), to)), TPNone);
+    }
+
     void aCopyKeepsTheExtensionAndANameWithoutOne()
     {
         const auto nothingTaken = [](const QString &) { return false; };

@@ -217,6 +217,19 @@ private slots:
                               QStringLiteral("A2"), QStringLiteral("b")}));
     }
 
+    void aFoldersContentsAreEveryFolderAfterItsParentAndEveryFileUnderIt()
+    {
+        const QJsonArray listing = {
+            file("lib/z/deep/c.lua"), folder("lib/z/deep"), file("lib/a.lua"), folder("lib/z"),
+            file("library.lua"),      folder("lib"),        folder("lib/b")};
+        const TPScriptTree::Contents contents =
+            TPScriptTree::contentsOf(QStringLiteral("lib"), listing);
+        QCOMPARE(contents.folders, QStringList({"lib", "lib/z", "lib/b", "lib/z/deep"}));
+        QCOMPARE(contents.files, QStringList({"lib/z/deep/c.lua", "lib/a.lua"}));
+        QCOMPARE(TPScriptTree::contentsOf(QStringLiteral("gone"), listing).folders,
+                 QStringList({"gone"}));
+    }
+
     void aFolderCannotMoveIntoItselfOrItsSubfolders()
     {
         const QJsonArray listing = QJsonDocument::fromJson("[{\"path\":\"a\",\"dir\":true},"

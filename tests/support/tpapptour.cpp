@@ -330,6 +330,24 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
     if (!waitFor([&] { return rowOfPath(scripts, QStringLiteral("new_tools")) >= 0; }))
         return fail(QStringLiteral("the new folder did not appear"));
 
+    // Deleting it from its row menu, and the bar that brings it back.
+    settle(m_window);
+    if (!touch(QStringLiteral("rowButton_more_%1")
+                   .arg(rowOfPath(scripts, QStringLiteral("new_tools")))))
+        return false;
+    settle(m_window);
+    if (!touch(QStringLiteral("sheetAction1")))
+        return false;
+    if (!waitFor([&] {
+            return scripts->undoBar()->isShown() &&
+                   rowOfPath(scripts, QStringLiteral("new_tools")) < 0;
+        }))
+        return fail(QStringLiteral("deleting the new folder offered no undo"));
+    if (!stop("scripts-undo-delete") || !touch(QStringLiteral("undoBarButton")))
+        return false;
+    if (!waitFor([&] { return rowOfPath(scripts, QStringLiteral("new_tools")) >= 0; }))
+        return fail(QStringLiteral("the undo did not bring the new folder back"));
+
     settle(m_window);
     if (!touchRow(scripts, "main.lua"))
         return false;
@@ -346,8 +364,10 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
     if (!touch(QStringLiteral("runButton")) || !answerAlert("alertAction0"))
         return false;
 
-    // The versions read and saved, and one of them.
-    if (!touch(QStringLiteral("historyButton")))
+    // Typing, then the versions read and saved, and one of them: its text, and how it
+    // differs from the text typed since.
+    if (!type(QStringLiteral("editor"), QStringLiteral("x")) ||
+        !touch(QStringLiteral("historyButton")))
         return false;
     auto *versions = qobject_cast<TPHistoryVC *>(scriptsStack->topViewController());
     if (!versions || !waitFor([&] { return versions->rows()->rowCount() > 0; }))
@@ -357,12 +377,13 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
     auto *version = qobject_cast<TPVersionVC *>(scriptsStack->topViewController());
     if (!version || !waitFor([&] { return !version->loading(); }))
         return fail(QStringLiteral("the version did not show"));
-    if (!stop("history-version") || !goBack() || !goBack())
+    if (!stop("history-version") || !touch(QStringLiteral("segment1")) ||
+        !stop("history-version-changes") || !goBack() || !goBack())
         return false;
 
-    // Typing, then leaving without saving: the text is kept as a draft and offered when the
-    // file is opened again.
-    if (!type(QStringLiteral("editor"), QStringLiteral("x")) || !goBack())
+    // Leaving without saving: the text is kept as a draft and offered when the file is
+    // opened again.
+    if (!goBack())
         return false;
     settle(m_window);
     if (!touchRow(scripts, "main.lua"))
