@@ -9,10 +9,11 @@ import TPCompanion.Editor
 ScreenPage {
     id: page
     required property TPVersionVC controller
+    readonly property var texts: controller.texts
 
     barItems: BarButton {
         objectName: "restoreButton"
-        text: page.controller ? page.controller.texts.restore : ""
+        text: page.texts.restore
         enabled: page.controller && !page.controller.loading
         onClicked: page.controller.onRestoreTapped()
     }
@@ -31,7 +32,7 @@ ScreenPage {
         SegmentedControl {
             objectName: "versionModes"
             anchors.horizontalCenter: parent.horizontalCenter
-            segments: page.controller ? [page.controller.texts.text, page.controller.texts.changes] : []
+            segments: [page.texts.showText, page.texts.showChanges]
             currentIndex: page.controller && page.controller.showingChanges ? 1 : 0
             onActivated: index => page.controller.showingChanges = index === 1
         }
@@ -40,7 +41,7 @@ ScreenPage {
             visible: page.controller.showingChanges
             anchors { left: parent.left; right: parent.right; leftMargin: 12; rightMargin: 12 }
             text: page.controller.legend
-            wrapMode: Text.Wrap
+            elide: Text.ElideMiddle
             horizontalAlignment: Text.AlignHCenter
             font.pixelSize: 13
             color: Theme.secondaryLabel
@@ -57,7 +58,7 @@ ScreenPage {
         objectName: "noDifferences"
         anchors.centerIn: parent
         visible: page.controller.showingChanges && page.controller.noDifferences
-        text: page.controller.texts.noDifferences
+        text: page.texts.same
         color: Theme.secondaryLabel
         font.pixelSize: Theme.bodySize
     }

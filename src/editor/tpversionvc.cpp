@@ -31,9 +31,9 @@ QFont TPVersionVC::font() const
 QVariantMap TPVersionVC::texts() const
 {
     return {{QStringLiteral("restore"), TPL("draft_restore")},
-            {QStringLiteral("text"), TPL("version_text")},
-            {QStringLiteral("changes"), TPL("version_changes")},
-            {QStringLiteral("noDifferences"), TPL("diff_none")}};
+            {QStringLiteral("showText"), TPL("version_text")},
+            {QStringLiteral("showChanges"), TPL("version_changes")},
+            {QStringLiteral("same"), TPL("diff_none")}};
 }
 
 QString TPVersionVC::legend() const
@@ -41,7 +41,7 @@ QString TPVersionVC::legend() const
     const QString version = TPLDateTime(m_version.time);
     if (m_editor)
         return TPL("diff_legend_editor").arg(version);
-    return TPL("diff_legend_newest").arg(version, TPLDateTime(m_newest.time));
+    return TPL("diff_legend_newest").arg(version);
 }
 
 bool TPVersionVC::noDifferences() const

@@ -35,7 +35,7 @@ class TPVersionVC : public TPViewController
     Q_PROPERTY(QString legend READ legend NOTIFY loadingChanged)
     // The version is the same as the text it is compared with.
     Q_PROPERTY(bool noDifferences READ noDifferences NOTIFY loadingChanged)
-    // The screen's own texts by key: restore, text, changes, noDifferences.
+    // The screen's own texts by key: restore, showText, showChanges, same.
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
     Q_PROPERTY(bool loading READ loading NOTIFY loadingChanged)
     // The editor's font, so that a version reads as the script does.

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls
 import TPCompanion.Platform
 
 // What was just done, with the button that undoes it, at the bottom of a screen while its
@@ -26,13 +25,12 @@ Rectangle {
         id: undoButton
         objectName: "undoBarButton"
         anchors { right: parent.right; rightMargin: 4; verticalCenter: parent.verticalCenter }
-        implicitWidth: Math.max(44, undoLabel.implicitWidth + 24)
+        implicitWidth: Math.max(44, contentItem.implicitWidth + 24)
         implicitHeight: 44
         Accessible.role: Accessible.Button
         Accessible.name: bar.model ? bar.model.actionTitle : ""
         onClicked: bar.model.trigger()
         contentItem: Text {
-            id: undoLabel
             text: bar.model ? bar.model.actionTitle : ""
             font.pixelSize: 15
             font.weight: Font.DemiBold

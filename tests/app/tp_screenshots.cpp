@@ -60,6 +60,8 @@ int main(int argc, char *argv[])
                                 "history-files",
                                 "history-versions",
                                 "history-version",
+                                "history-version-changes",
+                                "scripts-undo-delete",
                                 "alert",
                                 "store",
                                 "settings",
