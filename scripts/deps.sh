@@ -14,6 +14,8 @@ packages=(
     qml6-module-qtquick-templates qml6-module-qtquick-window
     # Lua 5.4: the development engine runs scripts, the editor checks their syntax
     liblua5.4-dev
+    # luacheck, the Lua linter: pure Lua modules the build carries as resources
+    lua-check
     # large script listings are read with simdjson's on-demand parser
     libsimdjson-dev
     # the engine client speaks HTTP through libcurl

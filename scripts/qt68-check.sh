@@ -32,7 +32,7 @@ packages=(
     qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
     qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts
     qml6-module-qtquick-templates qml6-module-qtquick-window
-    liblua5.4-dev libsimdjson-dev libicu-dev libcurl4-openssl-dev libgit2-dev
+    liblua5.4-dev lua-check libsimdjson-dev libicu-dev libcurl4-openssl-dev libgit2-dev
     fonts-dejavu-core
 )
 

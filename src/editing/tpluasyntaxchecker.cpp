@@ -20,22 +20,29 @@ void TPLuaSyntaxChecker::checkNow()
     // The checker is held weakly across the two threads: the result is dropped when the
     // editor has gone meanwhile.
     QPointer<TPLuaSyntaxChecker> self(this);
-    QThreadPool::globalInstance()->start([self, generation, name = m_chunkName, text = m_text()] {
+    QThreadPool::globalInstance()->start([self, generation, name = m_chunkName, text = m_text(),
+                                          globals = m_knownGlobals, limit = m_lintTimeLimitMs] {
         const TPLuaSyntaxResult result = TPCheckLuaSyntax(name, text);
+        // Each worker thread keeps one luacheck loaded, so that a check pays only for the lint.
+        thread_local TPLuaCheck luacheck;
+        const TPLintResult lint =
+            result.ok() ? luacheck.check(text, globals, limit) : TPLintResult();
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
-            [self, generation, result] {
+            [self, generation, result, lint] {
                 if (self)
-                    self->onResult(generation, result);
+                    self->onResult(generation, result, lint);
             },
             Qt::QueuedConnection);
     });
 }
 
-void TPLuaSyntaxChecker::onResult(quint64 generation, const TPLuaSyntaxResult &result)
+void TPLuaSyntaxChecker::onResult(quint64 generation, const TPLuaSyntaxResult &result,
+                                  const TPLintResult &lint)
 {
     if (generation != m_generation)
         return;
     m_result = result;
+    m_lint = lint;
     emit checked();
 }

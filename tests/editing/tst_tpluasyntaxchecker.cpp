@@ -70,6 +70,43 @@ private slots:
         QCOMPARE(checked.size(), 1);
         QVERIFY(checker.result().ok());
     }
+
+    // The lint runs on the same pause, once the text compiles, with the globals known from
+    // elsewhere; a text that does not compile shows its syntax error and no lint.
+    void aTextThatCompilesIsLintedAndOneThatDoesNotIsNot()
+    {
+        QString text = QStringLiteral("local unused = 1\nshared()\ntpa()\n");
+        TPLuaSyntaxChecker checker(QStringLiteral("a.lua"), [&text] { return text; });
+        checker.setKnownGlobals({QStringLiteral("shared"), QStringLiteral("tap")});
+        QSignalSpy checked(&checker, &TPLuaSyntaxChecker::checked);
+        checker.checkNow();
+        QVERIFY(checked.wait(5000));
+        QCOMPARE(checker.lint().status, TPLintResult::Status::Linted);
+        QStringList found;
+        for (const TPLintWarning &warning : checker.lint().warnings)
+            found.append(warning.code + u' ' + warning.name + u' ' + warning.suggestion);
+        QCOMPARE(found, QStringList({"211 unused ", "113 tpa tap"}));
+
+        text = QStringLiteral("local unused = (\n");
+        checker.checkNow();
+        QVERIFY(checked.wait(5000));
+        QVERIFY(!checker.result().ok());
+        QCOMPARE(checker.lint().status, TPLintResult::Status::NotRun);
+        QVERIFY(checker.lint().warnings.isEmpty());
+    }
+
+    void aLintThatRunsOutOfTimeSaysSo()
+    {
+        QString text;
+        for (int line = 0; line < 3000; ++line)
+            text += QStringLiteral("v%1 = %1\n").arg(line);
+        TPLuaSyntaxChecker checker(QStringLiteral("a.lua"), [&text] { return text; });
+        checker.setLintTimeLimitMs(1);
+        QSignalSpy checked(&checker, &TPLuaSyntaxChecker::checked);
+        checker.checkNow();
+        QVERIFY(checked.wait(5000));
+        QCOMPARE(checker.lint().status, TPLintResult::Status::TooSlow);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestTPLuaSyntaxChecker)
