@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QSet>
 
 #include <lua.hpp>
 
@@ -86,6 +87,31 @@ local function check(source, globals)
   end
   return rows
 end
+local function globals(source)
+  local report = luacheck.check_strings({source}, {std = "none", allow_defined = false,
+                                                   max_line_length = false})
+  local file = report[1]
+  if file.fatal then
+    error(file.msg or file.fatal)
+  end
+  local defined, used = {}, {}
+  for _, warning in ipairs(file) do
+    local name = warning.name
+    if warning.code == "111" then
+      defined[name] = true
+    elseif warning.code == "112" or warning.code == "113" then
+      used[name] = (used[name] or 0) + 1
+    end
+  end
+  local definedList, usedList = {}, {}
+  for name in pairs(defined) do
+    definedList[#definedList + 1] = name
+  end
+  for name, count in pairs(used) do
+    usedList[#usedList + 1] = {name, count}
+  end
+  return definedList, usedList
+end
 local function standardGlobals()
   local names = {}
   for name in pairs(standards.lua54.read_globals) do
@@ -93,7 +119,7 @@ local function standardGlobals()
   end
   return names
 end
-return check, standardGlobals
+return check, globals, standardGlobals
 )lua";
 
 QString textAt(lua_State *state, int index)
@@ -171,7 +197,7 @@ bool TPLuaCheck::ensureLoaded()
     lua_setfield(state, -2, "searchers");
     lua_pop(state, 1);
     if (luaL_loadbufferx(state, kDriver, qstrlen(kDriver), "=tpluacheck", "t") != LUA_OK ||
-        lua_pcall(state, 0, 2, 0) != LUA_OK || lua_pcall(state, 0, 1, 0) != LUA_OK) {
+        lua_pcall(state, 0, 3, 0) != LUA_OK || lua_pcall(state, 0, 1, 0) != LUA_OK) {
         lua_settop(state, 0);
         return false;
     }
@@ -181,6 +207,7 @@ bool TPLuaCheck::ensureLoaded()
         m_standardGlobals.append(textField(state, -1, int(i)));
     m_standardGlobals.sort();
     lua_pop(state, 1);
+    m_globalsRef = luaL_ref(state, LUA_REGISTRYINDEX);
     m_checkRef = luaL_ref(state, LUA_REGISTRYINDEX);
     m_loaded = true;
     return true;
@@ -245,6 +272,36 @@ TPLintResult TPLuaCheck::check(const QString &source, const QStringList &knownGl
     lua_settop(state, 0);
     result.status = TPLintResult::Status::Linted;
     return result;
+}
+
+TPLuaGlobals TPLuaCheck::globals(const QString &source)
+{
+    TPLuaGlobals found;
+    if (source.count(u'\n') >= MaxLines || !ensureLoaded())
+        return found;
+    lua_State *state = m_state.get();
+    lua_rawgeti(state, LUA_REGISTRYINDEX, m_globalsRef);
+    const QByteArray bytes = source.toUtf8();
+    lua_pushlstring(state, bytes.constData(), size_t(bytes.size()));
+    if (lua_pcall(state, 1, 2, 0) != LUA_OK) {
+        lua_settop(state, 0);
+        return found;
+    }
+    const QSet<QString> standard(m_standardGlobals.cbegin(), m_standardGlobals.cend());
+    for (lua_Integer i = 1, count = lua_Integer(lua_rawlen(state, 1)); i <= count; ++i) {
+        if (QString name = textField(state, 1, int(i)); !standard.contains(name))
+            found.defined.append(name);
+    }
+    for (lua_Integer i = 1, count = lua_Integer(lua_rawlen(state, 2)); i <= count; ++i) {
+        lua_rawgeti(state, 2, i);
+        if (QString name = textField(state, -1, 1); !standard.contains(name))
+            found.used.append({name, intField(state, -1, 2)});
+        lua_pop(state, 1);
+    }
+    lua_settop(state, 0);
+    found.defined.sort();
+    std::sort(found.used.begin(), found.used.end());
+    return found;
 }
 
 QString TPLuaCheck::closestName(const QString &name, const QStringList &known)

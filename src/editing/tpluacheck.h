@@ -45,6 +45,15 @@ struct TPLintResult
     QList<TPLintWarning> warnings;
 };
 
+// The globals a script defines (sets at its top level or in a function) and those it reads
+// or calls, with how many times, as luacheck's scope analysis finds them; locals and fields
+// are not globals. Lua's standard globals are left out.
+struct TPLuaGlobals
+{
+    QStringList defined;
+    QList<std::pair<QString, int>> used;
+};
+
 // luacheck, the Lua linter, run inside the app on the Lua 5.4 library the syntax check uses.
 // Its modules are pure Lua and come from the app's resources (":/luacheck"), where the build
 // puts Debian's lua-check. The script is parsed and analysed, never run. A checker keeps one
@@ -66,6 +75,9 @@ public:
     // undefined global near one of those names is given it as its suggestion.
     TPLintResult check(const QString &source, const QStringList &knownGlobals, int maxMs = MaxMs);
 
+    // The globals `source` defines and uses; none when it does not parse.
+    TPLuaGlobals globals(const QString &source);
+
     // Lua 5.4's standard globals, as luacheck knows them.
     QStringList standardGlobals();
 
@@ -78,7 +90,8 @@ private:
 
     std::unique_ptr<lua_State, void (*)(lua_State *)> m_state;
     bool m_loaded = false;
-    // The driver's check function, in the registry.
+    // The driver's check and globals functions, in the registry.
     int m_checkRef = 0;
+    int m_globalsRef = 0;
     QStringList m_standardGlobals;
 };

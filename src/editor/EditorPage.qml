@@ -117,16 +117,18 @@ ScreenPage {
         }
     }
 
-    OutlinePanel {
+    LinesPanel {
         id: outlinePanel
         objectName: "outlinePanel"
+        namePrefix: "outline"
         visible: page.code.outlineOpen
         anchors { left: parent.left; right: parent.right; top: tools.bottom }
         height: visible ? implicitHeight : 0
         z: 2
-        code: page.code
-        texts: page.texts
-        codeFont: page.controller.font
+        model: page.code.outline
+        emptyText: page.texts.editor_outline_empty
+        titleFamily: page.controller.font.family
+        onChosen: index => page.code.goToOutlineRow(index)
     }
 
     FindBar {
@@ -203,6 +205,8 @@ ScreenPage {
         numberColor: Theme.gutterNumber
         currentNumberColor: Theme.label
         errorColor: Theme.destructive
+        warningLines: page.code.lint.lines
+        warningColor: Theme.warning
         Accessible.name: page.texts.editor_line_numbers
     }
 
@@ -277,8 +281,7 @@ ScreenPage {
     Rectangle {
         id: messageBar
         objectName: "syntaxMessageBar"
-        anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
-        anchors.bottomMargin: page.controller.bottomInset + (symbolRow.visible ? symbolRow.height : 0)
+        anchors { left: parent.left; right: parent.right; bottom: lintBar.top }
         height: visible ? message.implicitHeight + 12 : 0
         visible: page.code.syntaxMessage !== ""
         color: Theme.errorBackground
@@ -298,6 +301,58 @@ ScreenPage {
             color: Theme.destructive
             font.pixelSize: 13
             Accessible.name: page.texts.editor_syntax_error + ": " + text
+        }
+    }
+
+    LinesPanel {
+        objectName: "lintPanel"
+        namePrefix: "lint"
+        visible: page.code.lint.listOpen
+        anchors { left: parent.left; right: parent.right; bottom: lintBar.top }
+        height: visible ? implicitHeight : 0
+        z: 2
+        model: page.code.lint.rows
+        Accessible.name: page.texts.editor_warnings
+        onChosen: index => page.code.goToLintRow(index)
+    }
+
+    // The first lint warning (a tap goes to its line), or why the script was not checked,
+    // with the number of warnings, whose tap lists them all.
+    Rectangle {
+        id: lintBar
+        objectName: "lintBar"
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+        anchors.bottomMargin: page.controller.bottomInset + (symbolRow.visible ? symbolRow.height : 0)
+        height: visible ? Math.max(lintMessage.implicitHeight + 12, 44) : 0
+        visible: page.code.lint.message !== ""
+        color: Theme.warningBackground
+        Label {
+            id: lintMessage
+            objectName: "lintMessage"
+            anchors { left: parent.left; right: lintCount.left; verticalCenter: parent.verticalCenter }
+            anchors { leftMargin: 10; rightMargin: 4 }
+            wrapMode: Text.Wrap
+            maximumLineCount: 2
+            elide: Text.ElideRight
+            text: page.code.lint.message
+            color: Theme.warning
+            font.pixelSize: 13
+            Accessible.role: Accessible.Button
+            Accessible.name: text
+            TapHandler {
+                onTapped: page.code.goToLintMessage()
+            }
+        }
+        ToolTextButton {
+            id: lintCount
+            objectName: "lintCountButton"
+            anchors { right: parent.right; verticalCenter: parent.verticalCenter }
+            visible: page.code.lint.count > 0
+            width: visible ? implicitWidth : 0
+            text: page.code.lint.countText
+            checked: page.code.lint.listOpen
+            Accessible.name: page.code.lint.countName
+            onClicked: page.code.lint.listOpen = !page.code.lint.listOpen
         }
     }
 

@@ -26,6 +26,8 @@ TPCodeEditor::TPCodeEditor(const QString &chunkName, QObject *parent)
     connect(&m_buffer, &TPEditBuffer::selectionMoved, this, &TPCodeEditor::cursorMoved);
     connect(&m_buffer, &TPEditBuffer::lineJumped, this, &TPCodeEditor::lineJumped);
     connect(&m_buffer, &TPEditBuffer::indentChanged, this, &TPCodeEditor::indentChanged);
+    connect(m_checker, &TPLuaSyntaxChecker::checked, this,
+            [this] { m_lint.setResult(m_checker->lint()); });
     connect(m_checker, &TPLuaSyntaxChecker::checked, this, &TPCodeEditor::syntaxChecked);
     // A redrawn text is coloured from the top again.
     connect(&m_binding, &TPEditorTextBinding::redrawing, this, [this] {
@@ -132,4 +134,17 @@ void TPCodeEditor::goToOutlineRow(int row)
     if (row >= 0 && row < m_outlineLines.size())
         m_buffer.goToLine(m_outlineLines.at(row));
     setOutlineOpen(false);
+}
+
+void TPCodeEditor::goToLintMessage()
+{
+    if (const int line = m_lint.messageLine(); line > 0)
+        m_buffer.goToLine(line);
+}
+
+void TPCodeEditor::goToLintRow(int row)
+{
+    if (const int line = m_lint.lineOfRow(row); line > 0)
+        m_buffer.goToLine(line);
+    m_lint.setListOpen(false);
 }

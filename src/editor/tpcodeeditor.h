@@ -6,6 +6,7 @@
 #include "editing/tpluasyntaxchecker.h"
 #include "editor/tpeditingtypes.h"
 #include "editor/tpeditortextbinding.h"
+#include "editor/tplintreport.h"
 #include "platform/tptitledrowsmodel.h"
 
 #include <QObject>
@@ -35,6 +36,8 @@ class TPCodeEditor : public QObject
     // Whether the outline is shown. Opening it lists the functions of the text as it is then;
     // choosing one closes it.
     Q_PROPERTY(bool outlineOpen READ outlineOpen WRITE setOutlineOpen NOTIFY outlineOpenChanged)
+    // luacheck's warnings about the text, once it compiles.
+    Q_PROPERTY(TPLintReport *lint READ lint CONSTANT)
 
 public:
     // `chunkName` names the script in the compiler's messages (the file name).
@@ -63,6 +66,9 @@ public:
     TPTitledRowsModel *outline() { return &m_outline; }
     bool outlineOpen() const { return m_outlineOpen; }
     void setOutlineOpen(bool open);
+    TPLintReport *lint() { return &m_lint; }
+    // Globals the lint knows besides Lua's own.
+    void setKnownGlobals(const QStringList &globals) { m_checker->setKnownGlobals(globals); }
 
 public slots:
     void undo() { m_buffer.undo(); }
@@ -81,6 +87,10 @@ public slots:
     // Puts the cursor at the start of the line of the outline's function at `row`, and
     // closes the outline.
     void goToOutlineRow(int row);
+    // Puts the cursor on the line of the warning the message bar shows.
+    void goToLintMessage();
+    // Puts the cursor on the line of the warning at `row` of the list, and closes the list.
+    void goToLintRow(int row);
 
 signals:
     // The text changed, by typing or in code.
@@ -106,6 +116,7 @@ private:
     QPointer<TPLuaHighlighter> m_highlighter;
     TPFindReplace m_find;
     TPTitledRowsModel m_outline;
+    TPLintReport m_lint;
     // The line of each function the outline lists.
     QList<int> m_outlineLines;
     bool m_outlineOpen = false;

@@ -126,7 +126,7 @@ void TPEditorVC::readToolTexts()
         "history_title",  "find_placeholder",     "replace_placeholder", "find_regex",
         "find_case",      "find_case_glyph",      "find_next",           "find_previous",
         "find_replace",   "find_replace_all",     "goto_placeholder",    "goto_go",
-        "editor_outline", "editor_outline_empty", "editor_favourite"};
+        "editor_outline", "editor_outline_empty", "editor_favourite",    "editor_warnings"};
     m_toolTexts.clear();
     for (const char *key : keys)
         m_toolTexts.insert(QLatin1String(key), TPL(key));

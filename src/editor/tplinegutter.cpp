@@ -116,6 +116,12 @@ QRectF TPLineGutter::dotRect(qreal y) const
     return QRectF(kSidePadding / 2, y + (lineHeight - size) / 2, size, size);
 }
 
+QPolygonF TPLineGutter::warningMark(qreal y) const
+{
+    const QRectF box = dotRect(y);
+    return QPolygonF({QPointF(box.center().x(), box.top()), box.bottomRight(), box.bottomLeft()});
+}
+
 QRectF TPLineGutter::numberRect(int number, qreal y) const
 {
     const QFontMetricsF metrics(m_font);
@@ -132,6 +138,10 @@ void TPLineGutter::paint(QPainter *painter)
             painter->setPen(Qt::NoPen);
             painter->setBrush(m_errorColor);
             painter->drawEllipse(dotRect(y));
+        } else if (m_warningLines.contains(number)) {
+            painter->setPen(Qt::NoPen);
+            painter->setBrush(m_warningColor);
+            painter->drawPolygon(warningMark(y));
         }
         painter->setPen(number == m_errorLine     ? m_errorColor
                         : number == m_currentLine ? m_currentNumberColor

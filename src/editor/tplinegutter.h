@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QFont>
 #include <QPointer>
+#include <QPolygonF>
 #include <QQuickPaintedItem>
 #include <QtQml/qqmlregistration.h>
 
@@ -24,6 +25,9 @@ class TPLineGutter : public QQuickPaintedItem
     Q_PROPERTY(QColor numberColor MEMBER m_numberColor NOTIFY geometryInputsChanged)
     Q_PROPERTY(QColor currentNumberColor MEMBER m_currentNumberColor NOTIFY geometryInputsChanged)
     Q_PROPERTY(QColor errorColor MEMBER m_errorColor NOTIFY geometryInputsChanged)
+    // Lines with a lint warning: a triangle in the dot's column, unlike the error's dot.
+    Q_PROPERTY(QList<int> warningLines MEMBER m_warningLines NOTIFY geometryInputsChanged)
+    Q_PROPERTY(QColor warningColor MEMBER m_warningColor NOTIFY geometryInputsChanged)
 
 public:
     explicit TPLineGutter(QQuickItem *parent = nullptr);
@@ -38,6 +42,8 @@ public:
     // Where the error dot of the line drawn at `y` goes: in a column of its own, left of
     // every number the gutter is wide enough for.
     QRectF dotRect(qreal y) const;
+    // The warning triangle of the line drawn at `y`, pointing up, in the dot's box.
+    QPolygonF warningMark(qreal y) const;
     // The box the digits of `number` take when drawn at `y`, right-aligned.
     QRectF numberRect(int number, qreal y) const;
 
@@ -63,4 +69,6 @@ private:
     QColor m_numberColor = Qt::gray;
     QColor m_currentNumberColor = Qt::black;
     QColor m_errorColor = Qt::red;
+    QList<int> m_warningLines;
+    QColor m_warningColor = QColor(0xA0, 0x5A, 0x00);
 };

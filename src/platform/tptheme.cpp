@@ -60,6 +60,8 @@ const TPTheme::Palette &TPTheme::lightPalette()
          QColor(QStringLiteral("#3E8087"))},
         QColor(QStringLiteral("#DDF7E3")),
         QColor(QStringLiteral("#FFE1DE")),
+        QColor(QStringLiteral("#A05A00")),
+        QColor(QStringLiteral("#FFF4E0")),
     };
     return palette;
 }
@@ -102,6 +104,8 @@ const TPTheme::Palette &TPTheme::darkPalette()
          QColor(QStringLiteral("#67B7A4"))},
         QColor(QStringLiteral("#1B3A24")),
         QColor(QStringLiteral("#4A1F1C")),
+        QColor(QStringLiteral("#FFB340")),
+        QColor(QStringLiteral("#33260F")),
     };
     return palette;
 }

@@ -52,6 +52,8 @@ class TPTheme : public QObject
     Q_PROPERTY(QColor selection READ selection NOTIFY paletteChanged)
     Q_PROPERTY(QColor addedLine READ addedLine NOTIFY paletteChanged)
     Q_PROPERTY(QColor removedLine READ removedLine NOTIFY paletteChanged)
+    Q_PROPERTY(QColor warning READ warning NOTIFY paletteChanged)
+    Q_PROPERTY(QColor warningBackground READ warningBackground NOTIFY paletteChanged)
     Q_PROPERTY(int barHeight READ barHeight CONSTANT)
     Q_PROPERTY(int tabBarHeight READ tabBarHeight CONSTANT)
     Q_PROPERTY(int bodySize READ bodySize CONSTANT)
@@ -110,6 +112,9 @@ public:
         // a version's lines against the editor's text
         QColor addedLine;
         QColor removedLine;
+        // a lint warning's mark and its message's bar
+        QColor warning;
+        QColor warningBackground;
     };
 
     // The contrast ratio of two opaque colours, from their relative luminance (WCAG 2): 1 for
@@ -163,6 +168,8 @@ public:
     QColor errorBackground() const { return palette().errorBackground; }
     QColor addedLine() const { return palette().addedLine; }
     QColor removedLine() const { return palette().removedLine; }
+    QColor warning() const { return palette().warning; }
+    QColor warningBackground() const { return palette().warningBackground; }
     QColor selection() const { return palette().selection; }
     const SyntaxColors &syntaxColors() const { return palette().syntax; }
     int barHeight() const { return 44; }

@@ -110,6 +110,20 @@ private slots:
         QCOMPARE(result.status, TPLintResult::Status::Linted);
     }
 
+    void theGlobalsAScriptDefinesAndUsesAreFoundByScope()
+    {
+        const TPLuaGlobals found = m_check.globals(
+            QStringLiteral("function helper() end\n"
+                           "config = {}\n"
+                           "local function inner(tap) tap() end\n"
+                           "tap(1, 2)\ntap(3, 4)\nsleep(10)\nprint(string.rep('x', 2))\n"
+                           "settings.speed = 2\nlocal t = {}\nt.field = helper\n"));
+        QCOMPARE(found.defined, QStringList({"config", "helper"}));
+        QCOMPARE(found.used, (QList<std::pair<QString, int>>{
+                                 {"helper", 1}, {"settings", 1}, {"sleep", 1}, {"tap", 2}}));
+        QCOMPARE(m_check.globals(QStringLiteral("local x = (")).used.size(), 0);
+    }
+
     void theStandardGlobalsAreLuas()
     {
         const QStringList standard = m_check.standardGlobals();

@@ -15,6 +15,7 @@
 #include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickView>
+#include <QSettings>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -535,6 +536,65 @@ private slots:
                      qPrintable(QString::number(number)));
             QVERIFY(gutter->numberRect(number, y).left() >= 0);
         }
+    }
+
+    // A lint warning marks its line with a triangle in the warning colour, the bar under the
+    // text says the first warning and how many there are, and its count lists them all.
+    void lintWarningsAreMarkedInTheGutterCountedInTheBarAndListed()
+    {
+        QSettings().setValue(TPLangKey, QStringLiteral("en"));
+        serve("print(1)\nlocal unused = 2\nprint(3)\nslep(4)\n");
+        QVERIFY(open(QStringLiteral("lint.lua")));
+        auto *gutter = qobject_cast<TPLineGutter *>(item(QStringLiteral("gutter")));
+        QTRY_COMPARE_WITH_TIMEOUT(gutter->property("warningLines").value<QList<int>>(),
+                                  QList<int>({2, 4}), 5000);
+        QCOMPARE(gutter->property("errorLine").toInt(), 0);
+        QQuickItem *bar = item(QStringLiteral("lintBar"));
+        QTRY_VERIFY(bar->isVisible());
+        QCOMPARE(item(QStringLiteral("lintMessage"))->property("text").toString(),
+                 QStringLiteral("Line 2: `unused` is never used"));
+        QCOMPARE(item(QStringLiteral("lintCountButton"))->property("text").toString(),
+                 QStringLiteral("⚠ 2"));
+        QVERIFY(!item(QStringLiteral("syntaxMessageBar"))->isVisible());
+
+        // The triangle is drawn: the middle of its lower half is in the warning colour.
+        const QColor warning = gutter->property("warningColor").value<QColor>();
+        const QImage shot = m_view->grabWindow();
+        const auto inkAt = [&](int line) {
+            for (const auto &[number, y] : gutter->visibleNumbers()) {
+                if (number == line) {
+                    const QRectF box = gutter->mapRectToScene(gutter->dotRect(y));
+                    return shot.pixelColor(
+                        QPointF(box.center().x(), box.top() + box.height() * 0.75).toPoint());
+                }
+            }
+            return QColor();
+        };
+        QCOMPARE(inkAt(2), warning);
+        QCOMPARE(inkAt(4), warning);
+        QVERIFY(inkAt(3) != warning);
+
+        click(QStringLiteral("lintCountButton"));
+        QTRY_VERIFY(item(QStringLiteral("lintPanel"))->isVisible());
+        QQuickItem *second = nullptr;
+        QTRY_VERIFY((second = TPFindShownItem(m_view->rootObject(), QStringLiteral("lintRow1"))));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(second));
+        QTRY_VERIFY(!item(QStringLiteral("lintPanel"))->isVisible());
+        const qsizetype lineFour = QByteArray("print(1)\nlocal unused = 2\nprint(3)\n").size();
+        QCOMPARE(m_editor->code()->buffer()->selection().second, lineFour);
+        QSettings().remove(TPLangKey);
+    }
+
+    // A syntax error shows its own mark and message, and no lint at all.
+    void aSyntaxErrorShowsNoLint()
+    {
+        serve("local unused = 2\nfor i = 1, 3 do\n");
+        QVERIFY(open(QStringLiteral("bad.lua")));
+        auto *gutter = qobject_cast<TPLineGutter *>(item(QStringLiteral("gutter")));
+        QTRY_COMPARE_WITH_TIMEOUT(gutter->property("errorLine").toInt(), 3, 5000);
+        QVERIFY(gutter->property("warningLines").value<QList<int>>().isEmpty());
+        QVERIFY(item(QStringLiteral("syntaxMessageBar"))->isVisible());
+        QVERIFY(!item(QStringLiteral("lintBar"))->isVisible());
     }
 
     // A tap on the syntax message takes the cursor to the line it is about.

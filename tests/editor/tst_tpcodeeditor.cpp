@@ -1,8 +1,13 @@
 #include "editor/tpcodeeditor.h"
+#include "foundation/tplang.h"
+#include "foundation/tpnotificationcenter.h"
 #include "platform/tptheme.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QSettings>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTest>
 #include <QTextBlock>
 #include <QTextDocument>
@@ -28,6 +33,13 @@ class TestTPCodeEditor : public QObject
     }
 
 private slots:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QCoreApplication::setOrganizationName(QStringLiteral("TPCompanionTests"));
+        QCoreApplication::setApplicationName(QStringLiteral("tst_tpcodeeditor"));
+        QSettings().clear();
+    }
     void cleanup()
     {
         m_editor.reset();
@@ -159,6 +171,66 @@ private slots:
         QCOMPARE(openChanged.size(), 4);
         const qsizetype lineTwo = QStringLiteral("x = 1\n").size();
         QCOMPARE(editor->buffer()->selection(), std::make_pair(lineTwo, lineTwo));
+    }
+
+    // Once the text compiles, luacheck's warnings are listed in the current language, each
+    // line with one marked; a warning takes the cursor to its line.
+    void lintWarningsAreListedWithTheirLinesAndTakeTheCursorThere()
+    {
+        QSettings().setValue(TPLangKey, QStringLiteral("en"));
+        TPCodeEditor *editor = editorWith(QStringLiteral("local unused = 1\n\ntpa(1, 2)\n"), 5);
+        editor->setKnownGlobals({QStringLiteral("tap")});
+        editor->checkSyntaxNow();
+        QTRY_COMPARE_WITH_TIMEOUT(editor->lint()->count(), 2, 5000);
+        TPLintReport *lint = editor->lint();
+        QCOMPARE(lint->lines(), QList<int>({1, 3}));
+        QCOMPARE(lint->message(), QStringLiteral("Line 1: `unused` is never used"));
+        QCOMPARE(lint->countText(), QStringLiteral("⚠ 2"));
+        QCOMPARE(lint->countName(), QStringLiteral("2 warnings"));
+        QStringList rows;
+        for (const TPTitledRowsModel::Row &row : lint->rows()->rows())
+            rows.append(row.title + u'|' + row.detail);
+        QCOMPARE(rows, QStringList({"`unused` is never used|Line 1",
+                                    "`tpa` is not known; did you mean `tap`?|Line 3"}));
+        lint->setListOpen(true);
+        QVERIFY(lint->listOpen());
+        editor->goToLintRow(1);
+        QVERIFY(!lint->listOpen());
+        const qsizetype lineThree = QStringLiteral("local unused = 1\n\n").size();
+        QCOMPARE(editor->buffer()->selection(), std::make_pair(lineThree, lineThree));
+        editor->goToLintMessage();
+        QCOMPARE(editor->buffer()->selection(), std::make_pair(qsizetype(0), qsizetype(0)));
+        // A change of language says it again.
+        QSettings().remove(TPLangKey);
+        TPNotificationCenter::defaultCenter()->postLangChanged();
+        QCOMPARE(lint->rows()->rows().at(0).title, QStringLiteral("`unused` không được dùng"));
+    }
+
+    void aSyntaxErrorShowsItsMarkAndNoLint()
+    {
+        TPCodeEditor *editor = editorWith(QStringLiteral("local unused = 1\nlocal broken = (\n"));
+        editor->checkSyntaxNow();
+        QTRY_COMPARE_WITH_TIMEOUT(editor->syntaxErrorLine(), 3, 5000);
+        QCOMPARE(editor->lint()->count(), 0);
+        QCOMPARE(editor->lint()->message(), QString());
+        QVERIFY(editor->lint()->lines().isEmpty());
+        editor->lint()->setListOpen(true);
+        QVERIFY(!editor->lint()->listOpen());
+    }
+
+    void aScriptNotCheckedSaysWhyInTheCurrentLanguage()
+    {
+        TPLintReport report;
+        QSettings().setValue(TPLangKey, QStringLiteral("vi"));
+        report.setResult({TPLintResult::Status::TooLong, {}});
+        QCOMPARE(report.message(), QStringLiteral("Không kiểm tra: hơn 20.000 dòng"));
+        QSettings().setValue(TPLangKey, QStringLiteral("en"));
+        report.setResult({TPLintResult::Status::TooSlow, {}});
+        QCOMPARE(report.message(), QStringLiteral("Not checked: took over 2 s"));
+        report.setResult({TPLintResult::Status::TooLong, {}});
+        QCOMPARE(report.message(), QStringLiteral("Not checked: over 20,000 lines"));
+        QCOMPARE(report.count(), 0);
+        QSettings().remove(TPLangKey);
     }
 };
 

@@ -3,55 +3,59 @@ import QtQuick.Controls
 import TPCompanion.Platform
 import TPCompanion.Editor
 
-// The script's functions under the editor's tool bar, in the order they appear; a tap puts
-// the cursor on the function's line and closes the outline.
+// A short list of a script's lines to go to, over the editor's text: the functions of the
+// outline, or the lint's warnings. Each row is a title with its line at the right; a tap
+// reports the row. Its items are named after `namePrefix` ("outlineRow0", "lintRow0").
 Rectangle {
     id: panel
-    required property TPCodeEditor code
-    required property var texts
-    // The editor's font: a function's name reads as it does in the script.
-    required property font codeFont
+    required property TPTitledRowsModel model
+    required property string namePrefix
+    // Shown when there are no rows.
+    property string emptyText: ""
+    // The titles' font family: a function's name reads as it does in the script.
+    property string titleFamily: ""
+    signal chosen(int index)
 
     color: Theme.background
     implicitHeight: Math.min(list.contentHeight, 5.5 * 44) + (list.count === 0 ? 44 : 0) + 0.5
 
     Label {
-        objectName: "outlineEmpty"
+        objectName: panel.namePrefix + "Empty"
         anchors { left: parent.left; right: parent.right; top: parent.top; leftMargin: 16 }
         height: 44
         verticalAlignment: Text.AlignVCenter
         visible: list.count === 0
-        text: panel.texts.editor_outline_empty
+        text: panel.emptyText
         color: Theme.secondaryLabel
         font.pixelSize: Theme.bodySize
     }
 
     ListView {
         id: list
-        objectName: "outlineList"
+        objectName: panel.namePrefix + "List"
         anchors { left: parent.left; right: parent.right; top: parent.top; bottom: separator.top }
         clip: true
-        model: panel.code.outline
+        model: panel.model
         delegate: ItemDelegate {
             id: row
             required property int index
             required property string title
             required property string detail
-            objectName: "outlineRow" + index
+            objectName: panel.namePrefix + "Row" + index
             width: ListView.view.width
             height: 44
             padding: 0
             leftPadding: 16
             rightPadding: 16
             Accessible.name: title + ", " + detail
-            onClicked: panel.code.goToOutlineRow(index)
+            onClicked: panel.chosen(index)
             contentItem: Item {
                 // The line number keeps a column of its own at the right.
                 Text {
                     anchors { left: parent.left; right: parent.right; rightMargin: 80; verticalCenter: parent.verticalCenter }
                     text: row.title
                     elide: Text.ElideMiddle
-                    font.family: panel.codeFont.family
+                    font.family: panel.titleFamily
                     font.pixelSize: Theme.bodySize
                     color: Theme.label
                 }
