@@ -1,6 +1,7 @@
 #include "app/appdelegate.h"
 
 #include "app/tpkhovc.h"
+#include "editor/tpscripttreeindex.h"
 #include "foundation/tplang.h"
 #include "foundation/tplog.h"
 #include "foundation/tpnotificationcenter.h"
@@ -10,6 +11,7 @@
 #include "platform/tppresenter.h"
 #include "platform/tptabbarcontroller.h"
 #include "scripts/tpscriptslistvc.h"
+#include "scripts/tpscripttree.h"
 #include "settings/tpsettingsvc.h"
 
 #include <QPointer>
@@ -28,6 +30,9 @@ bool AppDelegate::didFinishLaunching()
     connect(TPNotificationCenter::defaultCenter(), &TPNotificationCenter::TPLangChanged, this,
             &AppDelegate::onLangChangedNotification);
     qCInfo(tpAppLog) << "launched, language" << TPCurrentLang();
+    // The editor reads the other scripts when it is first opened, not now: nothing is sent
+    // at launch.
+    TPScriptTreeIndex::shared()->enable(&TPScriptTree::filesOf);
     if (TPReadOwnerFile().isEmpty())
         promptOwnerNameThenBuildUI();
     else

@@ -5,6 +5,7 @@
 
 #include "editor/tphistoryvc.h"
 #include "editor/tpscripthistory.h"
+#include "editor/tpscripttreeindex.h"
 #include "engine/tpengineapi.h"
 #include "foundation/tplang.h"
 #include "foundation/tpnotificationcenter.h"
@@ -82,6 +83,12 @@ QFont TPEditorVC::editorFont()
 
 void TPEditorVC::viewDidLoad()
 {
+    // The lint knows the globals the other scripts define and use, once they are read.
+    TPScriptTreeIndex *index = TPScriptTreeIndex::shared();
+    connect(index, &TPScriptTreeIndex::changed, this, &TPEditorVC::learnTreeGlobals);
+    if (index->loaded())
+        learnTreeGlobals();
+    index->ensureLoaded();
     retitle();
     TPOpenedFiles::recordOpened(_relPath);
     loadContent();
@@ -328,8 +335,15 @@ void TPEditorVC::saveWithCompletion(std::function<void(bool)> completion)
                             });
 }
 
+void TPEditorVC::learnTreeGlobals()
+{
+    _textView->setKnownGlobals(TPScriptTreeIndex::shared()->knownGlobalsFor(_relPath));
+    _textView->checkSyntaxNow();
+}
+
 void TPEditorVC::onSaved(const QString &sent)
 {
+    TPScriptTreeIndex::shared()->fileSaved(_relPath, sent);
     // What was sent is saved, and kept as a version; typing since then is not, and stays a
     // draft.
     TPScriptHistory::shared()->record(_relPath, TPEngineAPI::scriptData(sent));

@@ -145,6 +145,9 @@ protected:
 
 private:
     void onTextEdited();
+    // The other scripts were read or one was saved: the lint learns their globals and looks
+    // again.
+    void learnTreeGlobals();
     void onSaved(const QString &sent);
     void onReadFinished(const std::optional<QByteArray> &bytes, const TPEngineAPI::Error &error);
     // Says in the notice what the read left and which draft is on offer.

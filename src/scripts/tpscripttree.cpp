@@ -161,6 +161,17 @@ QStringList moveTargets(const QJsonArray &listing, const QString &moving)
     return targets;
 }
 
+QStringList filesOf(const QJsonArray &listing)
+{
+    QStringList files;
+    for (const QJsonValue &entry : listing) {
+        const QString path = TPEngineAPI::entryPath(entry);
+        if (!path.isEmpty() && !isFolderEntry(entry))
+            files.append(path);
+    }
+    return files;
+}
+
 Contents contentsOf(const QString &folder, const QJsonArray &listing)
 {
     Contents contents{{folder}, {}};

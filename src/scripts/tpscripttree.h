@@ -37,6 +37,9 @@ QJsonArray sortedChildren(QList<QJsonValue> kept);
 // A folder is never offered itself or one of its own subfolders.
 QStringList moveTargets(const QJsonArray &listing, const QString &moving);
 
+// The paths of the listing's files, in its order.
+QStringList filesOf(const QJsonArray &listing);
+
 // What lies under `folder` in the listing, at any depth, in the listing's order: its
 // folders, each listed after the folder it is in (the folder itself first), and its files.
 struct Contents
