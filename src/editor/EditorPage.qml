@@ -250,6 +250,14 @@ ScreenPage {
             visible: editor.activeFocus
         }
 
+        // Pinching the text makes it larger or smaller, a step at a time.
+        PinchHandler {
+            objectName: "textPinch"
+            target: null
+            onActiveChanged: if (active) page.controller.textSize.beginPinch()
+            onActiveScaleChanged: if (active) page.controller.textSize.pinch(activeScale)
+        }
+
         TextEdit {
             id: editor
             objectName: "editor"
@@ -386,6 +394,21 @@ ScreenPage {
             page.findOpen = true
             findBar.focusFind()
         }
+    }
+    Shortcut {
+        sequences: [StandardKey.ZoomIn, "Ctrl+="]
+        enabled: page.visible
+        onActivated: page.controller.textSize.larger()
+    }
+    Shortcut {
+        sequences: [StandardKey.ZoomOut]
+        enabled: page.visible
+        onActivated: page.controller.textSize.smaller()
+    }
+    Shortcut {
+        sequence: "Ctrl+0"
+        enabled: page.visible
+        onActivated: page.controller.textSize.reset()
     }
     Shortcut {
         sequence: "Ctrl+G"

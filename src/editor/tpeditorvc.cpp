@@ -21,9 +21,9 @@
 TPEditorVC::TPEditorVC(const QString &relPath, QObject *parent)
     : TPViewController(parent), _relPath(relPath),
       _textView(new TPCodeEditor(TPLastPathSegment(relPath), this)), _font(editorFont()),
-      m_keyboard(new TPKeyboardInsets(this)), m_notice(new TPEditorNotice(this)),
-      m_drafts(new TPDraftKeeper(
-          relPath, [this] { return text(); }, this))
+      m_textSize(new TPTextSize(this)), m_keyboard(new TPKeyboardInsets(this)),
+      m_notice(new TPEditorNotice(this)), m_drafts(new TPDraftKeeper(
+                                              relPath, [this] { return text(); }, this))
 {
     setTitle(TPLastPathSegment(_relPath));
     // The view may be built before viewDidLoad; its tools need their texts from the start.
@@ -31,6 +31,8 @@ TPEditorVC::TPEditorVC(const QString &relPath, QObject *parent)
     connect(_textView, &TPCodeEditor::edited, this, &TPEditorVC::onTextEdited);
     connect(m_notice, &TPEditorNotice::triggered, this, &TPEditorVC::onNoticeAction);
     connect(_textView, &TPCodeEditor::indentChanged, this, &TPEditorVC::tabStopDistanceChanged);
+    connect(m_textSize, &TPTextSize::changed, this, &TPEditorVC::fontChanged);
+    connect(m_textSize, &TPTextSize::changed, this, &TPEditorVC::tabStopDistanceChanged);
     connect(m_keyboard, &TPKeyboardInsets::insetsChanged, this, &TPEditorVC::contentInsetsChanged);
     connect(m_keyboard, &TPKeyboardInsets::keyboardShownChanged, this,
             &TPEditorVC::keyboardShownChanged);
@@ -43,9 +45,16 @@ QString TPEditorVC::text() const
     return _textView->text();
 }
 
+QFont TPEditorVC::font() const
+{
+    QFont sized = _font;
+    sized.setPointSizeF(m_textSize->points());
+    return sized;
+}
+
 qreal TPEditorVC::tabStopDistance() const
 {
-    return QFontMetricsF(_font).horizontalAdvance(QLatin1Char(' ')) *
+    return QFontMetricsF(font()).horizontalAdvance(QLatin1Char(' ')) *
            _textView->buffer()->indentColumns();
 }
 
@@ -78,6 +87,13 @@ QFont TPEditorVC::editorFont()
     // Code needs no cosmetic shaping (ligatures, kerning); skipping it makes laying out a
     // long file about a quarter faster. Scripts that need shaping still get it.
     font.setStyleStrategy(QFont::PreferNoShaping);
+    return font;
+}
+
+QFont TPEditorVC::chosenFont()
+{
+    QFont font = editorFont();
+    font.setPointSizeF(TPTextSize::Points.at(size_t(TPTextSize::storedStep())));
     return font;
 }
 

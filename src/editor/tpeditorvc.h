@@ -3,6 +3,7 @@
 #include "editor/tpdraftkeeper.h"
 #include "editor/tpdraftstore.h"
 #include "editor/tpeditornotice.h"
+#include "editor/tptextsize.h"
 #include "engine/tpengineapi.h"
 #include "platform/tpkeyboardinsets.h"
 #include "platform/tpviewcontroller.h"
@@ -41,7 +42,9 @@ class TPEditorVC : public TPViewController
     Q_PROPERTY(QVariantMap toolTexts READ toolTexts NOTIFY barTitlesChanged)
     // The symbol row's keys: each a map of "key" (what it sends) and "label" (what it shows).
     Q_PROPERTY(QVariantList symbolKeys READ symbolKeys NOTIFY barTitlesChanged)
-    Q_PROPERTY(QFont font READ font CONSTANT)
+    // The text's font, at the size the user chose.
+    Q_PROPERTY(QFont font READ font NOTIFY fontChanged)
+    Q_PROPERTY(TPTextSize *textSize READ textSize CONSTANT)
     // A tab character shows as wide as one indent step.
     Q_PROPERTY(qreal tabStopDistance READ tabStopDistance NOTIFY tabStopDistanceChanged)
     Q_PROPERTY(qreal bottomInset READ bottomInset NOTIFY contentInsetsChanged)
@@ -91,7 +94,8 @@ public:
     void setSymbolRowRequested(bool requested);
     bool symbolRowShown() const { return keyboardShown() || m_symbolRowRequested; }
     bool isFavourite() const;
-    QFont font() const { return _font; }
+    QFont font() const;
+    TPTextSize *textSize() const { return m_textSize; }
     qreal tabStopDistance() const;
     QMarginsF contentInsets() const { return m_keyboard->insets(); }
     // The scroll indicators always follow the content insets.
@@ -109,6 +113,9 @@ public:
 
     // "Menlo" at 14 points where installed, otherwise the platform's fixed-width font.
     static QFont editorFont();
+    // The same at the text size the user chose last (a version of the script reads as the
+    // script does).
+    static QFont chosenFont();
     // The app's own stored key for the wrap toggle; never part of the engine's settings.
     static constexpr auto WrapKey = "tp_editor_wrap";
 
@@ -139,6 +146,7 @@ signals:
     void symbolRowShownChanged();
     void favouriteChanged();
     void tabStopDistanceChanged();
+    void fontChanged();
 
 protected:
     void viewDidLoad() override;
@@ -168,6 +176,7 @@ private:
     QString _saveTitle;
     QString _runTitle;
     QFont _font;
+    TPTextSize *const m_textSize;
     // The text's insets, kept clear of the on-screen keyboard.
     TPKeyboardInsets *const m_keyboard;
     QVariantMap m_toolTexts;

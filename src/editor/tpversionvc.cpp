@@ -25,7 +25,7 @@ QUrl TPVersionVC::viewUrl() const
 
 QFont TPVersionVC::font() const
 {
-    return TPEditorVC::editorFont();
+    return TPEditorVC::chosenFont();
 }
 
 QVariantMap TPVersionVC::texts() const

@@ -597,6 +597,36 @@ private slots:
         QVERIFY(!item(QStringLiteral("lintBar"))->isVisible());
     }
 
+    // Ctrl+plus, Ctrl+minus and Ctrl+0 size the text; the gutter's numbers follow, and the
+    // next editor opens at the size chosen.
+    void theTextSizeStepsWithTheKeysAndTheGutterFollows()
+    {
+        serve("print(1)\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QQuickItem *text = item(QStringLiteral("editor"));
+        auto *gutter = qobject_cast<TPLineGutter *>(item(QStringLiteral("gutter")));
+        const auto pointSize = [](const QObject *object) {
+            return object->property("font").value<QFont>().pointSizeF();
+        };
+        QCOMPARE(pointSize(text), 14.0);
+        placeCursor(0);
+        QTest::keyClick(m_view.get(), Qt::Key_Plus, Qt::ControlModifier);
+        QTest::keyClick(m_view.get(), Qt::Key_Equal, Qt::ControlModifier);
+        QTRY_COMPARE(pointSize(text), 18.0);
+        QCOMPARE(pointSize(gutter), 18.0);
+        QTRY_VERIFY(gutter->implicitWidth() > 0);
+        QTest::keyClick(m_view.get(), Qt::Key_Minus, Qt::ControlModifier);
+        QTRY_COMPARE(pointSize(gutter), 16.0);
+        // The text was not typed into.
+        QCOMPARE(m_editor->text(), QStringLiteral("print(1)\n"));
+
+        QVERIFY(open(QStringLiteral("b.lua")));
+        QCOMPARE(pointSize(item(QStringLiteral("editor"))), 16.0);
+        placeCursor(0);
+        QTest::keyClick(m_view.get(), Qt::Key_0, Qt::ControlModifier);
+        QTRY_COMPARE(pointSize(item(QStringLiteral("gutter"))), 14.0);
+    }
+
     // A tap on the syntax message takes the cursor to the line it is about.
     void tappingTheSyntaxMessageGoesToItsLine()
     {
