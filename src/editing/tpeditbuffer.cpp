@@ -97,6 +97,7 @@ void TPEditBuffer::recordShownChange(int line, int column, qsizetype removedUnit
     m_history.record({edit}, true);
     emit historyChanged();
     afterChange();
+    emit typed();
     // A closing word typed in the view moves its line back once the view's own change is
     // done.
     if (edit.removed.isEmpty() && edit.inserted.size() == 1)
@@ -145,11 +146,13 @@ void TPEditBuffer::typeCharacter(QChar character)
     const auto [anchor, cursor] = selection();
     if (const auto action = TPCodeEditRules::typed(m_text, anchor, cursor, character)) {
         applyStep({action->edit}, action->cursor);
+        emit typed();
         return;
     }
     const qsizetype from = std::min(anchor, cursor);
     applyStep({{from, m_text.text().mid(from, std::abs(cursor - anchor)), QString(character)}});
     outdentClosingAt(from + 1);
+    emit typed();
 }
 
 void TPEditBuffer::newLine()

@@ -90,6 +90,9 @@ public:
 signals:
     // The text changed, by typing or in code.
     void edited();
+    // The user typed (or deleted, or pasted) at the cursor: not an undo, a redo or a change
+    // made in code. The view's cursor may move after it.
+    void typed();
     void historyChanged();
     // The buffer moved the selection: the view should bring the cursor into sight.
     void selectionMoved();

@@ -250,12 +250,65 @@ ScreenPage {
             visible: editor.activeFocus
         }
 
-        // Pinching the text makes it larger or smaller, a step at a time.
-        PinchHandler {
-            objectName: "textPinch"
-            target: null
-            onActiveChanged: if (active) page.controller.textSize.beginPinch()
-            onActiveScaleChanged: if (active) page.controller.textSize.pinch(activeScale)
+        // Where no on-screen keyboard is, the completion candidates show at the cursor: the
+        // current one marked, a tap takes one.
+        Rectangle {
+            id: completionList
+            objectName: "completionList"
+            readonly property TPCompleter completer: page.code.completer
+            visible: page.controller.completionListShown
+            x: Math.max(0, Math.min(editor.cursorRectangle.x, flick.contentWidth - width))
+            y: editor.cursorRectangle.y + editor.cursorRectangle.height + 2
+            z: 3
+            width: Math.min(320, flick.width)
+            height: completionColumn.height
+            radius: 8
+            color: Theme.alertBackground
+            border.color: Theme.separator
+            border.width: 0.5
+            Column {
+                id: completionColumn
+                width: parent.width
+                Repeater {
+                    model: completionList.visible ? completionList.completer.rows : null
+                    delegate: FocusKeepingButton {
+                        id: candidate
+                        required property int index
+                        required property string title
+                        required property string detail
+                        objectName: "completionItem" + index
+                        width: completionColumn.width
+                        height: 44
+                        Accessible.name: detail !== "" ? detail : title
+                        onClicked: completionList.completer.accept(index)
+                        background: Rectangle {
+                            radius: 8
+                            color: candidate.index === completionList.completer.current ? Theme.highlight : "transparent"
+                        }
+                        contentItem: Column {
+                            leftPadding: 10
+                            rightPadding: 10
+                            Text {
+                                width: parent.width - 20
+                                text: candidate.title
+                                elide: Text.ElideRight
+                                font.family: page.controller.font.family
+                                font.pixelSize: Theme.bodySize
+                                color: Theme.label
+                            }
+                            Text {
+                                width: parent.width - 20
+                                visible: candidate.detail !== ""
+                                text: candidate.detail
+                                elide: Text.ElideRight
+                                font.family: page.controller.font.family
+                                font.pixelSize: 12
+                                color: Theme.secondaryLabel
+                            }
+                        }
+                    }
+                }
+            }
         }
 
         TextEdit {
@@ -281,6 +334,13 @@ ScreenPage {
             Accessible.role: Accessible.EditableText
             Component.onCompleted: {
                 page.code.attachView(editor)
+            }
+            // Pinching the text makes it larger or smaller, a step at a time.
+            PinchHandler {
+                objectName: "textPinch"
+                target: null
+                onActiveChanged: if (active) page.controller.textSize.beginPinch()
+                onActiveScaleChanged: if (active) page.controller.textSize.pinch(activeScale)
             }
             onCursorRectangleChanged: flick.ensureVisible(cursorRectangle)
         }
@@ -370,8 +430,8 @@ ScreenPage {
         visible: page.controller.symbolRowShown
         anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
         anchors.bottomMargin: page.controller.bottomInset
-        keys: page.controller.symbolKeys
-        onKeyPressed: key => page.code.pressSymbolKey(key)
+        keys: page.controller.keyRowKeys
+        onKeyPressed: key => page.controller.pressKeyRowKey(key)
     }
 
     Connections {

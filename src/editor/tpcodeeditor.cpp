@@ -16,12 +16,18 @@ const QString kOutdentKey = QStringLiteral("Outdent");
 } // namespace
 
 TPCodeEditor::TPCodeEditor(const QString &chunkName, QObject *parent)
-    : QObject(parent), m_binding(&m_buffer), m_find(&m_buffer),
+    : QObject(parent), m_binding(&m_buffer), m_find(&m_buffer), m_completer(&m_buffer),
       m_checker(new TPLuaSyntaxChecker(
           chunkName, [this] { return text(); }, this))
 {
     connect(&m_buffer, &TPEditBuffer::edited, m_checker, &TPLuaSyntaxChecker::textChanged);
     connect(&m_buffer, &TPEditBuffer::edited, this, &TPCodeEditor::edited);
+    // Candidates follow typing, once the view has moved its cursor past what was typed.
+    connect(&m_buffer, &TPEditBuffer::typed, &m_completer, &TPCompleter::refresh,
+            Qt::QueuedConnection);
+    m_binding.setKeyInterceptor([this](int key, Qt::KeyboardModifiers modifiers) {
+        return m_completer.pressKey(key, modifiers);
+    });
     connect(&m_buffer, &TPEditBuffer::historyChanged, this, &TPCodeEditor::historyChanged);
     connect(&m_buffer, &TPEditBuffer::selectionMoved, this, &TPCodeEditor::cursorMoved);
     connect(&m_buffer, &TPEditBuffer::lineJumped, this, &TPCodeEditor::lineJumped);

@@ -4,6 +4,7 @@
 #include "editing/tpfindreplace.h"
 #include "editing/tpluahighlighter.h"
 #include "editing/tpluasyntaxchecker.h"
+#include "editor/tpcompleter.h"
 #include "editor/tpeditingtypes.h"
 #include "editor/tpeditortextbinding.h"
 #include "editor/tplintreport.h"
@@ -38,6 +39,8 @@ class TPCodeEditor : public QObject
     Q_PROPERTY(bool outlineOpen READ outlineOpen WRITE setOutlineOpen NOTIFY outlineOpenChanged)
     // luacheck's warnings about the text, once it compiles.
     Q_PROPERTY(TPLintReport *lint READ lint CONSTANT)
+    // The names offered while a name is typed.
+    Q_PROPERTY(TPCompleter *completer READ completer CONSTANT)
 
 public:
     // `chunkName` names the script in the compiler's messages (the file name).
@@ -67,6 +70,7 @@ public:
     bool outlineOpen() const { return m_outlineOpen; }
     void setOutlineOpen(bool open);
     TPLintReport *lint() { return &m_lint; }
+    TPCompleter *completer() { return &m_completer; }
     // Globals the lint knows besides Lua's own.
     void setKnownGlobals(const QStringList &globals) { m_checker->setKnownGlobals(globals); }
 
@@ -117,6 +121,7 @@ private:
     TPFindReplace m_find;
     TPTitledRowsModel m_outline;
     TPLintReport m_lint;
+    TPCompleter m_completer;
     // The line of each function the outline lists.
     QList<int> m_outlineLines;
     bool m_outlineOpen = false;

@@ -256,6 +256,9 @@ bool TPEditorTextBinding::eventFilter(QObject *watched, QEvent *event)
 
 bool TPEditorTextBinding::handleKey(QKeyEvent *event)
 {
+    if (m_keyInterceptor &&
+        m_keyInterceptor(event->key(), event->modifiers() & ~Qt::KeypadModifier))
+        return true;
     if (event->matches(QKeySequence::Undo)) {
         m_buffer->undo();
         return true;

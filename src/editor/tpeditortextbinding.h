@@ -6,6 +6,8 @@
 #include <QPointer>
 #include <QTextCursor>
 
+#include <functional>
+
 class QKeyEvent;
 class QQuickItem;
 class QTextDocument;
@@ -45,6 +47,12 @@ public:
     void select(qsizetype anchor, qsizetype cursor) override;
 
     bool eventFilter(QObject *watched, QEvent *event) override;
+    // Asked first about every key pressed in the text item; a key it takes goes no further
+    // (completion's list takes Up, Down, Tab, Return and Escape while it is open).
+    void setKeyInterceptor(std::function<bool(int key, Qt::KeyboardModifiers)> interceptor)
+    {
+        m_keyInterceptor = std::move(interceptor);
+    }
 
 signals:
     // The whole text is about to be drawn anew (the item's wrapping changed): whatever
@@ -78,4 +86,5 @@ private:
     QTextCursor m_changes;
     // Set while the binding itself changes the document, whose reports are then ignored.
     bool m_applying = false;
+    std::function<bool(int, Qt::KeyboardModifiers)> m_keyInterceptor;
 };

@@ -32,6 +32,10 @@ TPEditorVC::TPEditorVC(const QString &relPath, QObject *parent)
     connect(m_notice, &TPEditorNotice::triggered, this, &TPEditorVC::onNoticeAction);
     connect(_textView, &TPCodeEditor::indentChanged, this, &TPEditorVC::tabStopDistanceChanged);
     connect(m_textSize, &TPTextSize::changed, this, &TPEditorVC::fontChanged);
+    connect(_textView->completer(), &TPCompleter::changed, this, &TPEditorVC::keyRowKeysChanged);
+    connect(m_keyboard, &TPKeyboardInsets::keyboardShownChanged, this,
+            &TPEditorVC::keyRowKeysChanged);
+    connect(this, &TPEditorVC::barTitlesChanged, this, &TPEditorVC::keyRowKeysChanged);
     connect(m_textSize, &TPTextSize::changed, this, &TPEditorVC::tabStopDistanceChanged);
     connect(m_keyboard, &TPKeyboardInsets::insetsChanged, this, &TPEditorVC::contentInsetsChanged);
     connect(m_keyboard, &TPKeyboardInsets::keyboardShownChanged, this,
@@ -130,6 +134,39 @@ QVariantList TPEditorVC::symbolKeys() const
         keys.append(QVariantMap{{QStringLiteral("key"), key}, {QStringLiteral("label"), label}});
     }
     return keys;
+}
+
+namespace {
+
+// A candidate's key in the row above the keyboard.
+const QString kCandidateKey = QStringLiteral("complete:");
+
+} // namespace
+
+QVariantList TPEditorVC::keyRowKeys() const
+{
+    const TPCompleter *completer = _textView->completer();
+    if (!keyboardShown() || !completer->isActive())
+        return symbolKeys();
+    QVariantList keys;
+    const QList<TPCompletionCandidate> &candidates = completer->candidates();
+    for (int i = 0; i < std::min<int>(int(candidates.size()), TPCompleter::RowLimit); ++i)
+        keys.append(QVariantMap{{QStringLiteral("key"), kCandidateKey + QString::number(i)},
+                                {QStringLiteral("label"), candidates.at(i).name}});
+    return keys;
+}
+
+bool TPEditorVC::completionListShown() const
+{
+    return !keyboardShown() && _textView->completer()->isActive();
+}
+
+void TPEditorVC::pressKeyRowKey(const QString &key)
+{
+    if (key.startsWith(kCandidateKey))
+        _textView->completer()->accept(key.mid(kCandidateKey.size()).toInt());
+    else
+        _textView->pressSymbolKey(key);
 }
 
 void TPEditorVC::retitle()
@@ -353,7 +390,9 @@ void TPEditorVC::saveWithCompletion(std::function<void(bool)> completion)
 
 void TPEditorVC::learnTreeGlobals()
 {
-    _textView->setKnownGlobals(TPScriptTreeIndex::shared()->knownGlobalsFor(_relPath));
+    const TPScriptTreeIndex *index = TPScriptTreeIndex::shared();
+    _textView->completer()->setTreeNames({index->definedGlobals(), index->engineGlobals()});
+    _textView->setKnownGlobals(index->knownGlobalsFor(_relPath));
     _textView->checkSyntaxNow();
 }
 

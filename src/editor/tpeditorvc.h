@@ -42,6 +42,11 @@ class TPEditorVC : public TPViewController
     Q_PROPERTY(QVariantMap toolTexts READ toolTexts NOTIFY barTitlesChanged)
     // The symbol row's keys: each a map of "key" (what it sends) and "label" (what it shows).
     Q_PROPERTY(QVariantList symbolKeys READ symbolKeys NOTIFY barTitlesChanged)
+    // What the row above the keyboard shows: the first completion candidates while a name is
+    // typed on a phone's keyboard, the symbol keys otherwise; in the same form.
+    Q_PROPERTY(QVariantList keyRowKeys READ keyRowKeys NOTIFY keyRowKeysChanged)
+    // The completion candidates show as a list at the cursor: where no on-screen keyboard is.
+    Q_PROPERTY(bool completionListShown READ completionListShown NOTIFY keyRowKeysChanged)
     // The text's font, at the size the user chose.
     Q_PROPERTY(QFont font READ font NOTIFY fontChanged)
     Q_PROPERTY(TPTextSize *textSize READ textSize CONSTANT)
@@ -86,6 +91,8 @@ public:
     QString runTitle() const { return _runTitle; }
     QVariantMap toolTexts() const { return m_toolTexts; }
     QVariantList symbolKeys() const;
+    QVariantList keyRowKeys() const;
+    bool completionListShown() const;
     bool loading() const { return m_loading; }
     bool wrap() const;
     void setWrap(bool wrap);
@@ -136,6 +143,8 @@ public slots:
     void toggleFavourite();
     // An action of the notice: "retry", "restore" or "discard".
     void onNoticeAction(const QString &id);
+    // A key of the row above the keyboard: a candidate is taken, a symbol key typed.
+    void pressKeyRowKey(const QString &key);
 
 signals:
     void barTitlesChanged();
@@ -147,14 +156,15 @@ signals:
     void favouriteChanged();
     void tabStopDistanceChanged();
     void fontChanged();
+    void keyRowKeysChanged();
 
 protected:
     void viewDidLoad() override;
 
 private:
     void onTextEdited();
-    // The other scripts were read or one was saved: the lint learns their globals and looks
-    // again.
+    // The other scripts were read or one was saved: completion and the lint learn their
+    // globals, and the lint looks again.
     void learnTreeGlobals();
     void onSaved(const QString &sent);
     void onReadFinished(const std::optional<QByteArray> &bytes, const TPEngineAPI::Error &error);

@@ -687,6 +687,74 @@ private slots:
         QVERIFY(!item(QStringLiteral("syntaxMessage"))->isVisible());
     }
 
+    // Where no on-screen keyboard is, the candidates show in a list at the cursor: Up and
+    // Down choose, Tab and Return take one (as one undo step), Escape closes the list.
+    void completionShowsAListAtTheCursorOnADesktop()
+    {
+        serve("local counter = 1\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QQuickItem *list = item(QStringLiteral("completionList"));
+        QVERIFY(!list->isVisible());
+        placeCursor(documentLength());
+        typeText(QStringLiteral("cou"));
+        QTRY_VERIFY(list->isVisible());
+        QQuickItem *first = TPFindShownItem(list, QStringLiteral("completionItem0"));
+        QVERIFY(first);
+        QCOMPARE(first->property("title").toString(), QStringLiteral("counter"));
+        // Below the line typed on, where the cursor is.
+        QQuickItem *text = item(QStringLiteral("editor"));
+        const QRectF cursor = text->property("cursorRectangle").toRectF();
+        QVERIFY(list->mapToScene(QPointF()).y() >= text->mapToScene(cursor.bottomLeft()).y());
+        QTest::keyClick(m_view.get(), Qt::Key_Down);
+        QTRY_COMPARE(m_editor->code()->completer()->current(), 1);
+        QTest::keyClick(m_view.get(), Qt::Key_Up);
+        QCOMPARE(m_editor->code()->completer()->current(), 0);
+        QTest::keyClick(m_view.get(), Qt::Key_Tab);
+        QTRY_VERIFY(!list->isVisible());
+        QCOMPARE(m_editor->text(), QStringLiteral("local counter = 1\ncounter"));
+        m_editor->code()->undo();
+        QCOMPARE(m_editor->text(), QStringLiteral("local counter = 1\ncou"));
+
+        placeCursor(documentLength());
+        typeText(QStringLiteral("nt"));
+        QTRY_VERIFY(list->isVisible());
+        QTest::keyClick(m_view.get(), Qt::Key_Escape);
+        QTRY_VERIFY(!list->isVisible());
+        QCOMPARE(m_editor->text(), QStringLiteral("local counter = 1\ncount"));
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        QCOMPARE(m_editor->text(), QStringLiteral("local counter = 1\ncount\n"));
+
+        // Return takes a block, with its end.
+        typeText(QStringLiteral("whi"));
+        QTRY_VERIFY(list->isVisible());
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        QCOMPARE(m_editor->text(),
+                 QStringLiteral("local counter = 1\ncount\nwhile  do\n    \nend"));
+    }
+
+    // Above a phone's keyboard the row offers the first five candidates instead of the
+    // symbol keys, which come back once there is no name to complete.
+    void completionTakesTheKeyRowAboveAPhonesKeyboard()
+    {
+        serve("local counter = 1\nlocal countdown = 2\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        m_editor->keyboardWillChangeFrame(QRectF(0, 400, 390, 300), 700);
+        QQuickItem *row = item(QStringLiteral("symbolRow"));
+        QTRY_VERIFY(row->isVisible());
+        placeCursor(documentLength());
+        typeText(QStringLiteral("co"));
+        QTRY_VERIFY(TPFindShownItem(row, QStringLiteral("symbolKey_complete:0")));
+        QVERIFY(!item(QStringLiteral("completionList"))->isVisible());
+        QVERIFY(!TPFindShownItem(row, QStringLiteral("symbolKey_=")));
+        QVERIFY(m_editor->keyRowKeys().size() <= 5);
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {},
+                          TPCentreOf(TPFindShownItem(row, QStringLiteral("symbolKey_complete:1"))));
+        QCOMPARE(m_editor->text(),
+                 QStringLiteral("local counter = 1\nlocal countdown = 2\ncounter"));
+        QTRY_VERIFY(TPFindShownItem(row, QStringLiteral("symbolKey_=")));
+        m_editor->keyboardWillHide();
+    }
+
     void theSymbolRowShowsWithTheKeyboardAndTypesAtTheCursor()
     {
         serve("x 1\n");

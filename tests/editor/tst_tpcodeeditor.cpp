@@ -78,6 +78,18 @@ private slots:
         QVERIFY(!editor->canUndo());
     }
 
+    // Typing a name offers candidates; moving the cursor away closes them.
+    void typingANameOffersCandidatesAndMovingAwayClosesThem()
+    {
+        TPCodeEditor *editor = editorWith(QStringLiteral("local counter = 1\n"), 18);
+        editor->buffer()->typeCharacter(u'c');
+        editor->buffer()->typeCharacter(u'o');
+        QTRY_VERIFY(editor->completer()->isActive());
+        QCOMPARE(editor->completer()->candidates().first().name, QStringLiteral("counter"));
+        editor->buffer()->select(0, 0);
+        QVERIFY(!editor->completer()->isActive());
+    }
+
     void symbolKeysInsertAtTheCursor()
     {
         TPCodeEditor *editor = editorWith(QStringLiteral("ab"), 1);

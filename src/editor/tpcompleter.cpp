@@ -1,0 +1,91 @@
+#include "editor/tpcompleter.h"
+
+#include "editing/tpeditbuffer.h"
+
+TPCompleter::TPCompleter(TPEditBuffer *buffer, QObject *parent) : QObject(parent), m_buffer(buffer)
+{
+    // A cursor moved away from the typed letters leaves nothing to complete.
+    connect(m_buffer, &TPEditBuffer::selectionMoved, this, [this] {
+        const auto [anchor, cursor] = m_buffer->selection();
+        if (isActive() && (anchor != cursor || cursor != m_context.start + m_context.prefix.size()))
+            dismiss();
+    });
+}
+
+void TPCompleter::refresh()
+{
+    const auto [anchor, cursor] = m_buffer->selection();
+    if (anchor != cursor) {
+        dismiss();
+        return;
+    }
+    m_context = TPLuaCompletion::contextAt(m_buffer->text(), cursor);
+    show(TPLuaCompletion::candidates(m_buffer->text(), cursor, m_tree, Limit));
+}
+
+void TPCompleter::show(const QList<TPCompletionCandidate> &candidates)
+{
+    m_candidates = candidates;
+    QList<TPTitledRowsModel::Row> rows;
+    for (const TPCompletionCandidate &candidate : candidates)
+        rows.append({candidate.name, candidate.hint,
+                     candidate.block ? QStringLiteral("block") : QString()});
+    m_rows.setRows(rows);
+    m_current = 0;
+    emit changed();
+}
+
+bool TPCompleter::pressKey(int key, Qt::KeyboardModifiers modifiers)
+{
+    if (!isActive() || modifiers != Qt::NoModifier)
+        return false;
+    switch (key) {
+    case Qt::Key_Up:
+        move(-1);
+        return true;
+    case Qt::Key_Down:
+        move(1);
+        return true;
+    case Qt::Key_Tab:
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        accept(m_current);
+        return true;
+    case Qt::Key_Escape:
+        dismiss();
+        return true;
+    default:
+        return false;
+    }
+}
+
+void TPCompleter::move(int by)
+{
+    if (!isActive())
+        return;
+    const int count = int(m_candidates.size());
+    m_current = ((m_current + by) % count + count) % count;
+    emit changed();
+}
+
+void TPCompleter::accept(int row)
+{
+    if (row < 0 || row >= m_candidates.size())
+        return;
+    const TPCompletionCandidate chosen = m_candidates.at(row);
+    const TPLuaCompletion::Insertion insertion =
+        TPLuaCompletion::insertion(m_buffer->text(), m_context, chosen, m_buffer->indentUnit(),
+                                   m_buffer->script().dominantLineEnding());
+    dismiss();
+    // A step of its own: the typing before it is one undo, the candidate another.
+    m_buffer->closeRun();
+    m_buffer->applyStep({insertion.edit}, insertion.cursor);
+    m_buffer->closeRun();
+}
+
+void TPCompleter::dismiss()
+{
+    if (!isActive())
+        return;
+    show({});
+}
