@@ -258,7 +258,10 @@ ScreenPage {
             readonly property TPCompleter completer: page.code.completer
             visible: page.controller.completionListShown
             x: Math.max(0, Math.min(editor.cursorRectangle.x, flick.contentWidth - width))
-            y: editor.cursorRectangle.y + editor.cursorRectangle.height + 2
+            // Below the line typed on, or above it where the text's area ends first.
+            readonly property real below: editor.cursorRectangle.y + editor.cursorRectangle.height + 2
+            y: below + height <= flick.contentY + flick.height || editor.cursorRectangle.y - height - 2 < flick.contentY
+               ? below : editor.cursorRectangle.y - height - 2
             z: 3
             width: Math.min(320, flick.width)
             height: completionColumn.height
@@ -380,6 +383,8 @@ ScreenPage {
         height: visible ? implicitHeight : 0
         z: 2
         model: page.code.lint.rows
+        // The messages read as the bar's does.
+        titleFamily: lintMessage.font.family
         Accessible.name: page.texts.editor_warnings
         onChosen: index => page.code.goToLintRow(index)
     }

@@ -14,7 +14,6 @@
 #include <git2.h>
 
 #include <algorithm>
-#include <climits>
 #include <memory>
 #include <tuple>
 #include <vector>
@@ -240,19 +239,10 @@ Patch makePatch(const QByteArray &older, const QByteArray &newer, quint32 contex
     return Patch(patch);
 }
 
-// The lines of `bytes`, without their endings.
-QList<TPDiffLine> unchangedLines(const QByteArray &bytes)
+// How many lines `bytes` has, a last one without a line break counted.
+int lineCount(const QByteArray &bytes)
 {
-    QList<TPDiffLine> lines;
-    QList<QByteArray> parts = bytes.split('\n');
-    if (!parts.isEmpty() && parts.last().isEmpty())
-        parts.removeLast();
-    for (QByteArray &part : parts) {
-        if (part.endsWith('\r'))
-            part.chop(1);
-        lines.append({' ', QString::fromUtf8(part)});
-    }
-    return lines;
+    return int(bytes.count('\n')) + (bytes.isEmpty() || bytes.endsWith('\n') ? 0 : 1);
 }
 
 } // namespace
@@ -545,37 +535,9 @@ std::pair<int, int> TPScriptHistory::lineChanges(const QByteArray &older, const 
     return {int(added), int(removed)};
 }
 
-QList<TPDiffLine> TPScriptHistory::compare(const QByteArray &older, const QByteArray &newer)
-{
-    // The whole text as context, so that every line is shown in its place.
-    const Patch patch = makePatch(older, newer, INT_MAX);
-    if (!patch || git_patch_num_hunks(patch.get()) == 0)
-        return unchangedLines(newer);
-    QList<TPDiffLine> lines;
-    for (size_t hunk = 0; hunk < git_patch_num_hunks(patch.get()); ++hunk) {
-        const int count = git_patch_num_lines_in_hunk(patch.get(), hunk);
-        for (int at = 0; at < count; ++at) {
-            const git_diff_line *line = nullptr;
-            if (git_patch_get_line_in_hunk(&line, patch.get(), hunk, size_t(at)) != 0)
-                continue;
-            if (line->origin != GIT_DIFF_LINE_CONTEXT && line->origin != GIT_DIFF_LINE_ADDITION &&
-                line->origin != GIT_DIFF_LINE_DELETION)
-                continue;
-            QByteArray text(line->content, qsizetype(line->content_len));
-            if (text.endsWith('\n'))
-                text.chop(1);
-            if (text.endsWith('\r'))
-                text.chop(1);
-            lines.append({line->origin, QString::fromUtf8(text)});
-        }
-    }
-    return lines;
-}
-
 QList<TPDiffLine> TPScriptHistory::diff(const QByteArray &older, const QByteArray &newer,
                                         int context)
 {
-    const QList<TPDiffLine> olderLines = unchangedLines(older);
     const Patch patch = makePatch(older, newer, quint32(std::max(0, context)));
     QList<TPDiffLine> lines;
     // How many of the older text's lines the shown lines and folds have gone past.
@@ -595,11 +557,11 @@ QList<TPDiffLine> TPScriptHistory::diff(const QByteArray &older, const QByteArra
         fold(header->old_lines > 0 ? header->old_start - 1 : header->old_start);
         for (size_t at = 0; at < count; ++at) {
             const git_diff_line *line = nullptr;
-            if (git_patch_get_line_in_hunk(&line, patch.get(), hunk, at) != 0)
+            if (git_patch_get_line_in_hunk(&line, patch.get(), hunk, at) != 0 ||
+                (line->origin != GIT_DIFF_LINE_CONTEXT && line->origin != GIT_DIFF_LINE_ADDITION &&
+                 line->origin != GIT_DIFF_LINE_DELETION))
                 continue;
-            if (line->origin != GIT_DIFF_LINE_CONTEXT && line->origin != GIT_DIFF_LINE_ADDITION &&
-                line->origin != GIT_DIFF_LINE_DELETION)
-                continue;
+            // The line without its ending.
             QByteArray text(line->content, qsizetype(line->content_len));
             if (text.endsWith('\n'))
                 text.chop(1);
@@ -610,6 +572,6 @@ QList<TPDiffLine> TPScriptHistory::diff(const QByteArray &older, const QByteArra
         consumed =
             header->old_lines > 0 ? header->old_start + header->old_lines - 1 : header->old_start;
     }
-    fold(int(olderLines.size()));
+    fold(lineCount(older));
     return lines;
 }

@@ -92,10 +92,9 @@ public:
 
     // Lines added and removed going from `older` to `newer`.
     static std::pair<int, int> lineChanges(const QByteArray &older, const QByteArray &newer);
-    // Every line of `newer`, and each line of `older` it no longer has, in order.
-    static QList<TPDiffLine> compare(const QByteArray &older, const QByteArray &newer);
-    // The same as a person reads a diff: the changed lines with `context` unchanged lines
-    // around them, each longer unchanged run folded into one '~' line.
+    // The lines of `newer` and the lines of `older` it no longer has, as a person reads a
+    // diff: the changed lines with `context` unchanged lines around them, each longer
+    // unchanged run folded into one '~' line.
     static constexpr int DiffContext = 3;
     static QList<TPDiffLine> diff(const QByteArray &older, const QByteArray &newer,
                                   int context = DiffContext);

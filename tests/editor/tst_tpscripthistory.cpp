@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <climits>
 #include <memory>
 #include <optional>
 
@@ -310,15 +311,15 @@ private slots:
         QCOMPARE(TPScriptHistory::lineChanges("same\n", "same\n"), std::make_pair(0, 0));
     }
 
-    void compareShowsEveryLineWithTheChangedOnesMarked()
+    void aDiffWithTheWholeTextAsContextShowsEveryLineWithTheChangedOnesMarked()
     {
         const QList<TPDiffLine> lines =
-            TPScriptHistory::compare("a\r\nold\r\nc\r\n", "a\r\nnew\r\nc");
+            TPScriptHistory::diff("a\r\nold\r\nc\r\n", "a\r\nnew\r\nc", INT_MAX);
         QStringList shown;
         for (const TPDiffLine &line : lines)
             shown.append(QLatin1Char(line.origin) + line.text);
         QCOMPARE(shown, QStringList({" a", "-old", "-c", "+new", "+c"}));
-        QCOMPARE(TPScriptHistory::compare("x\ny\n", "x\ny\n").size(), 2);
+        QCOMPARE(TPScriptHistory::diff("x\ny\n", "x\ny\n", INT_MAX).first().folded, 2);
     }
 };
 
