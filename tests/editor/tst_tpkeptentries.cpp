@@ -6,8 +6,8 @@
 #include "platform/tpnavigationstack.h"
 #include "scripts/tpfolderpickervc.h"
 #include "scripts/tpscriptslistvc.h"
-#include "tpdevengine.h"
 #include "tpscreenfixture.h"
+#include "tpservedfolder.h"
 
 #include <QRandomGenerator>
 #include <QTest>
@@ -27,9 +27,9 @@ std::optional<QByteArray> recordedOnDisk(const QString &folder, const QString &p
     std::optional<QByteArray> found;
     git_repository *repository = nullptr;
     git_object *object = nullptr;
-    const QByteArray spec = "refs/heads/main:" + path.toUtf8();
+    const QByteArray newest = "refs/heads/main:" + path.toUtf8();
     if (git_repository_open_bare(&repository, QFile::encodeName(folder).constData()) == 0 &&
-        git_revparse_single(&object, repository, spec.constData()) == 0 &&
+        git_revparse_single(&object, repository, newest.constData()) == 0 &&
         git_object_type(object) == GIT_OBJECT_BLOB) {
         const auto *blob = reinterpret_cast<const git_blob *>(object);
         found = QByteArray(static_cast<const char *>(git_blob_rawcontent(blob)),
@@ -75,8 +75,7 @@ class TestTPKeptEntries : public QObject
 
     TPScreenFixture m_fixture{"tst_tpkeptentries"};
     std::unique_ptr<TPNavigationStack> m_stack;
-    std::unique_ptr<QTemporaryDir> m_root;
-    std::unique_ptr<TPDevEngine> m_devEngine;
+    TPServedFolder m_served;
 
     TPScriptsListVC *show(const QString &folder)
     {
@@ -95,22 +94,11 @@ class TestTPKeptEntries : public QObject
         return -1;
     }
 
-    // The development engine over a folder holding `files` (a path ending in "/" is an empty
-    // folder), where the app's requests go from now on.
     bool serveFolder(const QList<std::pair<QString, QByteArray>> &files)
     {
-        m_root = std::make_unique<QTemporaryDir>();
-        for (const auto &[path, bytes] : files) {
-            if (path.endsWith(u'/') ? !QDir().mkpath(inRoot(path))
-                                    : !TPWriteFileBytes(inRoot(path), bytes))
-                return false;
-        }
-        m_devEngine = std::make_unique<TPDevEngine>(m_root->path());
-        const quint16 port = m_devEngine->listen(0);
-        TPPointEngineAPIAt(port);
-        return port != 0;
+        return m_served.serve(files);
     }
-    QString inRoot(const QString &path) const { return m_root->filePath(path); }
+    QString inRoot(const QString &path) const { return m_served.filePath(path); }
 
     // The list's row menu on `path`, its action titled `title` tapped.
     void tapRowMenu(TPScriptsListVC *list, const QString &path, const QString &title)
@@ -142,8 +130,7 @@ private slots:
     void cleanup()
     {
         m_stack.reset();
-        m_devEngine.reset();
-        m_root.reset();
+        m_served.reset();
     }
 
     void deletingAFileThatWasNeverReadKeepsItsBytesFirstAndUndoBringsThemBack_data()

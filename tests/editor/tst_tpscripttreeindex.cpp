@@ -3,8 +3,8 @@
 #include "editor/tpscripttreeindex.h"
 #include "platform/tpnavigationstack.h"
 #include "scripts/tpscripttree.h"
-#include "tpdevengine.h"
 #include "tpscreenfixture.h"
+#include "tpservedfolder.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -21,26 +21,15 @@ class TestTPScriptTreeIndex : public QObject
     Q_OBJECT
 
     TPScreenFixture m_fixture{"tst_tpscripttreeindex"};
-    std::unique_ptr<QTemporaryDir> m_root;
-    std::unique_ptr<TPDevEngine> m_devEngine;
+    TPServedFolder m_served;
 
     bool serveTree()
     {
-        m_root = std::make_unique<QTemporaryDir>();
-        const QList<std::pair<QString, QByteArray>> files = {
-            {"lib/util.lua", "function helper(x) return x end\nConfig = {}\n"},
-            {"main.lua", "helper(1)\r\ntap(1, 2)\r\ntap(3, 4)\r\nsleep(5)\r\n"},
-            {"games/farm.lua", "tap(5, 6)\nlocal unused = Config\nonlyHere()\n"},
-            {"bad.lua", kLatin1},
-            {"deep/x/y.lua", "sleep(1)\n"}};
-        for (const auto &[path, bytes] : files) {
-            if (!TPWriteFileBytes(m_root->filePath(path), bytes))
-                return false;
-        }
-        m_devEngine = std::make_unique<TPDevEngine>(m_root->path());
-        const quint16 port = m_devEngine->listen(0);
-        TPPointEngineAPIAt(port);
-        return port != 0;
+        return m_served.serve({{"lib/util.lua", "function helper(x) return x end\nConfig = {}\n"},
+                               {"main.lua", "helper(1)\r\ntap(1, 2)\r\ntap(3, 4)\r\nsleep(5)\r\n"},
+                               {"games/farm.lua", "tap(5, 6)\nlocal unused = Config\nonlyHere()\n"},
+                               {"bad.lua", kLatin1},
+                               {"deep/x/y.lua", "sleep(1)\n"}});
     }
 
     static bool loadedNow(TPScriptTreeIndex &index)
@@ -52,11 +41,7 @@ class TestTPScriptTreeIndex : public QObject
 
 private slots:
     void init() { QVERIFY(m_fixture.setUp()); }
-    void cleanup()
-    {
-        m_devEngine.reset();
-        m_root.reset();
-    }
+    void cleanup() { m_served.reset(); }
 
     void anIndexNotSwitchedOnReadsNothing()
     {
@@ -147,7 +132,7 @@ private slots:
     void theEditorsLintKnowsTheOtherScripts()
     {
         QVERIFY(serveTree());
-        QVERIFY(TPWriteFileBytes(m_root->filePath(QStringLiteral("new.lua")),
+        QVERIFY(TPWriteFileBytes(m_served.filePath(QStringLiteral("new.lua")),
                                  "helper(2)\nConfig.x = 1\ntpa(1, 2)\n"));
         TPScriptTreeIndex *index = TPScriptTreeIndex::shared();
         index->enable(&TPScriptTree::filesOf);
