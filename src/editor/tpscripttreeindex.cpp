@@ -59,7 +59,8 @@ void TPScriptTreeIndex::reload()
     if (!isEnabled())
         return;
     const quint64 generation = ++m_generation;
-    ++m_pendingReads;
+    // The answers still due to an earlier reload will be dropped: only this one's count.
+    m_pendingReads = 1;
     QPointer<TPScriptTreeIndex> self(this);
     TPEngineAPI::scriptsWithCompletion(
         [self, generation](const QJsonArray &listing, const TPEngineAPI::Error &error) {

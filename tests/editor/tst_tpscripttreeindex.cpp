@@ -94,6 +94,22 @@ private slots:
                  QStringList({"Config", "helper", "onlyHere", "sleep", "tap"}));
     }
 
+    // A reload while one is under way drops the earlier one's answers and still ends.
+    void aReloadDuringALoadEndsLoaded()
+    {
+        QVERIFY(serveTree());
+        TPScriptTreeIndex index;
+        index.enable(&TPScriptTree::filesOf);
+        index.reload();
+        QSignalSpy changed(&index, &TPScriptTreeIndex::changed);
+        index.reload();
+        QVERIFY(changed.wait(10000));
+        QTRY_VERIFY(!index.loading());
+        QVERIFY(index.loaded());
+        QCOMPARE(index.files().size(), 5);
+        QCOMPARE(index.engineGlobals().first(), (std::pair<QString, int>{"tap", 3}));
+    }
+
     void aFailedReadIsListedAsUnread()
     {
         m_fixture.engine->setResponder([](const TPRecordedRequest &request) {
