@@ -66,22 +66,8 @@ void TPFindReplace::setCaseSensitive(bool on)
 void TPFindReplace::recount()
 {
     m_recountDelay.stop();
-    QRegularExpression::PatternOptions options =
-        QRegularExpression::MultilineOption | QRegularExpression::UseUnicodePropertiesOption;
-    if (!m_caseSensitive)
-        options |= QRegularExpression::CaseInsensitiveOption;
-    m_expression = QRegularExpression(
-        m_regularExpression ? m_query : QRegularExpression::escape(m_query), options);
-    m_matches.clear();
-    if (!m_query.isEmpty() && m_expression.isValid()) {
-        QRegularExpressionMatchIterator it = m_expression.globalMatch(m_buffer->text());
-        while (it.hasNext()) {
-            const QRegularExpressionMatch match = it.next();
-            // An empty match (a pattern such as "x*") selects nothing and replaces nothing.
-            if (match.capturedLength() > 0)
-                m_matches.append({match.capturedStart(), match.capturedLength()});
-        }
-    }
+    m_search = TPTextSearch(m_query, m_regularExpression, m_caseSensitive);
+    m_matches = m_search.matches(m_buffer->text());
     m_current = selectedMatch();
     emit matchesChanged();
 }
@@ -136,28 +122,6 @@ void TPFindReplace::findPrevious()
     selectMatch(index);
 }
 
-QString TPFindReplace::replacementFor(qsizetype offset, qsizetype length) const
-{
-    if (!m_regularExpression)
-        return m_replacement;
-    const QRegularExpressionMatch match =
-        m_expression.match(m_buffer->text(), offset, QRegularExpression::NormalMatch,
-                           QRegularExpression::AnchorAtOffsetMatchOption);
-    if (!match.hasMatch() || match.capturedLength() != length)
-        return m_replacement;
-    QString result;
-    for (qsizetype i = 0; i < m_replacement.size(); ++i) {
-        const QChar c = m_replacement.at(i);
-        if (c == u'\\' && i + 1 < m_replacement.size() && m_replacement.at(i + 1).isDigit()) {
-            result += match.captured(m_replacement.at(i + 1).digitValue());
-            ++i;
-        } else {
-            result += c;
-        }
-    }
-    return result;
-}
-
 void TPFindReplace::replaceOne()
 {
     if (m_recountDelay.isActive())
@@ -168,7 +132,8 @@ void TPFindReplace::replaceOne()
         return;
     }
     const auto [offset, length] = m_matches.at(index);
-    const QString inserted = replacementFor(offset, length);
+    const QString inserted =
+        m_search.replacementFor(m_buffer->text(), {offset, length}, m_replacement);
     m_buffer->applyStep({{offset, m_buffer->text().mid(offset, length), inserted}});
     recount();
     findNext();
@@ -184,8 +149,8 @@ void TPFindReplace::replaceAll()
     // From the last match back, so that each offset is still right when its turn comes.
     for (auto it = m_matches.crbegin(); it != m_matches.crend(); ++it) {
         const auto [offset, length] = *it;
-        edits.append(
-            {offset, m_buffer->text().mid(offset, length), replacementFor(offset, length)});
+        edits.append({offset, m_buffer->text().mid(offset, length),
+                      m_search.replacementFor(m_buffer->text(), *it, m_replacement)});
     }
     m_buffer->applyStep(edits);
     recount();

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "editing/tptextsearch.h"
+
 #include <QObject>
-#include <QRegularExpression>
 #include <QTimer>
 
 class TPEditBuffer;
@@ -35,7 +36,7 @@ public:
 
     int matchCount() const { return int(m_matches.size()); }
     int currentMatch() const { return m_current + 1; }
-    bool validQuery() const { return m_expression.isValid(); }
+    bool validQuery() const { return m_search.isValid(); }
 
     // Every match as (offset, length), in order; recounted after each change of the text.
     const QList<std::pair<qsizetype, qsizetype>> &matches() const { return m_matches; }
@@ -58,15 +59,13 @@ private:
     void selectMatch(qsizetype index);
     // The index of the match the selection covers exactly, or -1.
     qsizetype selectedMatch() const;
-    // The replacement for one match: "\\0" to "\\9" name its groups in a regular expression.
-    QString replacementFor(qsizetype offset, qsizetype length) const;
 
     TPEditBuffer *m_buffer;
     QString m_query;
     QString m_replacement;
     bool m_regularExpression = false;
     bool m_caseSensitive = false;
-    QRegularExpression m_expression;
+    TPTextSearch m_search;
     QList<std::pair<qsizetype, qsizetype>> m_matches;
     qsizetype m_current = -1;
     // Typing recounts once it pauses.

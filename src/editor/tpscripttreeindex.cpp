@@ -27,6 +27,8 @@ struct TPScriptTreeIndex::File
 {
     std::optional<QString> text;
     TPLuaGlobals globals;
+    // Read, whether its bytes are text or not.
+    bool read = false;
     bool failed = false;
 };
 
@@ -50,7 +52,7 @@ TPScriptTreeIndex *TPScriptTreeIndex::shared()
 
 void TPScriptTreeIndex::ensureLoaded()
 {
-    if (!m_loaded && m_pendingReads == 0)
+    if (!m_loaded && !loading())
         reload();
 }
 
@@ -61,14 +63,17 @@ void TPScriptTreeIndex::reload()
     const quint64 generation = ++m_generation;
     // The answers still due to an earlier reload will be dropped: only this one's count.
     m_pendingReads = 1;
+    m_pendingAnalyses = 0;
+    m_filesRead = 0;
     QPointer<TPScriptTreeIndex> self(this);
     TPEngineAPI::scriptsWithCompletion(
         [self, generation](const QJsonArray &listing, const TPEngineAPI::Error &error) {
             if (!self || generation != self->m_generation)
                 return;
             --self->m_pendingReads;
+            self->m_listingFailed = bool(error);
             if (error) {
-                self->settle();
+                self->readSettled();
                 return;
             }
             self->m_order = self->m_filesOfListing(listing);
@@ -77,8 +82,19 @@ void TPScriptTreeIndex::reload()
                 [&listed](const auto &file) { return !listed.contains(file.key()); });
             for (const QString &path : std::as_const(self->m_order))
                 self->readFile(path);
-            self->settle();
+            emit self->progressChanged();
+            self->readSettled();
         });
+}
+
+void TPScriptTreeIndex::retry(const QString &path)
+{
+    if (!isEnabled() || !m_files.value(path).failed)
+        return;
+    m_files[path].failed = false;
+    --m_filesRead;
+    readFile(path);
+    emit progressChanged();
 }
 
 void TPScriptTreeIndex::readFile(const QString &path)
@@ -93,40 +109,86 @@ void TPScriptTreeIndex::readFile(const QString &path)
                                         return;
                                     if (error || !bytes) {
                                         --self->m_pendingReads;
+                                        ++self->m_filesRead;
                                         self->m_files[path].failed = true;
-                                        self->settle();
+                                        emit self->progressChanged();
+                                        self->readSettled();
                                         return;
                                     }
-                                    self->analyse(path, *bytes);
+                                    self->decode(path, *bytes);
                                 });
 }
 
-void TPScriptTreeIndex::analyse(const QString &path, const QByteArray &bytes)
+void TPScriptTreeIndex::decode(const QString &path, const QByteArray &bytes)
 {
-    // Decoding and the scope analysis run on the index's own worker, which keeps a luacheck
-    // and leaves the shared pool to the syntax check and quick open.
     const quint64 generation = m_generation;
     QPointer<TPScriptTreeIndex> self(this);
-    m_worker.start([self, generation, path, bytes] {
+    QThreadPool::globalInstance()->start([self, generation, path, bytes] {
         const std::optional<QString> text = TPEngineAPI::scriptText(bytes);
-        thread_local TPLuaCheck luacheck;
-        const TPLuaGlobals globals = text ? luacheck.globals(*text) : TPLuaGlobals();
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
-            [self, generation, path, text, globals] {
+            [self, generation, path, text] {
                 if (!self || generation != self->m_generation)
                     return;
                 --self->m_pendingReads;
-                self->m_files[path] = {text, globals, false};
+                ++self->m_filesRead;
+                self->fileText(path, text);
+                emit self->progressChanged();
+                self->readSettled();
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void TPScriptTreeIndex::fileText(const QString &path, const std::optional<QString> &text)
+{
+    File &file = m_files[path];
+    file.text = text;
+    file.read = true;
+    file.failed = false;
+    if (text) {
+        analyse(path, *text);
+    } else {
+        file.globals = {};
+    }
+}
+
+void TPScriptTreeIndex::analyse(const QString &path, const QString &text)
+{
+    // The scope analysis runs on the index's own worker, which keeps a luacheck and leaves
+    // the shared pool to the syntax check, quick open and the search.
+    ++m_pendingAnalyses;
+    const quint64 generation = m_generation;
+    QPointer<TPScriptTreeIndex> self(this);
+    m_worker.start([self, generation, path, text] {
+        thread_local TPLuaCheck luacheck;
+        const TPLuaGlobals globals = luacheck.globals(text);
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [self, generation, path, globals] {
+                if (!self || generation != self->m_generation)
+                    return;
+                --self->m_pendingAnalyses;
+                const auto file = self->m_files.find(path);
+                if (file != self->m_files.end())
+                    file->globals = globals;
                 self->settle();
             },
             Qt::QueuedConnection);
     });
 }
 
-void TPScriptTreeIndex::settle()
+void TPScriptTreeIndex::readSettled()
 {
     if (m_pendingReads > 0)
+        return;
+    emit textsRead();
+    settle();
+}
+
+void TPScriptTreeIndex::settle()
+{
+    if (loading())
         return;
     m_loaded = true;
     emit changed();
@@ -138,8 +200,7 @@ void TPScriptTreeIndex::fileSaved(const QString &path, const QString &text)
         return;
     if (!m_order.contains(path))
         m_order.append(path);
-    ++m_pendingReads;
-    analyse(path, TPEngineAPI::scriptData(text));
+    fileText(path, text);
 }
 
 std::optional<QString> TPScriptTreeIndex::text(const QString &path) const
@@ -156,6 +217,17 @@ QStringList TPScriptTreeIndex::unread() const
             failed.append(path);
     }
     return failed;
+}
+
+QStringList TPScriptTreeIndex::notText() const
+{
+    QStringList files;
+    for (const QString &path : m_order) {
+        const auto found = m_files.constFind(path);
+        if (found != m_files.constEnd() && found->read && !found->text)
+            files.append(path);
+    }
+    return files;
 }
 
 QHash<QString, int> TPScriptTreeIndex::useCounts() const

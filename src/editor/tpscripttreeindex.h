@@ -13,10 +13,12 @@
 
 // The texts of the whole script tree, read through the engine client and kept for the
 // session, with the globals each script defines and uses: what the editor knows of the other
-// scripts. It reads the listing and then every file, with the described requests, the first
-// time an editor asks, and again when asked to reload; a save updates the file it saved. The
-// bytes arrive on the engine client's worker, and each text is decoded and analysed on a
-// worker thread, so the main thread only files the results.
+// scripts, and what the search in all files looks through. It reads the listing and then
+// every file, with the described requests, the first time it is asked, and again when asked
+// to reload; a save updates the file it saved. Each text is decoded on a worker thread as it
+// arrives, so that the texts are all there as soon as the reads are done; finding each
+// file's globals (luacheck's scope analysis, some milliseconds a file) follows on the
+// index's own worker. The main thread only files the results.
 //
 // The app switches it on at launch, handing it the tree's rule for which listed entries are
 // files; until then it reads nothing, so a screen shown on its own (a test) sends only its
@@ -39,9 +41,18 @@ public:
     void ensureLoaded();
     // Reads the listing and every file again; what was read stays until the new reads come.
     void reload();
-    // The listing or some file is still being read.
-    bool loading() const { return m_pendingReads > 0; }
+    // The listing or some file is still being read, or its globals found.
+    bool loading() const { return m_pendingReads > 0 || m_pendingAnalyses > 0; }
     bool loaded() const { return m_loaded; }
+    // The listing or some file is still being read.
+    bool readingTexts() const { return m_pendingReads > 0; }
+    // How many of the listing's files have been read (or failed), of how many.
+    int filesRead() const { return m_filesRead; }
+    int filesToRead() const { return int(m_order.size()); }
+    // The last listing asked for did not come.
+    bool listingFailed() const { return m_listingFailed; }
+    // Reads one file again, after its read failed.
+    void retry(const QString &path);
 
     // The files of the listing, in its order.
     QStringList files() const { return m_order; }
@@ -49,6 +60,8 @@ public:
     std::optional<QString> text(const QString &path) const;
     // The files whose read failed.
     QStringList unread() const;
+    // The files read whose bytes are not UTF-8 text.
+    QStringList notText() const;
     // A file's text changed on the engine (the editor saved it).
     void fileSaved(const QString &path, const QString &text);
 
@@ -61,23 +74,34 @@ public:
     QList<std::pair<QString, int>> engineGlobals() const;
 
 signals:
-    // Texts or globals changed.
+    // Every read and every analysis is done: texts or globals changed.
     void changed();
+    // Every read is done: the texts are all there (the globals may still come).
+    void textsRead();
+    // One more file has been read, or has failed.
+    void progressChanged();
 
 private:
     // A file's text and globals; its whole type is the index's own business.
     struct File;
 
     void readFile(const QString &path);
-    // Decodes a file's bytes and finds its globals, on a worker.
-    void analyse(const QString &path, const QByteArray &bytes);
+    // Decodes a file's bytes, on a worker.
+    void decode(const QString &path, const QByteArray &bytes);
+    // Files a text and has its globals found, on the index's worker.
+    void fileText(const QString &path, const std::optional<QString> &text);
+    void analyse(const QString &path, const QString &text);
+    void readSettled();
     void settle();
     // Every global the tree uses, with how many times.
     QHash<QString, int> useCounts() const;
 
     FilesOfListing m_filesOfListing;
     bool m_loaded = false;
+    bool m_listingFailed = false;
     int m_pendingReads = 0;
+    int m_pendingAnalyses = 0;
+    int m_filesRead = 0;
     // Answers for an older reload are dropped.
     quint64 m_generation = 0;
     QStringList m_order;
