@@ -205,6 +205,12 @@ void TPEditBuffer::outdent()
     applyStep(edits, cursor - removedHere - removedBefore);
 }
 
+void TPEditBuffer::revealSelection(qsizetype anchor, qsizetype cursor)
+{
+    select(anchor, cursor);
+    emit lineJumped();
+}
+
 void TPEditBuffer::goToLine(int line)
 {
     const int index = std::clamp(line - 1, 0, m_text.lineCount() - 1);

@@ -86,6 +86,8 @@ public:
     void outdent();
     // Puts the cursor at the start of a 1-based line (clamped to the text).
     void goToLine(int line);
+    // Selects from `anchor` to `cursor` (clamped to the text) and shows it in the middle.
+    void revealSelection(qsizetype anchor, qsizetype cursor);
 
 signals:
     // The text changed, by typing or in code.

@@ -42,6 +42,7 @@ TPEditorVC::TPEditorVC(const QString &relPath, QObject *parent)
             &TPEditorVC::keyboardShownChanged);
     connect(m_keyboard, &TPKeyboardInsets::keyboardShownChanged, this,
             &TPEditorVC::symbolRowShownChanged);
+    TPOpenEditors::add(this);
 }
 
 QString TPEditorVC::text() const
@@ -64,6 +65,7 @@ qreal TPEditorVC::tabStopDistance() const
 
 TPEditorVC::~TPEditorVC()
 {
+    TPOpenEditors::remove(this);
     m_drafts->flush();
 }
 
@@ -284,6 +286,11 @@ void TPEditorVC::onReadFinished(const std::optional<QByteArray> &bytes,
         restoreText(*m_restoreWhenRead);
         m_restoreWhenRead.reset();
     }
+    if (content && m_selectWhenRead) {
+        const auto [offset, length] = *m_selectWhenRead;
+        _textView->buffer()->revealSelection(offset, offset + length);
+        m_selectWhenRead.reset();
+    }
     showNotice();
 }
 
@@ -341,6 +348,30 @@ void TPEditorVC::restoreWhenRead(const QString &restored)
         restoreText(restored);
     else
         m_restoreWhenRead = restored;
+}
+
+void TPEditorVC::selectWhenRead(qsizetype offset, qsizetype length)
+{
+    if (m_readState == ReadState::Read)
+        _textView->buffer()->revealSelection(offset, offset + length);
+    else
+        m_selectWhenRead = {offset, length};
+}
+
+void TPEditorVC::takeSavedText(const QString &savedText)
+{
+    // Typing that is not saved stays as it is, now unsaved against the new text. An editor
+    // with nothing unsaved shows the new text, with what it showed one undo away.
+    const bool typing = unsavedChanges();
+    m_savedText = savedText;
+    if (!typing && text() != savedText)
+        restoreText(savedText);
+    setUnsavedChanges(text() != m_savedText);
+    // What the engine has is now known, whatever the read before gave.
+    if (m_readState != ReadState::Read) {
+        m_readState = ReadState::Read;
+        showNotice();
+    }
 }
 
 void TPEditorVC::onHistoryTapped()

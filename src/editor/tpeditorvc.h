@@ -3,6 +3,7 @@
 #include "editor/tpdraftkeeper.h"
 #include "editor/tpdraftstore.h"
 #include "editor/tpeditornotice.h"
+#include "editor/tpopeneditors.h"
 #include "editor/tptextsize.h"
 #include "engine/tpengineapi.h"
 #include "platform/tpkeyboardinsets.h"
@@ -27,7 +28,7 @@ Q_MOC_INCLUDE("editor/tpcodeeditor.h")
 // One script file: read once when the screen is built, edited as plain text, saved back
 // whole, and run only after a successful save. The text itself, and every editing tool,
 // live in the code editor `_textView`, which the view's text item only shows.
-class TPEditorVC : public TPViewController
+class TPEditorVC : public TPViewController, public TPOpenEditor
 {
     Q_OBJECT
     QML_ELEMENT
@@ -115,6 +116,12 @@ public:
     void restoreText(const QString &text);
     // The same, once the file has been read (an editor opened to restore a version).
     void restoreWhenRead(const QString &text);
+    // Selects `length` characters from `offset` once the text is read (a search's match).
+    void selectWhenRead(qsizetype offset, qsizetype length);
+
+    QString openPath() const override { return _relPath; }
+    bool hasUnsavedEdits() const override { return unsavedChanges(); }
+    void takeSavedText(const QString &text) override;
     // Sends the current text; reports true once the engine has it. Called back exactly once.
     void saveWithCompletion(std::function<void(bool)> completion);
 
@@ -203,6 +210,7 @@ private:
     std::optional<TPDraftStore::Draft> m_draftOnOffer;
     // A version to put in once the read has succeeded.
     std::optional<QString> m_restoreWhenRead;
+    std::optional<std::pair<qsizetype, qsizetype>> m_selectWhenRead;
     // A read is replacing the text: that is no edit of the user's.
     bool m_settingText = false;
     QMetaObject::Connection _langObservation;

@@ -2,6 +2,7 @@
 
 #include "editor/tpdraftstore.h"
 #include "editor/tpopenedfiles.h"
+#include "editor/tpopeneditors.h"
 #include "editor/tpscripthistory.h"
 #include "foundation/tppathrules.h"
 
@@ -136,6 +137,42 @@ void rename(const QString &from, const QString &to, Completion done)
                 });
         }
         done(error);
+    });
+}
+
+void replaceText(const QString &path, const QString &expected, const QString &text,
+                 std::function<void(TPReplaceOutcome)> done)
+{
+    if (TPOpenEditors::hasUnsavedEdits(path)) {
+        done(TPReplaceOutcome::UnsavedInEditor);
+        return;
+    }
+    TPEngineAPI::readScriptData(path, [path, expected, text,
+                                       done](const std::optional<QByteArray> &bytes,
+                                             const TPEngineAPI::Error &error) {
+        if (error || !bytes) {
+            done(TPReplaceOutcome::Failed);
+            return;
+        }
+        if (*bytes != TPEngineAPI::scriptData(expected)) {
+            done(TPReplaceOutcome::ChangedMeanwhile);
+            return;
+        }
+        // Typing may have begun while the file was read.
+        if (TPOpenEditors::hasUnsavedEdits(path)) {
+            done(TPReplaceOutcome::UnsavedInEditor);
+            return;
+        }
+        TPScriptHistory::shared()->record(path, *bytes);
+        TPEngineAPI::saveScript(path, text, [path, text, done](const TPEngineAPI::Error &saved) {
+            if (saved) {
+                done(TPReplaceOutcome::Failed);
+                return;
+            }
+            TPScriptHistory::shared()->record(path, TPEngineAPI::scriptData(text));
+            TPOpenEditors::savedElsewhere(path, text);
+            done(TPReplaceOutcome::Replaced);
+        });
     });
 }
 

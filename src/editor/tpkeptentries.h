@@ -25,6 +25,17 @@ struct TPDeletedEntry
     QStringList unread;
 };
 
+// How a replace of a file's text ended.
+enum class TPReplaceOutcome {
+    Replaced,
+    // An editor open on it has typing that is not saved: the file was left alone.
+    UnsavedInEditor,
+    // The engine's file is no longer the text the change was made from: left alone.
+    ChangedMeanwhile,
+    // The engine could not be reached, or refused.
+    Failed
+};
+
 // The engine operations that lose nothing: a delete that first keeps what it deletes in the
 // history, the way back from it, and a rename whose file keeps its history, draft, recent
 // and favourite place. Each goes on to its end whatever becomes of the screen that asked;
@@ -56,5 +67,12 @@ void restoreFile(const QString &path, const QByteArray &bytes, const QJsonArray 
 // Sends the rename of `from` to `to`; once the engine accepted it, the history, the drafts and
 // the recent and favourite files follow the entry (a folder's files with it).
 void rename(const QString &from, const QString &to, Completion done);
+
+// Saves `text` as the file at `path`, made from `expected`: reads the file first, and goes on
+// only when the engine still has exactly `expected` and no open editor has unsaved typing in
+// it. What the engine had and what was saved are both recorded in the history, and the
+// editors open on it take the new text.
+void replaceText(const QString &path, const QString &expected, const QString &text,
+                 std::function<void(TPReplaceOutcome)> done);
 
 } // namespace TPKeptEntries

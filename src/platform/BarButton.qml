@@ -11,6 +11,8 @@ AbstractButton {
     // Shown beside the glyph (the back button's previous title).
     property string label: ""
     property color color: Theme.tint
+    // Some glyphs are drawn small in their font: they ask for more.
+    property int glyphSize: 26
 
     implicitWidth: Math.max(44, contentItem.implicitWidth + 16)
     implicitHeight: 44
@@ -22,7 +24,7 @@ AbstractButton {
         Text {
             anchors.verticalCenter: parent.verticalCenter
             text: button.glyph !== "" ? button.glyph : button.text
-            font.pixelSize: button.glyph !== "" ? 26 : 17
+            font.pixelSize: button.glyph !== "" ? button.glyphSize : 17
             color: button.enabled ? button.color : Theme.secondaryLabel
         }
         Text {

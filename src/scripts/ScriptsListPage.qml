@@ -13,13 +13,31 @@ ScreenPage {
     readonly property real sideInset: Math.max(0, (width - Theme.readableWidth) / 2)
     required property TPScriptsListVC controller
 
-    // Opening any file by name, from the top of the tree.
-    leadingBarItems: BarButton {
-        objectName: "quickOpenButton"
-        // A magnifier; the words are its spoken name.
-        glyph: "⚲"
-        text: page.controller ? page.controller.texts.quickOpen : ""
-        onClicked: page.controller.onQuickOpenTapped()
+    // Opening any file by name, and searching the text of every file, from the top of the
+    // tree.
+    leadingBarItems: Row {
+        BarButton {
+            objectName: "quickOpenButton"
+            // A magnifier; the words are its spoken name.
+            glyph: "⚲"
+            text: page.controller ? page.controller.texts.quickOpen : ""
+            onClicked: page.controller.onQuickOpenTapped()
+        }
+        BarButton {
+            objectName: "searchFilesButton"
+            // A page under a magnifier: search in the files' text; the words are its name.
+            glyph: "⌕"
+            glyphSize: 36
+            text: page.controller ? page.controller.texts.searchFiles : ""
+            onClicked: page.controller.onSearchInFilesTapped()
+        }
+    }
+
+    // A desktop's or a hardware keyboard's shortcut, while this list is the one shown.
+    Shortcut {
+        sequence: "Ctrl+Shift+F"
+        enabled: page.visible && page.controller !== null
+        onActivated: page.controller.onSearchInFilesTapped()
     }
     barItems: Row {
         BarButton {

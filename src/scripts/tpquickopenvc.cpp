@@ -7,6 +7,7 @@
 #include "foundation/tppathrules.h"
 #include "foundation/tpwhilealive.h"
 #include "platform/tpnavigationstack.h"
+#include "scripts/tpopenintree.h"
 #include "scripts/tpquickopenmatch.h"
 #include "scripts/tpscripttree.h"
 
@@ -186,14 +187,8 @@ void TPQuickOpenVC::didSelectRow(int row)
     TPNavigationStack *stack = navigationController();
     if (!stack)
         return;
-    const QString path = m_rows->rows().at(row).path;
-    QList<TPViewController *> screens;
-    const QStringList folders = TPParentPath(path).split(u'/', Qt::SkipEmptyParts);
-    for (qsizetype depth = 1; depth <= folders.size(); ++depth)
-        screens.append(m_folderScreen(folders.first(depth).join(u'/')));
-    screens.append(new TPEditorVC(path));
     // This screen is one of those replaced: nothing of it is used after this.
-    stack->replaceAboveRoot(screens);
+    TPOpenInTree(stack, m_rows->rows().at(row).path, m_folderScreen);
 }
 
 void TPQuickOpenVC::onRunTapped(int row)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/tpviewcontroller.h"
+#include "scripts/tpopenintree.h"
 #include "scripts/tpquickopenrowsmodel.h"
 
 #include <QSet>
@@ -33,7 +34,7 @@ public:
     static constexpr int ResultLimit = 50;
 
     // Makes the screen of one folder of the tree, which a result pushes under its editor.
-    using FolderScreen = std::function<TPViewController *(const QString &folder)>;
+    using FolderScreen = TPFolderScreen;
 
     explicit TPQuickOpenVC(FolderScreen folderScreen, QObject *parent = nullptr);
 

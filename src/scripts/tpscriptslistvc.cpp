@@ -3,6 +3,7 @@
 #include "editor/tpeditorvc.h"
 #include "editor/tphistoryvc.h"
 #include "editor/tpopenedfiles.h"
+#include "editor/tpscripttreeindex.h"
 #include "engine/tpengineapi.h"
 #include "foundation/tplang.h"
 #include "foundation/tpnotificationcenter.h"
@@ -14,6 +15,7 @@
 #include "scripts/tplistingdecoder.h"
 #include "scripts/tpquickopenvc.h"
 #include "scripts/tpscripttree.h"
+#include "scripts/tpsearchvc.h"
 
 #include <QPointer>
 
@@ -41,7 +43,8 @@ void TPScriptsListVC::readTexts()
                {QStringLiteral("history"), TPL("history_title")},
                {QStringLiteral("noMatches"), TPL("list_no_matches")},
                {QStringLiteral("clearSearch"), TPL("list_clear_search")},
-               {QStringLiteral("quickOpen"), TPL("quickopen_title")}};
+               {QStringLiteral("quickOpen"), TPL("quickopen_title")},
+               {QStringLiteral("searchFiles"), TPL("search_title")}};
     emit textsChanged();
 }
 
@@ -122,6 +125,10 @@ void TPScriptsListVC::onHistoryTapped()
 void TPScriptsListVC::onRefreshTapped()
 {
     reloadData();
+    // What the editor and the search know of every file's text is read again with the
+    // listing the user asked for.
+    if (TPScriptTreeIndex *index = TPScriptTreeIndex::shared(); index->loaded())
+        index->reload();
 }
 
 void TPScriptsListVC::onRefreshControlPulled()
@@ -421,6 +428,14 @@ void TPScriptsListVC::onQuickOpenTapped()
     if (TPNavigationStack *stack = navigationController())
         stack->pushViewController(
             new TPQuickOpenVC([](const QString &folder) { return new TPScriptsListVC(folder); }));
+}
+
+void TPScriptsListVC::onSearchInFilesTapped()
+{
+    if (TPNavigationStack *stack = navigationController())
+        stack->pushViewController(
+            new TPSearchVC([](const QString &folder) { return new TPScriptsListVC(folder); },
+                           TPScriptTreeIndex::shared()));
 }
 
 void TPScriptsListVC::pickFolderToMove(const QString &path)

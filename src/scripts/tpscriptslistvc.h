@@ -79,6 +79,7 @@ public slots:
     void onHistoryTapped();
     // Opens any file of the tree by typing part of its path.
     void onQuickOpenTapped();
+    void onSearchInFilesTapped();
     // The pull-to-refresh control was pulled: it spins until the next reload ends.
     void onRefreshControlPulled();
     void didSelectRow(int row);
