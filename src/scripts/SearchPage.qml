@@ -38,7 +38,7 @@ ScreenPage {
             spacing: 4
             ThemedTextField {
                 id: queryField
-                objectName: "searchField"
+                objectName: "searchInFilesField"
                 width: parent.width - regexToggle.width - caseToggle.width - 2 * parent.spacing
                 placeholderText: page.texts.find
                 inputMethodHints: TPInputTraits.verbatim

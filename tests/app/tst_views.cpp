@@ -5,6 +5,7 @@
 #include "platform/tpnavigationstack.h"
 #include "platform/tptheme.h"
 #include "scripts/tpscriptslistvc.h"
+#include "scripts/tpsearchvc.h"
 #include "settings/tpsettingsvc.h"
 #include "settings/tpslidercell.h"
 #include "settings/tpswatchcell.h"
@@ -231,6 +232,34 @@ private slots:
         // No room for it: only the chevron is left.
         m_view->resize(180, 600);
         QTRY_VERIFY(!label->isVisible());
+    }
+
+    void ctrlShiftFOpensTheSearchInAllFilesReadyToType()
+    {
+        auto *list = new TPScriptsListVC(QString());
+        m_stack = std::make_unique<TPNavigationStack>(list, m_fixture.presenter.get());
+        QVERIFY(showPage("Platform/NavigationView",
+                         {{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}}));
+        m_stack->setVisible(true);
+        QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("searchFilesButton")));
+        QTest::keyClick(m_view.get(), Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+        QTRY_VERIFY(qobject_cast<TPSearchVC *>(m_stack->topViewController()));
+        auto *search = qobject_cast<TPSearchVC *>(m_stack->topViewController());
+        QQuickItem *field = nullptr;
+        QTRY_VERIFY(
+            (field = TPFindItem(m_view->rootObject(), QStringLiteral("searchInFilesField"))));
+        QTRY_VERIFY(field->hasActiveFocus());
+        QTest::keyClick(m_view.get(), 't');
+        QTest::keyClick(m_view.get(), 'a');
+        QCOMPARE(search->query(), QStringLiteral("ta"));
+        // The bar's button opens it too.
+        m_stack->popViewController();
+        QQuickItem *button = nullptr;
+        QTRY_VERIFY(
+            (button = TPFindItem(m_view->rootObject(), QStringLiteral("searchFilesButton"))) &&
+            button->isVisible());
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, TPCentreOf(button));
+        QTRY_VERIFY(qobject_cast<TPSearchVC *>(m_stack->topViewController()));
     }
 
     void searchingNarrowsTheRowsAndClearingRestoresThem()

@@ -6,6 +6,7 @@
 #include "platform/tpnavigationstack.h"
 #include "scripts/tpfolderpickervc.h"
 #include "scripts/tpscriptslistvc.h"
+#include "tphistorycontents.h"
 #include "tpscreenfixture.h"
 #include "tpservedfolder.h"
 
@@ -39,26 +40,6 @@ std::optional<QByteArray> recordedOnDisk(const QString &folder, const QString &p
     git_repository_free(repository);
     git_libgit2_shutdown();
     return found;
-}
-
-QStringList versionContents(const QString &path)
-{
-    std::optional<QList<TPScriptVersion>> versions;
-    QObject context;
-    TPScriptHistory::shared()->versions(
-        path, &context, [&versions](const QList<TPScriptVersion> &found) { versions = found; });
-    if (!QTest::qWaitFor([&] { return versions.has_value(); }))
-        return {QStringLiteral("<no answer>")};
-    QStringList contents;
-    for (const TPScriptVersion &version : *versions) {
-        std::optional<QByteArray> bytes;
-        TPScriptHistory::shared()->contents(
-            version.blob, &context, [&bytes](const std::optional<QByteArray> &b) { bytes = b; });
-        if (!QTest::qWaitFor([&] { return bytes.has_value(); }))
-            return {QStringLiteral("<no answer>")};
-        contents.append(QString::fromLatin1(bytes->toHex()));
-    }
-    return contents;
 }
 
 const QByteArray kCrLf("-- farm\r\ntap(1, 2)\r\n");
@@ -241,7 +222,7 @@ private slots:
         QVERIFY(!QFileInfo::exists(inRoot(QStringLiteral("proj"))));
         QTRY_COMPARE(list->rows()->rowCount(), 1);
         QCOMPARE(list->undoBar()->text(), QStringLiteral("Đã xoá proj"));
-        QCOMPARE(versionContents(QStringLiteral("proj/sub/deeper/c.lua")),
+        QCOMPARE(TPHistoryContents(QStringLiteral("proj/sub/deeper/c.lua")),
                  QStringList({QString::fromLatin1(kLatin1.toHex())}));
 
         list->undoBar()->trigger();
@@ -298,7 +279,7 @@ private slots:
         QVERIFY(m_fixture.engine->flush());
         QCOMPARE(m_fixture.requestsTo(QStringLiteral("/scripts")).size(), 0);
         QCOMPARE(m_fixture.alertCount(), 0);
-        QCOMPARE(versionContents(QStringLiteral("a.lua")),
+        QCOMPARE(TPHistoryContents(QStringLiteral("a.lua")),
                  QStringList({QString::fromLatin1(QByteArray("kept\n").toHex())}));
     }
 
@@ -318,7 +299,7 @@ private slots:
         QTRY_VERIFY(QFileInfo::exists(inRoot(QStringLiteral("coins.lua"))));
         QTRY_COMPARE(TPOpenedFiles::recents(), QStringList({"main.lua", "coins.lua"}));
         QCOMPARE(TPOpenedFiles::favourites(), QStringList({"coins.lua"}));
-        QCOMPARE(versionContents(QStringLiteral("coins.lua")),
+        QCOMPARE(TPHistoryContents(QStringLiteral("coins.lua")),
                  QStringList({QString::fromLatin1(QByteArray("coins\n").toHex()),
                               QString::fromLatin1(QByteArray("first\n").toHex())}));
         QCOMPARE(historyFiles(), QStringList({"coins.lua"}));
@@ -343,7 +324,7 @@ private slots:
         QTRY_COMPARE(m_stack->topViewController(), list);
         QVERIFY(QFileInfo::exists(inRoot(QStringLiteral("tools/lib/deep/x.lua"))));
         QTRY_COMPARE(TPOpenedFiles::favourites(), QStringList({"tools/lib/deep/x.lua"}));
-        QCOMPARE(versionContents(QStringLiteral("tools/lib/deep/x.lua")).size(), 1);
+        QCOMPARE(TPHistoryContents(QStringLiteral("tools/lib/deep/x.lua")).size(), 1);
         QCOMPARE(historyFiles(), QStringList({"tools/lib/deep/x.lua", "tools/lib/util.lua"}));
     }
 
@@ -360,7 +341,7 @@ private slots:
         picker->didSelectRow(1);
         QTRY_COMPARE(m_stack->topViewController(), list);
         QTRY_COMPARE(TPOpenedFiles::recents(), QStringList({"farm/coins.lua"}));
-        QCOMPARE(versionContents(QStringLiteral("farm/coins.lua")).size(), 1);
+        QCOMPARE(TPHistoryContents(QStringLiteral("farm/coins.lua")).size(), 1);
         QCOMPARE(historyFiles(), QStringList({"farm/coins.lua"}));
     }
 };
