@@ -161,6 +161,7 @@ void TPEditBuffer::newLine()
     const TPCodeEditRules::Action action =
         TPCodeEditRules::newLine(m_text, anchor, cursor, m_indentUnit);
     applyStep({action.edit}, action.cursor);
+    emit typed();
 }
 
 bool TPEditBuffer::backspaceEmptyPair()

@@ -299,21 +299,33 @@ private:
     bool m_endedInside = false;
 };
 
+} // namespace
+
 // What the file tells about names: the locals in scope at the cursor, the functions it
 // declares, the fields seen after each "name." or "name:", and how often each name occurs.
-// The names are views into the text, which outlives them: a long file is read without
-// making a string of every name in it.
-struct FileNames
+// The names are views into `text` (the file without the typed word), which they live with:
+// a long file is read without making a string of every name in it.
+class TPLuaCompletion::FileNames
 {
+public:
+    QString text;
+    // Where the typed word was taken out, and how much of the file follows it.
+    qsizetype start = 0;
+    qsizetype tail = 0;
     QList<QStringView> inScope;
     QSet<QStringView> functions;
     QHash<QStringView, QSet<QStringView>> fields;
     QHash<QStringView, int> uses;
 };
 
-FileNames readFile(const QString &text, qsizetype cursor, qsizetype prefixStart)
+namespace {
+
+// Reads `names.text` with the cursor at `cursor`; a name that starts at the cursor (the rest
+// of a word the cursor is in) is no name of the file.
+void readFile(TPLuaCompletion::FileNames &names, qsizetype cursor)
 {
-    FileNames names;
+    const QString &text = names.text;
+    const qsizetype prefixStart = cursor;
     // Scopes open at the cursor, innermost last, each with its locals.
     std::vector<QList<QStringView>> scopes(1);
     // Names that join the scope the next block opens: a function's parameters, a loop's
@@ -341,8 +353,9 @@ FileNames readFile(const QString &text, qsizetype cursor, qsizetype prefixStart)
             for (const QList<QStringView> &scope : scopes)
                 names.inScope += scope;
         }
-        // The letters being typed are no name of the file yet.
-        const bool typed = token.start == prefixStart;
+        // The letters at the cursor are no name of the file, and count for nothing.
+        if (token.start == prefixStart && token.kind == Token::Name)
+            continue;
         // A list of locals ends where no comma follows its last name.
         if (collecting == Collecting::Locals && previous.kind == Token::Name &&
             previous.text != u"local" && token.text != u",")
@@ -350,12 +363,11 @@ FileNames readFile(const QString &text, qsizetype cursor, qsizetype prefixStart)
         if (token.kind == Token::Name) {
             const QStringView word = token.text;
             const QStringView name = word;
-            if (!typed)
-                ++names.uses[name];
+            ++names.uses[name];
             const bool member = previous.kind == Token::Punct &&
                                 (previous.text == u"." || previous.text == u":") &&
                                 beforePrevious.kind == Token::Name;
-            if (member && !typed)
+            if (member)
                 names.fields[beforePrevious.text].insert(name);
             if (word == u"function") {
                 // "name = function": the name is a function's.
@@ -377,7 +389,7 @@ FileNames readFile(const QString &text, qsizetype cursor, qsizetype prefixStart)
                 close();
             } else if (word == u"in") {
                 collecting = Collecting::Nothing;
-            } else if (!pastCursor && !typed && !member) {
+            } else if (!pastCursor && !member) {
                 switch (collecting) {
                 case Collecting::Locals:
                     scopes.back().append(name);
@@ -405,7 +417,7 @@ FileNames readFile(const QString &text, qsizetype cursor, qsizetype prefixStart)
             if (collecting == Collecting::Parameters || collecting == Collecting::LocalFunction) {
                 if (punct == u"(") {
                     // The last name before "(" is the function's: "function a.b:c(".
-                    if (previous.kind == Token::Name && previous.text != u"function" && !typed)
+                    if (previous.kind == Token::Name && previous.text != u"function")
                         names.functions.insert(previous.text);
                     inParameterList = true;
                 } else if (punct == u":") {
@@ -424,7 +436,6 @@ FileNames readFile(const QString &text, qsizetype cursor, qsizetype prefixStart)
         for (const QList<QStringView> &scope : scopes)
             names.inScope += scope;
     }
-    return names;
 }
 
 // Whether `typed` starts `name`, or its letters appear in it in order; ignoring case.
@@ -501,13 +512,41 @@ TPCompletionContext TPLuaCompletion::contextAt(const QString &text, qsizetype cu
     return context;
 }
 
+std::shared_ptr<const TPLuaCompletion::FileNames>
+TPLuaCompletion::readFileNames(const QString &text, qsizetype start, qsizetype cursor)
+{
+    auto names = std::make_shared<FileNames>();
+    names->text.reserve(text.size() - (cursor - start));
+    names->text.append(QStringView(text).left(start)).append(QStringView(text).mid(cursor));
+    names->start = start;
+    names->tail = text.size() - cursor;
+    readFile(*names, start);
+    return names;
+}
+
+bool TPLuaCompletion::holds(const FileNames &names, const QString &text, qsizetype start,
+                            qsizetype cursor)
+{
+    return names.start == start && text.size() - cursor == names.tail &&
+           QStringView(text).left(start) == QStringView(names.text).left(start) &&
+           QStringView(text).mid(cursor) == QStringView(names.text).mid(start);
+}
+
 QList<TPCompletionCandidate> TPLuaCompletion::candidates(const QString &text, qsizetype cursor,
                                                          const TreeNames &tree, int limit)
 {
     const TPCompletionContext context = contextAt(text, cursor);
     if (!context.active)
         return {};
-    const FileNames file = readFile(text, cursor, context.start);
+    return candidates(context, *readFileNames(text, context.start, cursor), tree, limit);
+}
+
+QList<TPCompletionCandidate> TPLuaCompletion::candidates(const TPCompletionContext &context,
+                                                         const FileNames &file,
+                                                         const TreeNames &tree, int limit)
+{
+    if (!context.active)
+        return {};
     QHash<QString, TPCompletionCandidate> found;
     const auto offer = [&](const QString &name, TPCompletionCandidate::Source source, int uses,
                            const QString &hint = {}, bool block = false) {

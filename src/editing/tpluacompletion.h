@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <utility>
 
 // One name the editor may offer while a name is typed.
@@ -56,11 +57,25 @@ public:
 
     static TPCompletionContext contextAt(const QString &text, qsizetype cursor);
 
+    // What a file says about names (locals in scope, functions, fields, uses) around the place
+    // where a word is typed. It is read from the text outside the word, so it holds while the
+    // word grows or shrinks: reading a long file once per word, not once per key.
+    class FileNames;
+    static std::shared_ptr<const FileNames> readFileNames(const QString &text, qsizetype start,
+                                                          qsizetype cursor);
+    // `names` was read from this very text outside the word from `start` to `cursor`.
+    static bool holds(const FileNames &names, const QString &text, qsizetype start,
+                      qsizetype cursor);
+
     // The candidates for what is typed at `cursor`, best first, at most `limit`: a prefix
     // match before one whose letters are only in order; then names in scope, the file's, the
     // tree's, the library's; then the most used; then by name.
     static QList<TPCompletionCandidate> candidates(const QString &text, qsizetype cursor,
                                                    const TreeNames &tree, int limit);
+    // The same, for `context`, with the file's names already read.
+    static QList<TPCompletionCandidate> candidates(const TPCompletionContext &context,
+                                                   const FileNames &file, const TreeNames &tree,
+                                                   int limit);
 
     // Accepting `candidate` for the typed letters of `context`: the edit that replaces them
     // (a block brings its lines, with its closing word at the line's indent) and where the

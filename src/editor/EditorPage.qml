@@ -274,7 +274,9 @@ ScreenPage {
                 width: parent.width
                 Repeater {
                     model: completionList.visible ? completionList.completer.rows : null
-                    delegate: FocusKeepingButton {
+                    // A light delegate, made anew as a list appears: the text keeps the
+                    // keyboard, and a tap takes the candidate.
+                    delegate: Rectangle {
                         id: candidate
                         required property int index
                         required property string title
@@ -282,32 +284,34 @@ ScreenPage {
                         objectName: "completionItem" + index
                         width: completionColumn.width
                         height: 44
+                        radius: 8
+                        color: candidate.index === completionList.completer.current ? Theme.highlight : "transparent"
+                        Accessible.role: Accessible.Button
                         Accessible.name: detail !== "" ? detail : title
-                        onClicked: completionList.completer.accept(index)
-                        background: Rectangle {
-                            radius: 8
-                            color: candidate.index === completionList.completer.current ? Theme.highlight : "transparent"
+                        Accessible.onPressAction: completionList.completer.accept(index)
+                        TapHandler {
+                            onTapped: completionList.completer.accept(candidate.index)
                         }
-                        contentItem: Column {
-                            leftPadding: 10
-                            rightPadding: 10
-                            Text {
-                                width: parent.width - 20
-                                text: candidate.title
-                                elide: Text.ElideRight
-                                font.family: page.controller.font.family
-                                font.pixelSize: Theme.bodySize
-                                color: Theme.label
-                            }
-                            Text {
-                                width: parent.width - 20
-                                visible: candidate.detail !== ""
-                                text: candidate.detail
-                                elide: Text.ElideRight
-                                font.family: page.controller.font.family
-                                font.pixelSize: 12
-                                color: Theme.secondaryLabel
-                            }
+                        Text {
+                            x: 10
+                            y: candidate.detail !== "" ? 4 : (parent.height - height) / 2
+                            width: parent.width - 20
+                            text: candidate.title
+                            elide: Text.ElideRight
+                            font.family: page.controller.font.family
+                            font.pixelSize: Theme.bodySize
+                            color: Theme.label
+                        }
+                        Text {
+                            x: 10
+                            y: 24
+                            width: parent.width - 20
+                            visible: candidate.detail !== ""
+                            text: candidate.detail
+                            elide: Text.ElideRight
+                            font.family: page.controller.font.family
+                            font.pixelSize: 12
+                            color: Theme.secondaryLabel
                         }
                     }
                 }

@@ -2,6 +2,10 @@
 
 #include "editing/tpeditbuffer.h"
 
+#include <QCoreApplication>
+#include <QPointer>
+#include <QThreadPool>
+
 TPCompleter::TPCompleter(TPEditBuffer *buffer, QObject *parent) : QObject(parent), m_buffer(buffer)
 {
     // A cursor moved away from the typed letters leaves nothing to complete.
@@ -19,8 +23,36 @@ void TPCompleter::refresh()
         dismiss();
         return;
     }
-    m_context = TPLuaCompletion::contextAt(m_buffer->text(), cursor);
-    show(TPLuaCompletion::candidates(m_buffer->text(), cursor, m_tree, Limit));
+    const QString &text = m_buffer->text();
+    ++m_generation;
+    m_context = TPLuaCompletion::contextAt(text, cursor);
+    if (!m_context.active) {
+        show({});
+        readAheadAt(text, cursor);
+        return;
+    }
+    if (!m_fileNames || !TPLuaCompletion::holds(*m_fileNames, text, m_context.start, cursor))
+        m_fileNames = TPLuaCompletion::readFileNames(text, m_context.start, cursor);
+    show(TPLuaCompletion::candidates(m_context, *m_fileNames, m_tree, Limit));
+}
+
+void TPCompleter::readAheadAt(const QString &text, qsizetype cursor)
+{
+    // The next letter typed here starts a word: its file's names are read now, on a worker,
+    // so that the key finds them ready. A key that comes first reads them itself.
+    const quint64 generation = m_generation;
+    QPointer<TPCompleter> self(this);
+    QThreadPool::globalInstance()->start([self, generation, text, cursor] {
+        std::shared_ptr<const TPLuaCompletion::FileNames> names =
+            TPLuaCompletion::readFileNames(text, cursor, cursor);
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [self, generation, names = std::move(names)] {
+                if (self && self->m_generation == generation)
+                    self->m_fileNames = names;
+            },
+            Qt::QueuedConnection);
+    });
 }
 
 void TPCompleter::show(const QList<TPCompletionCandidate> &candidates)

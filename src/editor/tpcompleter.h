@@ -6,6 +6,8 @@
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
+#include <memory>
+
 class TPEditBuffer;
 
 // Completion in the editor: while a name is typed it offers candidates (the row above a
@@ -52,6 +54,7 @@ signals:
 
 private:
     void show(const QList<TPCompletionCandidate> &candidates);
+    void readAheadAt(const QString &text, qsizetype cursor);
 
     TPEditBuffer *m_buffer;
     TPLuaCompletion::TreeNames m_tree;
@@ -60,4 +63,8 @@ private:
     TPCompletionContext m_context;
     TPTitledRowsModel m_rows;
     int m_current = 0;
+    // The file's names for the word being typed, kept while only that word changes.
+    std::shared_ptr<const TPLuaCompletion::FileNames> m_fileNames;
+    // Counts the refreshes: names read ahead count only if none came since.
+    quint64 m_generation = 0;
 };

@@ -21,6 +21,9 @@ QList<std::pair<QString, int>> byUse(QList<std::pair<QString, int>> names)
     return names;
 }
 
+// How many reads are asked for at a time.
+constexpr qsizetype kReadBatch = 50;
+
 } // namespace
 
 struct TPScriptTreeIndex::File
@@ -80,11 +83,34 @@ void TPScriptTreeIndex::reload()
             const QSet<QString> listed(self->m_order.cbegin(), self->m_order.cend());
             self->m_files.removeIf(
                 [&listed](const auto &file) { return !listed.contains(file.key()); });
-            for (const QString &path : std::as_const(self->m_order))
-                self->readFile(path);
+            self->readFrom(0, generation);
             emit self->progressChanged();
-            self->readSettled();
         });
+}
+
+void TPScriptTreeIndex::readFrom(qsizetype first, quint64 generation)
+{
+    if (generation != m_generation)
+        return;
+    // Asking for a thousand files at once holds the main thread up for a frame or two: the
+    // requests go out a batch at a time, each batch counted as a read until it is sent.
+    const qsizetype end = std::min(first + kReadBatch, m_order.size());
+    for (qsizetype at = first; at < end; ++at)
+        readFile(m_order.at(at));
+    if (end < m_order.size()) {
+        ++m_pendingReads;
+        QMetaObject::invokeMethod(
+            this,
+            [this, end, generation] {
+                if (generation != m_generation)
+                    return;
+                --m_pendingReads;
+                readFrom(end, generation);
+            },
+            Qt::QueuedConnection);
+        return;
+    }
+    readSettled();
 }
 
 void TPScriptTreeIndex::retry(const QString &path)

@@ -85,6 +85,8 @@ private:
     // A file's text and globals; its whole type is the index's own business.
     struct File;
 
+    // Reads the listing's files from `first` on, a batch at a time.
+    void readFrom(qsizetype first, quint64 generation);
     void readFile(const QString &path);
     // Decodes a file's bytes, on a worker.
     void decode(const QString &path, const QByteArray &bytes);

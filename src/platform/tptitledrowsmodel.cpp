@@ -2,9 +2,25 @@
 
 void TPTitledRowsModel::setRows(const QList<Row> &rows)
 {
-    beginResetModel();
-    m_rows = rows;
-    endResetModel();
+    // Rows change in place, and only the extra ones come or go: a view keeps its delegates
+    // (the completion list changes on every key).
+    const int kept = int(std::min(m_rows.size(), rows.size()));
+    if (rows.size() < m_rows.size()) {
+        beginRemoveRows({}, kept, int(m_rows.size()) - 1);
+        m_rows.resize(kept);
+        endRemoveRows();
+    }
+    for (int row = 0; row < kept; ++row) {
+        if (m_rows.at(row) == rows.at(row))
+            continue;
+        m_rows[row] = rows.at(row);
+        emit dataChanged(index(row), index(row));
+    }
+    if (rows.size() > kept) {
+        beginInsertRows({}, kept, int(rows.size()) - 1);
+        m_rows.append(rows.mid(kept));
+        endInsertRows();
+    }
 }
 
 int TPTitledRowsModel::rowCount(const QModelIndex &parent) const

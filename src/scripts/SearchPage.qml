@@ -109,7 +109,8 @@ ScreenPage {
         anchors { topMargin: 6; leftMargin: page.sideInset; rightMargin: page.sideInset }
         clip: true
         model: page.controller.rows
-        delegate: ItemDelegate {
+        // Light delegates: a new query replaces every row, and a row is made in a moment.
+        delegate: Rectangle {
             id: row
             required property int index
             required property int kind
@@ -123,13 +124,17 @@ ScreenPage {
             objectName: "searchRow" + index
             width: ListView.view.width
             height: isMatch || kind === TPSearchRowsModel.MoreRow ? 36 : 52
-            padding: 0
-            leftPadding: isMatch ? 0 : 16
-            rightPadding: isUnread ? retry.width + 12 : 16
-            enabled: opens || isUnread
+            color: tap.pressed && row.opens ? Theme.highlight : row.isFile ? Theme.groupedBackground : Theme.background
+            Accessible.role: row.opens ? Accessible.Button : Accessible.StaticText
             Accessible.name: (isMatch ? line + ": " : "") + title.replace(/<[^>]*>/g, "")
-            onClicked: if (opens) page.controller.didSelectRow(index)
-            contentItem: Item {
+            Accessible.onPressAction: if (row.opens) page.controller.didSelectRow(row.index)
+            TapHandler {
+                id: tap
+                enabled: row.opens
+                onTapped: page.controller.didSelectRow(row.index)
+            }
+            Item {
+                anchors { fill: parent; leftMargin: row.isMatch ? 0 : 16; rightMargin: row.isUnread ? retry.width + 12 : 16 }
                 Text {
                     visible: row.isMatch
                     width: 44
@@ -178,21 +183,21 @@ ScreenPage {
                     }
                 }
             }
-            background: Rectangle {
-                color: row.pressed ? Theme.highlight : row.isFile ? Theme.groupedBackground : Theme.background
-                Rectangle {
-                    anchors { left: parent.left; leftMargin: 16; right: parent.right; bottom: parent.bottom }
-                    height: 0.5
-                    color: Theme.separator
-                }
+            Rectangle {
+                anchors { left: parent.left; leftMargin: 16; right: parent.right; bottom: parent.bottom }
+                height: 0.5
+                color: Theme.separator
             }
-            ToolTextButton {
+            // Only an unread file's row has a button: the others stay light.
+            Loader {
                 id: retry
-                objectName: "searchRetry" + row.index
                 anchors { right: parent.right; rightMargin: 4; verticalCenter: parent.verticalCenter }
-                visible: row.isUnread
-                text: page.texts.retry
-                onClicked: page.controller.onRetryTapped(row.index)
+                active: row.isUnread
+                sourceComponent: ToolTextButton {
+                    objectName: "searchRetry" + row.index
+                    text: page.texts.retry
+                    onClicked: page.controller.onRetryTapped(row.index)
+                }
             }
         }
     }

@@ -1,10 +1,25 @@
 #include "scripts/tpsearchrowsmodel.h"
 
+#include <algorithm>
+
 void TPSearchRowsModel::setRows(const QList<Row> &rows)
 {
-    beginResetModel();
-    m_rows = rows;
-    endResetModel();
+    // Rows change in place and only the extra ones come or go, so that a view keeps its
+    // delegates from one query to the next: making them anew took longer than a frame.
+    const int kept = int(std::min(m_rows.size(), rows.size()));
+    if (rows.size() < m_rows.size()) {
+        beginRemoveRows({}, kept, int(m_rows.size()) - 1);
+        m_rows.resize(kept);
+        endRemoveRows();
+    }
+    std::copy(rows.cbegin(), rows.cbegin() + kept, m_rows.begin());
+    if (kept > 0)
+        emit dataChanged(index(0), index(kept - 1));
+    if (rows.size() > kept) {
+        beginInsertRows({}, kept, int(rows.size()) - 1);
+        m_rows.append(rows.mid(kept));
+        endInsertRows();
+    }
 }
 
 void TPSearchRowsModel::setIncluded(int row, bool included)

@@ -14,6 +14,9 @@
 
 namespace {
 
+// How often the progress of the reads is shown, at most.
+constexpr int kProgressIntervalMs = 50;
+
 // How much of a line shows before its match, and at most of the match itself.
 constexpr qsizetype kLeadKept = 32;
 constexpr qsizetype kMatchKept = 120;
@@ -36,10 +39,75 @@ QString markedLine(const TPFileMatch &match)
            QStringLiteral("</b>") + rest.toHtmlEscaped();
 }
 
-QString folderTitle(const QString &path)
+// The words of the rows, in the language of the moment, for the worker that makes them.
+struct RowWords
 {
-    const QString folder = TPParentPath(path);
-    return folder.isEmpty() ? TPL("tab_scripts") : folder;
+    QString root = TPL("tab_scripts");
+    QString fileCount = TPL("search_file_count");
+    QString more = TPL("search_more");
+    QString unread = TPL("search_unread");
+    QString notText = TPL("search_not_text");
+};
+
+struct Results
+{
+    QList<TPSearchRowsModel::Row> rows;
+    int matchCount = 0;
+    int fileCount = 0;
+};
+
+// The rows of the results: each file with its matches, then the files that could not be
+// read, then those that are not text. Made on the worker, with the words given.
+Results resultRows(const QList<TPFileMatches> &found, const QStringList &unread,
+                   const QStringList &notText, const RowWords &words)
+{
+    Results results;
+    for (const TPFileMatches &file : found) {
+        results.matchCount += file.matchCount;
+        ++results.fileCount;
+        const QString folder = TPParentPath(file.path);
+        TPSearchRowsModel::Row heading;
+        heading.kind = TPSearchRowsModel::FileRow;
+        heading.title = TPLastPathSegment(file.path);
+        heading.detail = (folder.isEmpty() ? words.root : folder) + QStringLiteral(" · ") +
+                         words.fileCount.arg(file.matchCount);
+        heading.path = file.path;
+        results.rows.append(heading);
+        for (const TPFileMatch &match : file.matches) {
+            TPSearchRowsModel::Row row;
+            row.kind = TPSearchRowsModel::MatchRow;
+            row.title = markedLine(match);
+            row.path = file.path;
+            row.line = match.line;
+            row.offset = match.offset;
+            row.length = match.length;
+            results.rows.append(row);
+        }
+        if (file.matchCount > file.matches.size()) {
+            TPSearchRowsModel::Row more;
+            more.kind = TPSearchRowsModel::MoreRow;
+            more.title = words.more.arg(file.matchCount - file.matches.size());
+            more.path = file.path;
+            results.rows.append(more);
+        }
+    }
+    for (const QString &path : unread) {
+        TPSearchRowsModel::Row row;
+        row.kind = TPSearchRowsModel::UnreadRow;
+        row.title = path;
+        row.detail = words.unread;
+        row.path = path;
+        results.rows.append(row);
+    }
+    for (const QString &path : notText) {
+        TPSearchRowsModel::Row row;
+        row.kind = TPSearchRowsModel::NotTextRow;
+        row.title = path;
+        row.detail = words.notText;
+        row.path = path;
+        results.rows.append(row);
+    }
+    return results;
 }
 
 } // namespace
@@ -49,11 +117,23 @@ TPSearchVC::TPSearchVC(TPFolderScreen folderScreen, TPScriptTreeIndex *index, QO
       m_rows(new TPSearchRowsModel(this))
 {
     readTexts();
-    connect(m_index, &TPScriptTreeIndex::progressChanged, this, [this] {
+    // A thousand files read in a moment would redraw the progress a thousand times: it is
+    // shown at most every few frames.
+    m_progressDelay.setSingleShot(true);
+    m_progressDelay.setInterval(kProgressIntervalMs);
+    connect(&m_progressDelay, &QTimer::timeout, this, [this] {
         emit progressChanged();
         updateStatus();
     });
-    connect(m_index, &TPScriptTreeIndex::textsRead, this, &TPSearchVC::search);
+    connect(m_index, &TPScriptTreeIndex::progressChanged, this, [this] {
+        if (!m_progressDelay.isActive())
+            m_progressDelay.start();
+    });
+    connect(m_index, &TPScriptTreeIndex::textsRead, this, [this] {
+        m_progressDelay.stop();
+        emit progressChanged();
+        search();
+    });
     connect(TPNotificationCenter::defaultCenter(), &TPNotificationCenter::TPLangChanged, this,
             &TPSearchVC::onLangChangedNotification);
 }
@@ -165,68 +245,28 @@ void TPSearchVC::search()
     const TPTextSearch query(m_query, m_regularExpression, m_caseSensitive);
     QStringList notText;
     TPFileSearch::Texts snapshot = texts(&notText);
+    const QStringList unread = m_index->unread();
     QPointer<TPSearchVC> self(this);
-    QThreadPool::globalInstance()->start([self, generation, query, snapshot] {
-        QList<TPFileMatches> found = TPFileSearch::find(snapshot, query);
+    // The matching and the rows are made on a worker; the main thread only shows them.
+    QThreadPool::globalInstance()->start([self, generation, query, snapshot, unread, notText,
+                                          words = RowWords()] {
+        Results results = resultRows(TPFileSearch::find(snapshot, query), unread, notText, words);
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
-            [self, generation, query, found = std::move(found)] {
+            [self, generation, query, results = std::move(results)] {
                 if (self && generation == self->m_generation)
-                    self->showResults(query, found);
+                    self->showResults(query, results.rows, results.matchCount, results.fileCount);
             },
             Qt::QueuedConnection);
     });
 }
 
-void TPSearchVC::showResults(const TPTextSearch &search, const QList<TPFileMatches> &found)
+void TPSearchVC::showResults(const TPTextSearch &search, const QList<TPSearchRowsModel::Row> &rows,
+                             int matchCount, int fileCount)
 {
-    QList<TPSearchRowsModel::Row> rows;
-    int matchCount = 0;
-    for (const TPFileMatches &file : found) {
-        matchCount += file.matchCount;
-        TPSearchRowsModel::Row heading;
-        heading.kind = TPSearchRowsModel::FileRow;
-        heading.title = TPLastPathSegment(file.path);
-        heading.detail = folderTitle(file.path) + QStringLiteral(" · ") +
-                         TPL("search_file_count").arg(file.matchCount);
-        heading.path = file.path;
-        rows.append(heading);
-        for (const TPFileMatch &match : file.matches) {
-            TPSearchRowsModel::Row row;
-            row.kind = TPSearchRowsModel::MatchRow;
-            row.title = markedLine(match);
-            row.path = file.path;
-            row.line = match.line;
-            row.offset = match.offset;
-            row.length = match.length;
-            rows.append(row);
-        }
-        if (file.matchCount > file.matches.size()) {
-            TPSearchRowsModel::Row more;
-            more.kind = TPSearchRowsModel::MoreRow;
-            more.title = TPL("search_more").arg(file.matchCount - file.matches.size());
-            more.path = file.path;
-            rows.append(more);
-        }
-    }
-    for (const QString &path : m_index->unread()) {
-        TPSearchRowsModel::Row unread;
-        unread.kind = TPSearchRowsModel::UnreadRow;
-        unread.title = path;
-        unread.detail = TPL("search_unread");
-        unread.path = path;
-        rows.append(unread);
-    }
-    for (const QString &path : m_index->notText()) {
-        TPSearchRowsModel::Row notText;
-        notText.kind = TPSearchRowsModel::NotTextRow;
-        notText.title = path;
-        notText.detail = TPL("search_not_text");
-        notText.path = path;
-        rows.append(notText);
-    }
     m_shown = search;
     m_shownMatchCount = matchCount;
+    m_shownFileCount = fileCount;
     m_rows->setRows(rows);
     updateStatus();
     emit resultsShown();
@@ -246,12 +286,7 @@ void TPSearchVC::updateStatus()
     else if (m_shownMatchCount == 0)
         status = TPL("search_no_matches");
     else
-        status = TPL("search_summary")
-                     .arg(m_shownMatchCount)
-                     .arg(std::count_if(m_rows->rows().cbegin(), m_rows->rows().cend(),
-                                        [](const TPSearchRowsModel::Row &row) {
-                                            return row.kind == TPSearchRowsModel::FileRow;
-                                        }));
+        status = TPL("search_summary").arg(m_shownMatchCount).arg(m_shownFileCount);
     // The status and whether Replace can go both follow the results shown.
     m_status = status;
     emit statusChanged();

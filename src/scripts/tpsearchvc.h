@@ -82,7 +82,8 @@ private:
     void readTexts();
     // Matches the current query on a worker, over the texts read so far.
     void search();
-    void showResults(const TPTextSearch &search, const QList<TPFileMatches> &found);
+    void showResults(const TPTextSearch &search, const QList<TPSearchRowsModel::Row> &rows,
+                     int matchCount, int fileCount);
     void updateStatus();
     TPFileSearch::Texts texts(QStringList *notText) const;
 
@@ -97,6 +98,8 @@ private:
     QVariantMap m_texts;
     TPTextSearch m_shown;
     int m_shownMatchCount = 0;
+    int m_shownFileCount = 0;
+    QTimer m_progressDelay;
     // Counts the searches sent to the worker: results are shown only for the newest.
     quint64 m_generation = 0;
 };

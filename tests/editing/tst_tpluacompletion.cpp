@@ -91,6 +91,38 @@ private slots:
         QVERIFY(!find(offered(QStringLiteral("lat|\nlocal later = 1\n")), QStringLiteral("later")));
     }
 
+    // A long file is read once per word: what was read for the first letter serves every
+    // letter after it, and gives what reading afresh gives.
+    void theFilesNamesReadForAWordHoldWhileOnlyThatWordChanges()
+    {
+        const QString before = QStringLiteral("local counter = 0\nfunction count(n) end\n");
+        const QString after = QStringLiteral("\nlocal later = counter\n");
+        const auto read =
+            TPLuaCompletion::readFileNames(before + after, before.size(), before.size());
+        for (const QString &word :
+             {QStringLiteral("c"), QStringLiteral("co"), QStringLiteral("cou")}) {
+            const QString text = before + word + after;
+            const qsizetype cursor = before.size() + word.size();
+            QVERIFY(TPLuaCompletion::holds(*read, text, before.size(), cursor));
+            const TPCompletionContext context = TPLuaCompletion::contextAt(text, cursor);
+            QCOMPARE(TPLuaCompletion::candidates(context, *read, {}, 20),
+                     TPLuaCompletion::candidates(text, cursor, {}, 20));
+        }
+        QCOMPARE(names(TPLuaCompletion::candidates(
+                           TPLuaCompletion::contextAt(before + QStringLiteral("cou") + after,
+                                                      before.size() + 3),
+                           *read, {}, 20))
+                     .first(2),
+                 QStringList({"counter", "count"}));
+        // A change anywhere else, or a word that started elsewhere, needs a new read.
+        QVERIFY(!TPLuaCompletion::holds(*read, before + u'c' + after + u'x', before.size(),
+                                        before.size() + 1));
+        QVERIFY(!TPLuaCompletion::holds(*read, u'x' + before + u'c' + after, before.size() + 1,
+                                        before.size() + 2));
+        QVERIFY(!TPLuaCompletion::holds(*read, before + u'c' + after, before.size() - 1,
+                                        before.size() + 1));
+    }
+
     void theFilesFunctionsAndFieldsAreOffered()
     {
         const QList<TPCompletionCandidate> functions =

@@ -242,8 +242,13 @@ private slots:
         m_stack->pushViewController(search);
         QVERIFY(search->reading());
         QTRY_VERIFY_WITH_TIMEOUT(!search->reading(), 10000);
-        QVERIFY(statuses.contains(TPL("search_reading").arg(0).arg(40)));
-        QVERIFY(statuses.contains(TPL("search_reading").arg(20).arg(40)));
+        // Shown a few times while the files come, not once for each of them.
+        const QString reading = TPL("search_reading");
+        const QString readingHead = reading.left(reading.indexOf(QStringLiteral("%1")));
+        QVERIFY(std::any_of(statuses.cbegin(), statuses.cend(), [&](const QString &status) {
+            return status.startsWith(readingHead) && status.contains(QStringLiteral("40"));
+        }));
+        QVERIFY(progress.size() < 40);
         QVERIFY(std::is_sorted(progress.cbegin(), progress.cend()));
         QCOMPARE(progress.last(), 1.0);
         QVERIFY(find(search, QStringLiteral("tap")));
