@@ -62,7 +62,7 @@ void TPCompleter::show(const QList<TPCompletionCandidate> &candidates)
     for (const TPCompletionCandidate &candidate : candidates)
         rows.append({candidate.name, candidate.hint,
                      candidate.block ? QStringLiteral("block") : QString()});
-    m_rows.setRows(rows);
+    m_rows.updateRows(rows);
     m_current = 0;
     emit changed();
 }

@@ -2,8 +2,13 @@
 
 void TPTitledRowsModel::setRows(const QList<Row> &rows)
 {
-    // Rows change in place, and only the extra ones come or go: a view keeps its delegates
-    // (the completion list changes on every key).
+    beginResetModel();
+    m_rows = rows;
+    endResetModel();
+}
+
+void TPTitledRowsModel::updateRows(const QList<Row> &rows)
+{
     const int kept = int(std::min(m_rows.size(), rows.size()));
     if (rows.size() < m_rows.size()) {
         beginRemoveRows({}, kept, int(m_rows.size()) - 1);

@@ -29,6 +29,9 @@ public:
     using QAbstractListModel::QAbstractListModel;
 
     void setRows(const QList<Row> &rows);
+    // The same rows, changed in place, with only the extra ones coming or going: a view keeps
+    // its delegates (the completion list changes on every key).
+    void updateRows(const QList<Row> &rows);
     const QList<Row> &rows() const { return m_rows; }
 
     int rowCount(const QModelIndex &parent = {}) const override;

@@ -153,8 +153,7 @@ void TPSearchVC::readTexts()
                {QStringLiteral("caseGlyph"), TPL("find_case_glyph")},
                {QStringLiteral("replaceAll"), TPL("search_replace_all")},
                {QStringLiteral("retry"), TPL("search_retry")},
-               {QStringLiteral("reload"), TPL("list_refresh")},
-               {QStringLiteral("clear"), TPL("list_clear_search")}};
+               {QStringLiteral("reload"), TPL("list_refresh")}};
     emit textsChanged();
 }
 

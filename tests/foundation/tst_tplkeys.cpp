@@ -1,8 +1,11 @@
 #include "editor/tpeditorvc.h"
+#include "editor/tpscripttreeindex.h"
 #include "editor/tpversionvc.h"
 #include "foundation/tplang.h"
 #include "scripts/tpquickopenvc.h"
+#include "scripts/tpreplacepreviewvc.h"
 #include "scripts/tpscriptslistvc.h"
+#include "scripts/tpsearchvc.h"
 #include "settings/tpsettingsstore.h"
 
 #include <QDirIterator>
@@ -91,7 +94,8 @@ private slots:
 
     // Each screen's views read their controller's own texts, and exactly those: the editor's
     // page and find bar its tool texts, the list's page the list's texts, quick open's page
-    // quick open's, a version's page the version screen's.
+    // quick open's, a version's page the version screen's, the search's and its preview's
+    // pages their own.
     void eachScreenExportsExactlyTheTextsItsViewsRead()
     {
         static const QRegularExpression read(QStringLiteral("\\btexts\\.([A-Za-z_]+)"));
@@ -99,22 +103,31 @@ private slots:
         const QStringList editorTexts = TPEditorVC(QStringLiteral("a.lua")).toolTexts().keys();
         const QStringList quickOpenTexts = TPQuickOpenVC({}).texts().keys();
         const QStringList versionTexts = TPVersionVC({}, nullptr, {}).texts().keys();
+        TPScriptTreeIndex index;
+        const QStringList searchTexts = TPSearchVC({}, &index).texts().keys();
+        const QStringList previewTexts = TPReplacePreviewVC({}, &index).texts().keys();
+        QSet<QString> searchReads;
+        QSet<QString> previewReads;
         QSet<QString> listReads;
         QSet<QString> editorReads;
         QSet<QString> quickOpenReads;
         QSet<QString> versionReads;
         for (const auto &[name, text] : sources({QStringLiteral("*.qml")})) {
-            QSet<QString> &reads = name.endsWith(QLatin1String("ScriptsListPage.qml")) ? listReads
-                                   : name.endsWith(QLatin1String("QuickOpenPage.qml"))
-                                       ? quickOpenReads
-                                   : name.endsWith(QLatin1String("VersionPage.qml")) ? versionReads
-                                                                                     : editorReads;
+            QSet<QString> &reads =
+                name.endsWith(QLatin1String("SearchPage.qml"))           ? searchReads
+                : name.endsWith(QLatin1String("ReplacePreviewPage.qml")) ? previewReads
+                : name.endsWith(QLatin1String("ScriptsListPage.qml"))    ? listReads
+                : name.endsWith(QLatin1String("QuickOpenPage.qml"))      ? quickOpenReads
+                : name.endsWith(QLatin1String("VersionPage.qml"))        ? versionReads
+                                                                         : editorReads;
             for (auto it = read.globalMatch(text); it.hasNext();)
                 reads.insert(it.next().captured(1));
         }
         QCOMPARE(QSet<QString>(listTexts.begin(), listTexts.end()), listReads);
         QCOMPARE(QSet<QString>(quickOpenTexts.begin(), quickOpenTexts.end()), quickOpenReads);
         QCOMPARE(QSet<QString>(versionTexts.begin(), versionTexts.end()), versionReads);
+        QCOMPARE(QSet<QString>(searchTexts.begin(), searchTexts.end()), searchReads);
+        QCOMPARE(QSet<QString>(previewTexts.begin(), previewTexts.end()), previewReads);
         QCOMPARE(QSet<QString>(editorTexts.begin(), editorTexts.end()), editorReads);
         for (const QString &key : editorTexts)
             QVERIFY2(TPLangExtraTable().contains(key), qPrintable(key));
