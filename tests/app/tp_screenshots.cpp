@@ -69,7 +69,8 @@ int main(int argc, char *argv[])
                                 "editor-outline",
                                 "move-picker",
                                 "quick-open-recent",
-                                "quick-open"};
+                                "quick-open",
+                                "search-files"};
 
     const QStringList wideShots = {QStringLiteral("scripts"), QStringLiteral("settings")};
     TPAppTour tour;

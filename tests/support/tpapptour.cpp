@@ -15,6 +15,7 @@
 #include "scripts/tpfolderpickervc.h"
 #include "scripts/tpquickopenvc.h"
 #include "scripts/tpscriptslistvc.h"
+#include "scripts/tpsearchvc.h"
 #include "settings/tpsettingsvc.h"
 #include "tpdevengine.h"
 
@@ -317,6 +318,23 @@ bool TPAppTour::walk(const Stop &atScreen, QString *error)
     if (!waitFor([&] { return quickOpen->shownQuery() == QLatin1String("hv"); }))
         return fail(QStringLiteral("quick open showed nothing for what was typed"));
     if (!stop("quick-open") || !goBack())
+        return false;
+
+    // The search in all files: a few letters, and the lines of every file that has them.
+    settle(m_window);
+    if (!touch(QStringLiteral("searchFilesButton")))
+        return false;
+    auto *search = qobject_cast<TPSearchVC *>(scriptsStack->topViewController());
+    settle(m_window);
+    if (!search || !type(QStringLiteral("searchInFilesField"), QStringLiteral("tap(")))
+        return fail(QStringLiteral("the search in all files did not open"));
+    if (!waitFor([&] {
+            return !search->reading() && search->shownSearch().pattern() == QLatin1String("tap(") &&
+                   search->shownMatchCount() > 0;
+        }))
+        return fail(QStringLiteral("the search in all files found nothing: ") + search->query() +
+                    u' ' + search->status());
+    if (!stop("search-files") || !goBack())
         return false;
 
     if (!touch(QStringLiteral("addButton")) || !stop("add-sheet") ||
