@@ -76,12 +76,20 @@ public:
     // The exchange ended with `code`: the answer or the error goes to the delivery.
     void finish(CURLcode code)
     {
+        // A head cut short is no answer, so it has no status; a head the client refused
+        // was read, and keeps the status it came with.
         long status = 0;
-        if (m_handle)
+        if (m_handle && (m_headComplete || m_refusedAs != CURLE_OK))
             curl_easy_getinfo(m_handle, CURLINFO_RESPONSE_CODE, &status);
         if (m_refusedAs != CURLE_OK) {
             code = m_refusedAs;
             qstrncpy(m_detail, m_refusal.constData(), sizeof m_detail);
+        } else if (code == CURLE_OPERATION_TIMEDOUT && !m_connected) {
+            // libcurl names the wait for a free connection after name resolution, which
+            // misleads: the request never left the queue.
+            const QByteArray why = "timed out after " + QByteArray::number(m_clock.elapsed()) +
+                                   " ms waiting for a connection to the engine";
+            qstrncpy(m_detail, why.constData(), sizeof m_detail);
         }
         const std::optional<TPError> error =
             code == CURLE_OK ? std::nullopt : std::optional(curlError(code, m_detail));
@@ -131,6 +139,8 @@ private:
         curl_easy_setopt(m_handle, CURLOPT_WRITEDATA, this);
         curl_easy_setopt(m_handle, CURLOPT_HEADERFUNCTION, &Transfer::header);
         curl_easy_setopt(m_handle, CURLOPT_HEADERDATA, this);
+        curl_easy_setopt(m_handle, CURLOPT_PREREQFUNCTION, &Transfer::connected);
+        curl_easy_setopt(m_handle, CURLOPT_PREREQDATA, this);
         if (m_reader)
             curl_easy_setopt(m_handle, CURLOPT_BUFFERSIZE, kReadWhileArrivingBuffer);
         // A body makes the exchange a POST to libcurl; the method on the wire is the one
@@ -157,6 +167,13 @@ private:
                    : 0;
     }
 
+    // libcurl has a connection for the exchange and is about to send the request.
+    static int connected(void *transfer, char *, char *, int, int)
+    {
+        static_cast<Transfer *>(transfer)->m_connected = true;
+        return CURL_PREREQFUNC_OK;
+    }
+
     // Ends the exchange as libcurl would for `code`, with `why` as the detail.
     bool refuse(CURLcode code, const QByteArray &why)
     {
@@ -165,21 +182,58 @@ private:
         return false;
     }
 
+    // Follows the head line by line: whether a final head has ended, and whether its
+    // framing can be trusted.
+    bool headerLine(const QByteArray &line)
+    {
+        if (line.startsWith("HTTP/")) {
+            m_headComplete = false;
+            m_finalHead = line.mid(line.indexOf(' ') + 1, 1) != "1";
+            m_contentLength.clear();
+            return true;
+        }
+        if (line.trimmed().isEmpty()) {
+            m_headComplete = m_finalHead;
+            return true;
+        }
+        const qsizetype colon = line.indexOf(':');
+        if (colon < 0)
+            return true;
+        const QByteArray name = line.left(colon).trimmed();
+        const QByteArray value = line.mid(colon + 1);
+        if (name.compare("transfer-encoding", Qt::CaseInsensitive) == 0)
+            return transferCodingLine(value);
+        if (name.compare("content-length", Qt::CaseInsensitive) == 0)
+            return contentLengthLine(value);
+        return true;
+    }
+
     // The request asks for no transfer coding, so an answer in one other than chunked
     // cannot be framed by its Content-Length, nor read: it is refused at its head, the
     // same way whichever libcurl the app runs on.
-    bool headerLine(const QByteArray &line)
+    bool transferCodingLine(const QByteArray &value)
     {
-        const qsizetype colon = line.indexOf(':');
-        if (colon < 0 ||
-            line.left(colon).trimmed().compare("transfer-encoding", Qt::CaseInsensitive) != 0)
-            return true;
-        for (const QByteArray &coding : line.mid(colon + 1).split(',')) {
+        for (const QByteArray &coding : value.split(',')) {
             const qsizetype parameters = coding.indexOf(';');
             const QByteArray name = (parameters < 0 ? coding : coding.left(parameters)).trimmed();
             if (!name.isEmpty() && name.compare("chunked", Qt::CaseInsensitive) != 0)
                 return refuse(CURLE_BAD_CONTENT_ENCODING,
                               "a transfer coding other than chunked: " + name);
+        }
+        return true;
+    }
+
+    // Content-Length may be repeated, on one line or several, only with one value
+    // (RFC 9112, 6.3); two different values leave the body's end unknown.
+    bool contentLengthLine(const QByteArray &value)
+    {
+        for (const QByteArray &part : value.split(',')) {
+            const QByteArray length = part.trimmed();
+            if (m_contentLength.isEmpty())
+                m_contentLength = length;
+            else if (length != m_contentLength)
+                return refuse(CURLE_WEIRD_SERVER_REPLY, "conflicting Content-Length values: " +
+                                                            m_contentLength + " and " + length);
         }
         return true;
     }
@@ -215,6 +269,13 @@ private:
     // Set when the client itself ended the exchange, with what libcurl is then told.
     CURLcode m_refusedAs = CURLE_OK;
     QByteArray m_refusal;
+    // The head as read so far: whether the last head was a final (not interim) one, whether
+    // it has ended, and the Content-Length it gave.
+    bool m_finalHead = false;
+    bool m_headComplete = false;
+    QByteArray m_contentLength;
+    // Set once libcurl has a connection for the exchange.
+    bool m_connected = false;
     char m_detail[CURL_ERROR_SIZE] = {};
 };
 

@@ -18,6 +18,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cstring>
 #include <mutex>
 #include <thread>
@@ -427,6 +428,65 @@ private slots:
         verifyTransportError(outcome->result, CURLE_OPERATION_TIMEDOUT);
     }
 
+    // A head that the time limit or the engine cuts short is no answer: the completion
+    // has status 0, though the status line came.
+    void aHeadCutShortHasNoStatus_data()
+    {
+        QTest::addColumn<bool>("engineCloses");
+        QTest::addColumn<int>("code");
+        QTest::newRow("the time limit ends it") << false << int(CURLE_OPERATION_TIMEDOUT);
+        QTest::newRow("the engine closes") << true << int(CURLE_PARTIAL_FILE);
+    }
+    void aHeadCutShortHasNoStatus()
+    {
+        QFETCH(bool, engineCloses);
+        QFETCH(int, code);
+        const auto outcome = listFrom([engineCloses](TPRawConnection &connection) {
+            if (connection.readRequest().isEmpty() ||
+                !connection.write("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n") || engineCloses)
+                return;
+            while (!connection.stopping())
+                connection.pause(100);
+        });
+        QCOMPARE(outcome->calls, 1);
+        QCOMPARE(outcome->result.status, 0);
+        QVERIFY(outcome->result.error.has_value());
+        QCOMPARE(outcome->result.error->code, code);
+        QCOMPARE(outcome->result.body, std::nullopt);
+    }
+
+    // A request that waits for one of the connections, all held by answers that never come,
+    // times out saying so, not as if a name could not be resolved.
+    void aRequestThatWaitedForAConnectionSaysSoWhenItTimesOut()
+    {
+        TPRawServer server([](TPRawConnection &connection) {
+            if (connection.readRequest().isEmpty())
+                return;
+            while (!connection.stopping())
+                connection.pause(100);
+        });
+        QVERIFY(server.startAsTheEngine());
+        const int requests = int(TPEngineSession::MaxConnections) + 1;
+        std::vector<std::shared_ptr<Outcome>> outcomes;
+        for (int i = 0; i < requests; ++i)
+            outcomes.push_back(
+                send(QStringLiteral("GET"), QStringLiteral("/script"), QStringLiteral("name=a")));
+        QTRY_VERIFY_WITH_TIMEOUT(std::all_of(outcomes.cbegin(), outcomes.cend(),
+                                             [](const auto &outcome) { return outcome->calls; }),
+                                 20000);
+        QStringList waited;
+        for (const auto &outcome : outcomes) {
+            verifyTransportError(outcome->result, CURLE_OPERATION_TIMEDOUT);
+            QCOMPARE(outcome->result.status, 0);
+            const QString message = outcome->result.error->localizedDescription;
+            QVERIFY2(!message.contains(QStringLiteral("resolve")), qPrintable(message));
+            if (message.contains(QStringLiteral("waiting for a connection to the engine")))
+                waited.append(message);
+        }
+        QCOMPARE(waited.size(), 1);
+        QCOMPARE(server.mostOpenAtOnce(), int(TPEngineSession::MaxConnections));
+    }
+
     // An answer after four quiet seconds is well inside both limits and is delivered.
     void anAnswerAfterFourQuietSecondsIsDelivered()
     {
@@ -573,6 +633,12 @@ private slots:
         QTest::newRow("header names in any case")
             << QByteArray("HTTP/1.1 200 OK\r\ncOnTeNt-LeNgTh:   3  \r\n\r\nabc") << false << 200
             << QByteArray("abc");
+        QTest::newRow("a length repeated on one line")
+            << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 5, 5\r\n\r\nhello") << false << 200
+            << QByteArray("hello");
+        QTest::newRow("a length repeated on two lines")
+            << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 5\r\nContent-Length:5\r\n\r\nhello")
+            << false << 200 << QByteArray("hello");
         QTest::newRow("a status with no reason")
             << QByteArray("HTTP/1.1 500\r\nContent-Length: 1\r\n\r\nz") << false << 500
             << QByteArray("z");
@@ -661,6 +727,27 @@ private slots:
         QCOMPARE(outcome->calls, 1);
         QCOMPARE(outcome->result.status, 200);
         verifyTransportError(outcome->result, CURLE_BAD_CONTENT_ENCODING);
+    }
+
+    // Two different lengths leave the body's end unknown, so the answer is refused; the
+    // same length repeated frames it as one would.
+    void conflictingContentLengthsAreRefused_data()
+    {
+        QTest::addColumn<QByteArray>("lengths");
+        QTest::newRow("on two lines") << QByteArray("Content-Length: 5\r\nContent-Length: 7");
+        QTest::newRow("on one line") << QByteArray("Content-Length: 5, 7");
+        QTest::newRow("a third that differs")
+            << QByteArray("Content-Length: 5, 5\r\ncontent-length: 7");
+    }
+    void conflictingContentLengthsAreRefused()
+    {
+        QFETCH(QByteArray, lengths);
+        const auto outcome =
+            listFrom(answering("HTTP/1.1 200 OK\r\n" + lengths + "\r\n\r\nhello, world", true));
+        QCOMPARE(outcome->calls, 1);
+        verifyTransportError(outcome->result, CURLE_WEIRD_SERVER_REPLY);
+        QVERIFY(outcome->result.error->localizedDescription.contains(
+            QStringLiteral("conflicting Content-Length")));
     }
 
     // An engine that refuses a large save at once is heard at once, not after the limit.
