@@ -154,4 +154,5 @@ void TPFindReplace::replaceAll()
     }
     m_buffer->applyStep(edits);
     recount();
+    emit replacedAll(int(edits.size()));
 }

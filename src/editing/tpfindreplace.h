@@ -47,12 +47,13 @@ public slots:
     // Replaces the selected match and selects the next one; with no match selected, finds
     // the next one first.
     void replaceOne();
-    // Replaces every match, as one step that one undo takes back.
+    // Replaces every match, as one step that one undo takes back, and says how many.
     void replaceAll();
 
 signals:
     void queryChanged();
     void matchesChanged();
+    void replacedAll(int count);
 
 private:
     void recount();

@@ -105,6 +105,8 @@ void TPLuaHighlighter::colourNextSlice()
         QList<QTextLayout::FormatRange> ranges;
         for (const Span &span : tokenize(block.text(), state, &state))
             ranges.append({span.start, span.length, m_formats[span.token]});
+        // Later ranges are merged over earlier ones: a mark keeps the colour of its text.
+        ranges.append(markRanges(block.blockNumber()));
         block.layout()->setFormats(ranges);
         block.setUserState(state);
         to = block.position() + block.length();
@@ -317,5 +319,54 @@ void TPLuaHighlighter::highlightBlock(const QString &text)
     int state = 0;
     for (const Span &span : tokenize(text, previousBlockState(), &state))
         setFormat(span.start, span.length, m_formats[span.token]);
+    for (const QTextLayout::FormatRange &mark : markRanges(currentBlock().blockNumber())) {
+        for (int at = mark.start; at < mark.start + mark.length; ++at) {
+            QTextCharFormat merged = format(at);
+            merged.merge(mark.format);
+            setFormat(at, 1, merged);
+        }
+    }
     setCurrentBlockState(state);
+}
+
+QList<QTextLayout::FormatRange> TPLuaHighlighter::markRanges(int line) const
+{
+    QList<QTextLayout::FormatRange> ranges;
+    const auto found = m_marks.constFind(line);
+    if (found != m_marks.cend()) {
+        for (const auto &[column, length] : *found)
+            ranges.append({column, length, m_markFormat});
+    }
+    return ranges;
+}
+
+void TPLuaHighlighter::setMarks(const LineMarks &marks, const QColor &background)
+{
+    QSet<int> changed;
+    if (m_markFormat.background().color() != background) {
+        m_markFormat.setBackground(background);
+        for (auto it = m_marks.cbegin(); it != m_marks.cend(); ++it)
+            changed.insert(it.key());
+    }
+    for (auto it = m_marks.cbegin(); it != m_marks.cend(); ++it) {
+        if (marks.value(it.key()) != it.value())
+            changed.insert(it.key());
+    }
+    for (auto it = marks.cbegin(); it != marks.cend(); ++it) {
+        if (!m_marks.contains(it.key()))
+            changed.insert(it.key());
+    }
+    m_marks = marks;
+    QTextDocument *doc = document();
+    if (!doc || changed.isEmpty())
+        return;
+    // One edit block: the document reports the lines' changes once.
+    QTextCursor edit(doc);
+    edit.beginEditBlock();
+    for (const int line : std::as_const(changed)) {
+        const QTextBlock block = doc->findBlockByNumber(line);
+        if (block.isValid() && isColoured(block))
+            rehighlightBlock(block);
+    }
+    edit.endEditBlock();
 }

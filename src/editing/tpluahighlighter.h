@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QColor>
+#include <QHash>
 #include <QSyntaxHighlighter>
 #include <QTextCharFormat>
 #include <QTextCursor>
+#include <QTextLayout>
 #include <QTimer>
 
 // Colours Lua in a text document: keywords, strings (long brackets too), comments (long
@@ -28,6 +30,13 @@ public:
     void colourFromTop();
     bool isColouring() const { return m_slicer.isActive(); }
 
+    // Spans of a line as (column, length).
+    using LineMarks = QHash<int, QList<std::pair<int, int>>>;
+    // Marks spans of lines with `background` over their colours (the matches of a search);
+    // only the lines whose marks change are coloured again.
+    void setMarks(const LineMarks &marks, const QColor &background);
+    const LineMarks &marks() const { return m_marks; }
+
     // A line's colouring state: 0 in code, otherwise inside a long string or comment whose
     // bracket has `level` equals signs.
     static int longBracketState(int level, bool comment) { return 1 + level * 2 + int(comment); }
@@ -50,7 +59,12 @@ private:
     // many lines were typed since.
     bool isColoured(const QTextBlock &block) const;
 
+    // The line's marks as format ranges over its colours.
+    QList<QTextLayout::FormatRange> markRanges(int line) const;
+
     QTextCharFormat m_formats[TokenCount];
+    LineMarks m_marks;
+    QTextCharFormat m_markFormat;
     QTimer m_slicer;
     // The start of the first line the first pass has not reached. A cursor moves with every
     // edit, so lines typed or removed above it never shift the pass off its line.

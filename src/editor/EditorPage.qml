@@ -12,15 +12,8 @@ ScreenPage {
     required property TPEditorVC controller
     readonly property TPCodeEditor code: controller.code
     readonly property var texts: controller.toolTexts
-    property bool findOpen: false
 
     barItems: Row {
-        BarButton {
-            objectName: "favouriteButton"
-            glyph: page.controller && page.controller.favourite ? "★" : "☆"
-            text: page.texts.editor_favourite
-            onClicked: page.controller.toggleFavourite()
-        }
         BarButton {
             objectName: "saveButton"
             text: page.controller ? page.controller.saveTitle : ""
@@ -44,9 +37,10 @@ ScreenPage {
         height: 44
         color: Theme.barBackground
 
+        // Every tool is a glyph of one width, so each keeps its place whatever the language;
+        // their names are for accessibility.
         Row {
             anchors { left: parent.left; verticalCenter: parent.verticalCenter }
-            // Glyphs leave room in a phone's width for the symbol keys' button.
             ToolTextButton {
                 objectName: "undoButton"
                 text: "↶"
@@ -91,6 +85,13 @@ ScreenPage {
         Row {
             anchors { right: parent.right; verticalCenter: parent.verticalCenter }
             ToolTextButton {
+                objectName: "favouriteButton"
+                text: page.controller.favourite ? "★" : "☆"
+                textSize: 22
+                Accessible.name: page.texts.editor_favourite
+                onClicked: page.controller.toggleFavourite()
+            }
+            ToolTextButton {
                 objectName: "historyButton"
                 text: "◷"
                 textSize: 22
@@ -99,13 +100,18 @@ ScreenPage {
             }
             ToolTextButton {
                 objectName: "findButton"
-                text: page.texts.editor_find
-                checked: page.findOpen
-                onClicked: page.findOpen = !page.findOpen
+                // The magnifier is drawn small in its font.
+                text: "⌕"
+                textSize: 30
+                Accessible.name: page.texts.editor_find
+                checked: page.code.findOpen
+                onClicked: page.code.findOpen = !page.code.findOpen
             }
             ToolTextButton {
                 objectName: "wrapButton"
-                text: page.texts.editor_wrap
+                text: "↵"
+                textSize: 22
+                Accessible.name: page.texts.editor_wrap
                 checked: page.controller.wrap
                 onClicked: page.controller.wrap = !page.controller.wrap
             }
@@ -122,9 +128,9 @@ ScreenPage {
         objectName: "outlinePanel"
         namePrefix: "outline"
         visible: page.code.outlineOpen
+        // Above the text, which moves down to make room.
         anchors { left: parent.left; right: parent.right; top: tools.bottom }
         height: visible ? implicitHeight : 0
-        z: 2
         model: page.code.outline
         emptyText: page.texts.editor_outline_empty
         titleFamily: page.controller.font.family
@@ -134,8 +140,8 @@ ScreenPage {
     FindBar {
         id: findBar
         objectName: "findBar"
-        visible: page.findOpen
-        anchors { left: parent.left; right: parent.right; top: tools.bottom }
+        visible: page.code.findOpen
+        anchors { left: parent.left; right: parent.right; top: outlinePanel.bottom }
         height: visible ? implicitHeight : 0
         find: page.code.find
         code: page.code
@@ -220,6 +226,9 @@ ScreenPage {
         contentWidth: page.controller.wrap
                       ? width : Math.max(editor.contentWidth + editor.leftPadding + editor.rightPadding, width)
         boundsBehavior: Flickable.StopAtBounds
+        // A panel opening or closing above moves the text's top edge: no row is left cut
+        // there.
+        onYChanged: contentY = page.code.wholeRowContentY(contentY, editor.topPadding)
         ScrollBar.vertical: ScrollBar {
             bottomPadding: page.controller.bottomInset
         }
@@ -460,7 +469,7 @@ ScreenPage {
         sequences: [StandardKey.Find]
         enabled: page.visible
         onActivated: {
-            page.findOpen = true
+            page.code.findOpen = true
             findBar.focusFind()
         }
     }
@@ -483,7 +492,7 @@ ScreenPage {
         sequence: "Ctrl+G"
         enabled: page.visible
         onActivated: {
-            page.findOpen = true
+            page.code.findOpen = true
             findBar.focusGoToLine()
         }
     }

@@ -47,7 +47,8 @@ Rectangle {
                 id: count
                 objectName: "matchCount"
                 anchors.verticalCenter: parent.verticalCenter
-                text: bar.find.currentMatch + "/" + bar.find.matchCount
+                text: bar.code.findNote !== "" ? bar.code.findNote
+                                               : bar.find.currentMatch + "/" + bar.find.matchCount
                 color: bar.find.validQuery ? Theme.secondaryLabel : Theme.destructive
             }
             ToolTextButton {

@@ -3,7 +3,7 @@ import QtQuick.Controls
 import TPCompanion.Platform
 import TPCompanion.Editor
 
-// A short list of a script's lines to go to, over the editor's text: the functions of the
+// A short list of a script's lines to go to, beside the editor's text: the functions of the
 // outline, or the lint's warnings. Each row is a title with its line at the right; a tap
 // reports the row. Its items are named after `namePrefix` ("outlineRow0", "lintRow0").
 Rectangle {

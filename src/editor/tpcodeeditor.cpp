@@ -4,7 +4,10 @@
 #include "foundation/tplang.h"
 #include "platform/tptheme.h"
 
+#include <QAbstractTextDocumentLayout>
+#include <QTextBlock>
 #include <QTextDocument>
+#include <QTextLayout>
 
 namespace {
 
@@ -42,6 +45,13 @@ TPCodeEditor::TPCodeEditor(const QString &chunkName, QObject *parent)
     });
     // The colours follow the light or dark appearance.
     connect(TPTheme::shared(), &TPTheme::paletteChanged, this, &TPCodeEditor::applySyntaxColors);
+    connect(&m_find, &TPFindReplace::matchesChanged, this, &TPCodeEditor::markMatches);
+    connect(&m_find, &TPFindReplace::replacedAll, this,
+            [this](int count) { setFindNote(TPL("find_replaced_count").arg(count)); });
+    connect(&m_find, &TPFindReplace::queryChanged, this, [this] { setFindNote(QString()); });
+    connect(&m_buffer, &TPEditBuffer::typed, this, [this] { setFindNote(QString()); });
+    connect(&m_buffer, &TPEditBuffer::indentChanged, this,
+            [this] { m_hangingIndent.setMetrics(m_spaceWidth, m_buffer.indentColumns()); });
 }
 
 void TPCodeEditor::setText(const QString &text)
@@ -55,6 +65,76 @@ void TPCodeEditor::attachView(QQuickItem *textItem)
 {
     m_binding.bindItem(textItem);
     colourDocument();
+    m_hangingIndent.setDocument(m_binding.document());
+}
+
+void TPCodeEditor::setLineLayout(bool wrap, qreal spaceWidth)
+{
+    m_spaceWidth = spaceWidth;
+    m_hangingIndent.setEnabled(wrap);
+    m_hangingIndent.setMetrics(spaceWidth, m_buffer.indentColumns());
+}
+
+qreal TPCodeEditor::wholeRowContentY(qreal contentY, qreal topPadding) const
+{
+    QTextDocument *document = m_binding.document();
+    if (!document || contentY <= topPadding)
+        return contentY;
+    const QPointF at(0, contentY - topPadding);
+    const int position = document->documentLayout()->hitTest(at, Qt::FuzzyHit);
+    const QTextBlock block = document->findBlock(position);
+    QTextLayout *layout = block.isValid() ? block.layout() : nullptr;
+    if (!layout)
+        return contentY;
+    const QTextLine row = layout->lineForTextPosition(position - block.position());
+    if (!row.isValid())
+        return contentY;
+    const qreal rowTop = document->documentLayout()->blockBoundingRect(block).top() + row.y();
+    return std::min(contentY, rowTop + topPadding);
+}
+
+void TPCodeEditor::setFindOpen(bool open)
+{
+    if (open == m_findOpen)
+        return;
+    m_findOpen = open;
+    if (!open)
+        setFindNote(QString());
+    emit findOpenChanged();
+    markMatches();
+}
+
+void TPCodeEditor::setFindNote(const QString &note)
+{
+    if (note == m_findNote)
+        return;
+    m_findNote = note;
+    emit findNoteChanged();
+}
+
+void TPCodeEditor::markMatches()
+{
+    if (!m_highlighter)
+        return;
+    TPLuaHighlighter::LineMarks marks;
+    if (m_findOpen) {
+        const TPScriptText &text = m_buffer.script();
+        // A match across lines marks its part of each line it touches.
+        for (const auto &[offset, length] : m_find.matches()) {
+            qsizetype from = offset;
+            const qsizetype end = offset + length;
+            for (int line = text.lineAt(offset); from < end && line < text.lineCount(); ++line) {
+                const qsizetype start = text.lineStart(line);
+                const qsizetype lineEnd = text.lineEnd(line);
+                const qsizetype to = std::min(end, lineEnd);
+                if (to > from)
+                    marks[line].append({int(from - start), int(to - from)});
+                if (line + 1 < text.lineCount())
+                    from = std::max(from, text.lineStart(line + 1));
+            }
+        }
+    }
+    m_highlighter->setMarks(marks, TPTheme::shared()->findMatch());
 }
 
 void TPCodeEditor::attachDocument(QTextDocument *document)
@@ -84,6 +164,7 @@ void TPCodeEditor::applySyntaxColors()
     m_highlighter->setColor(TPLuaHighlighter::Comment, colors.comment);
     m_highlighter->setColor(TPLuaHighlighter::Number, colors.number);
     m_highlighter->setColor(TPLuaHighlighter::FunctionName, colors.functionName);
+    markMatches();
 }
 
 QStringList TPCodeEditor::symbolKeys() const

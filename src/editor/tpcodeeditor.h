@@ -7,6 +7,7 @@
 #include "editor/tpcompleter.h"
 #include "editor/tpeditingtypes.h"
 #include "editor/tpeditortextbinding.h"
+#include "editor/tphangingindent.h"
 #include "editor/tplintreport.h"
 #include "platform/tptitledrowsmodel.h"
 
@@ -32,6 +33,11 @@ class TPCodeEditor : public QObject
     Q_PROPERTY(QString syntaxMessage READ syntaxMessage NOTIFY syntaxChecked)
     Q_PROPERTY(QStringList symbolKeys READ symbolKeys CONSTANT)
     Q_PROPERTY(TPFindReplace *find READ find CONSTANT)
+    // Whether the find bar is shown; while it is, every match in the text is marked.
+    Q_PROPERTY(bool findOpen READ findOpen WRITE setFindOpen NOTIFY findOpenChanged)
+    // What the find bar says in place of its count after Replace All, until the query or
+    // the text changes; empty otherwise.
+    Q_PROPERTY(QString findNote READ findNote NOTIFY findNoteChanged)
     // The script's functions, as the outline shows them since it was last refreshed.
     Q_PROPERTY(TPTitledRowsModel *outline READ outline CONSTANT)
     // Whether the outline is shown. Opening it lists the functions of the text as it is then;
@@ -66,6 +72,16 @@ public:
     // The keys a phone keyboard hides, in the order the key row shows them.
     QStringList symbolKeys() const;
     TPFindReplace *find() { return &m_find; }
+    bool findOpen() const { return m_findOpen; }
+    void setFindOpen(bool open);
+    QString findNote() const { return m_findNote; }
+    TPHangingIndent *hangingIndent() { return &m_hangingIndent; }
+    // How the view lays out the lines: wrapped or not, and a space's width in its font.
+    // Wrapped lines hang below their indent.
+    void setLineLayout(bool wrap, qreal spaceWidth);
+    // The content position at which the text shows no cut row at its top: `contentY`, or
+    // the top of the row it falls in. `topPadding` is the text's space above its first line.
+    Q_INVOKABLE qreal wholeRowContentY(qreal contentY, qreal topPadding) const;
     TPTitledRowsModel *outline() { return &m_outline; }
     bool outlineOpen() const { return m_outlineOpen; }
     void setOutlineOpen(bool open);
@@ -109,16 +125,25 @@ signals:
     // A new text brought its own indent step.
     void indentChanged();
     void outlineOpenChanged();
+    void findOpenChanged();
+    void findNoteChanged();
 
 private:
     // Colours the document the text is shown in, with the theme's token colours.
     void colourDocument();
     void applySyntaxColors();
+    // Marks every match of the find bar while it is open.
+    void markMatches();
+    void setFindNote(const QString &note);
 
     TPEditBuffer m_buffer;
     TPEditorTextBinding m_binding;
     QPointer<TPLuaHighlighter> m_highlighter;
     TPFindReplace m_find;
+    bool m_findOpen = false;
+    QString m_findNote;
+    TPHangingIndent m_hangingIndent;
+    qreal m_spaceWidth = 0;
     TPTitledRowsModel m_outline;
     TPLintReport m_lint;
     TPCompleter m_completer;

@@ -42,6 +42,13 @@ TPEditorVC::TPEditorVC(const QString &relPath, QObject *parent)
             &TPEditorVC::keyboardShownChanged);
     connect(m_keyboard, &TPKeyboardInsets::keyboardShownChanged, this,
             &TPEditorVC::symbolRowShownChanged);
+    // Wrapped lines hang below their indent, measured in the text's font.
+    const auto layLines = [this] {
+        _textView->setLineLayout(wrap(), QFontMetricsF(font()).horizontalAdvance(u' '));
+    };
+    connect(this, &TPEditorVC::wrapChanged, this, layLines);
+    connect(m_textSize, &TPTextSize::changed, this, layLines);
+    layLines();
     TPOpenEditors::add(this);
 }
 

@@ -100,6 +100,7 @@ constexpr TPLangRow kExtraRows[] = {
     {"find_replace", "Thay", "Replace"},
     {"find_replace_all", "Thay tất cả", "Replace All"},
     {"find_close", "Đóng", "Close"},
+    {"find_replaced_count", "Đã thay %1", "Replaced %1"},
     {"goto_placeholder", "Dòng", "Line"},
     {"goto_go", "Đến", "Go"},
     {"key_tab", "Tab", "Tab"},
@@ -220,9 +221,13 @@ QString TPLDateTime(const QDateTime &time)
 {
     const QLocale locale(TPCurrentLang() == QLatin1String("en") ? QLocale::English
                                                                 : QLocale::Vietnamese);
-    // The language's short date, and the time on a 24-hour clock in both.
+    // The language's short date with the whole year (a kept version may be years old), and
+    // the time on a 24-hour clock in both.
+    QString dateFormat = locale.dateFormat(QLocale::ShortFormat);
+    if (!dateFormat.contains(QLatin1String("yyyy")))
+        dateFormat.replace(QLatin1String("yy"), QLatin1String("yyyy"));
     const QDateTime local = time.toLocalTime();
-    return locale.toString(local.date(), QLocale::ShortFormat) + u' ' +
+    return locale.toString(local.date(), dateFormat) + u' ' +
            local.time().toString(QStringLiteral("HH:mm"));
 }
 

@@ -32,5 +32,6 @@ inline QString TPL(const char *key)
     return TPL(QString::fromLatin1(key));
 }
 
-// A date as the current language writes it, short, and the time on a 24-hour clock.
+// A date as the current language writes it, short with a four-digit year, and the time on a 24-hour
+// clock.
 QString TPLDateTime(const QDateTime &time);

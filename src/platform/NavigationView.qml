@@ -40,11 +40,19 @@ Item {
             text: navigation.stack.backTitle
             onClicked: navigation.stack.popViewController()
         }
+        // The title, centred on the bar where it fits, otherwise in the room between the
+        // buttons on either side; a name too long even for that loses its middle. The
+        // unsaved dot keeps its own room beside it.
         Label {
             id: titleLabel
             objectName: "navigationTitle"
-            anchors.centerIn: parent
-            width: Math.min(implicitWidth, parent.width - 2 * Math.max(backButton.width, leading.width, trailing.width) - 16)
+            readonly property real markRoom: 16
+            readonly property real leftEdge: Math.max(backButton.visible ? backButton.width : 0,
+                                                      leading.width + 4) + 8
+            readonly property real rightEdge: bar.width - trailing.width - 12 - markRoom
+            anchors.verticalCenter: parent.verticalCenter
+            width: Math.max(0, Math.min(implicitWidth, rightEdge - leftEdge))
+            x: Math.max(leftEdge, Math.min((bar.width - width) / 2, rightEdge - width))
             elide: Text.ElideMiddle
             horizontalAlignment: Text.AlignHCenter
             text: navigation.stack.topViewController ? navigation.stack.topViewController.title : ""

@@ -108,6 +108,8 @@ public:
         QColor gutterNumber;
         QColor errorBackground;
         QColor selection;
+        // every match of the find bar; the current one is the selection
+        QColor findMatch;
         SyntaxColors syntax;
         // a version's lines against the editor's text
         QColor addedLine;
@@ -171,6 +173,7 @@ public:
     QColor warning() const { return palette().warning; }
     QColor warningBackground() const { return palette().warningBackground; }
     QColor selection() const { return palette().selection; }
+    QColor findMatch() const { return palette().findMatch; }
     const SyntaxColors &syntaxColors() const { return palette().syntax; }
     int barHeight() const { return 44; }
     int tabBarHeight() const { return 56; }

@@ -134,6 +134,24 @@ private slots:
         TPNotificationCenter::defaultCenter()->postLangChanged();
         QCOMPARE(spy.count(), 1);
     }
+
+    // A version's date shows its whole year in both languages, with the time on a 24-hour
+    // clock.
+    void datesShowAFourDigitYear_data()
+    {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("en") << QStringLiteral("en") << QStringLiteral("11/24/2026 17:05");
+        QTest::newRow("vi") << QStringLiteral("vi") << QStringLiteral("24/11/2026 17:05");
+    }
+    void datesShowAFourDigitYear()
+    {
+        QFETCH(QString, lang);
+        QFETCH(QString, expected);
+        QSettings().setValue(TPLangKey, lang);
+        const QDateTime time(QDate(2026, 11, 24), QTime(17, 5));
+        QCOMPARE(TPLDateTime(time), expected);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestTPLang)

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+
+class QTextBlock;
+class QTextDocument;
+
+// Draws the wrapped rest of each line indented to the line's own indent plus one step (a
+// hanging indent), as code editors do, so that a wrapped comment never looks like a line of
+// its own. Only the document's block formats change, never its text: the first row of each
+// line starts where it did, and the gutter still has one number per line. Lines that change
+// are indented again after the change, in slices of a few milliseconds, like the colouring,
+// so a long file never holds up a frame.
+class TPHangingIndent : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit TPHangingIndent(QObject *parent = nullptr);
+
+    void setDocument(QTextDocument *document);
+    // The width of a space in the text's font, and one indent step in columns; tabs reach
+    // the next step.
+    void setMetrics(qreal spaceWidth, int indentColumns);
+    // Off, every line starts at the margin (no wrapping, nothing to hang).
+    void setEnabled(bool enabled);
+
+    // The x at which the rows after a line's first start, for the line's text.
+    qreal hangFor(const QString &line) const;
+    // Whether lines are still waiting for their indent.
+    bool isPending() const { return m_slicer.isActive(); }
+
+private:
+    void noteChange(int position, int removed, int added);
+    void markAll();
+    void indentNextSlice();
+
+    QPointer<QTextDocument> m_document;
+    qreal m_spaceWidth = 0;
+    int m_indentColumns = 4;
+    bool m_enabled = true;
+    // The document positions still to be indented, and whether a change is this class's own.
+    int m_pendingFrom = -1;
+    int m_pendingTo = -1;
+    bool m_applying = false;
+    QTimer m_slicer;
+};
