@@ -1,16 +1,13 @@
 #include "editor/tphangingindent.h"
 
-#include <QElapsedTimer>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
+#include <QTextLayout>
 
 #include <cmath>
 
 namespace {
-
-// A slice's share of a frame at 60 Hz.
-constexpr qint64 kSliceMs = 4;
 
 bool sameWidth(qreal a, qreal b)
 {
@@ -21,8 +18,9 @@ bool sameWidth(qreal a, qreal b)
 
 TPHangingIndent::TPHangingIndent(QObject *parent) : QObject(parent)
 {
-    m_slicer.setInterval(0);
-    connect(&m_slicer, &QTimer::timeout, this, &TPHangingIndent::indentNextSlice);
+    m_pass.setSingleShot(true);
+    m_pass.setInterval(0);
+    connect(&m_pass, &QTimer::timeout, this, &TPHangingIndent::indentPending);
 }
 
 void TPHangingIndent::setDocument(QTextDocument *document)
@@ -75,7 +73,7 @@ void TPHangingIndent::noteChange(int position, int, int added)
     const int end = position + added;
     m_pendingFrom = m_pendingFrom < 0 ? position : std::min(m_pendingFrom, position);
     m_pendingTo = std::max(m_pendingTo, end);
-    m_slicer.start();
+    m_pass.start();
 }
 
 void TPHangingIndent::markAll()
@@ -84,45 +82,41 @@ void TPHangingIndent::markAll()
         return;
     m_pendingFrom = 0;
     m_pendingTo = m_document->characterCount();
-    m_slicer.start();
+    m_pass.start();
 }
 
-void TPHangingIndent::indentNextSlice()
+void TPHangingIndent::indentPending()
 {
-    if (!m_document || m_pendingFrom < 0) {
-        m_slicer.stop();
+    if (!m_document || m_pendingFrom < 0)
         return;
-    }
-    QElapsedTimer slice;
-    slice.start();
     QTextBlock block = m_document->findBlock(std::min(m_pendingFrom, m_pendingTo));
     const QTextBlock last = m_document->findBlock(m_pendingTo);
+    m_pendingFrom = m_pendingTo = -1;
+    if (!m_enabled)
+        return;
     QTextCursor cursor(m_document);
     m_applying = true;
     cursor.beginEditBlock();
-    // Each line's first row starts at the margin: the hang is a left margin that the first
-    // row's negative indent takes back.
-    while (block.isValid() && slice.elapsed() < kSliceMs) {
-        const qreal hang = hangFor(block.text());
-        const QTextBlockFormat current = block.blockFormat();
-        if (!sameWidth(current.leftMargin(), hang) || !sameWidth(current.textIndent(), -hang)) {
-            QTextBlockFormat format = current;
-            format.setLeftMargin(hang);
-            format.setTextIndent(-hang);
-            cursor.setPosition(block.position());
-            cursor.setBlockFormat(format);
+    for (; block.isValid(); block = block.next()) {
+        // Only a line drawn on more than one row has a rest to hang; on one that fits, a
+        // hang changes nothing, so it is left as it is.
+        const QTextLayout *layout = block.layout();
+        if (layout && layout->lineCount() > 1) {
+            const qreal hang = hangFor(block.text());
+            const QTextBlockFormat current = block.blockFormat();
+            if (!sameWidth(current.leftMargin(), hang) || !sameWidth(current.textIndent(), -hang)) {
+                // The first row starts at the margin: the hang is a left margin that the
+                // first row's negative indent takes back.
+                QTextBlockFormat format = current;
+                format.setLeftMargin(hang);
+                format.setTextIndent(-hang);
+                cursor.setPosition(block.position());
+                cursor.setBlockFormat(format);
+            }
         }
-        const bool wasLast = block == last;
-        block = block.next();
-        if (wasLast)
+        if (block == last)
             break;
     }
     cursor.endEditBlock();
     m_applying = false;
-    if (!block.isValid() || block.position() > m_pendingTo) {
-        m_pendingFrom = m_pendingTo = -1;
-        m_slicer.stop();
-        return;
-    }
-    m_pendingFrom = block.position();
 }

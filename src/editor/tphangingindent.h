@@ -11,8 +11,8 @@ class QTextDocument;
 // hanging indent), as code editors do, so that a wrapped comment never looks like a line of
 // its own. Only the document's block formats change, never its text: the first row of each
 // line starts where it did, and the gutter still has one number per line. Lines that change
-// are indented again after the change, in slices of a few milliseconds, like the colouring,
-// so a long file never holds up a frame.
+// are indented again once the change is done, all in one edit, since every edit lays out
+// and draws again all the lines below it.
 class TPHangingIndent : public QObject
 {
     Q_OBJECT
@@ -30,12 +30,12 @@ public:
     // The x at which the rows after a line's first start, for the line's text.
     qreal hangFor(const QString &line) const;
     // Whether lines are still waiting for their indent.
-    bool isPending() const { return m_slicer.isActive(); }
+    bool isPending() const { return m_pass.isActive(); }
 
 private:
     void noteChange(int position, int removed, int added);
     void markAll();
-    void indentNextSlice();
+    void indentPending();
 
     QPointer<QTextDocument> m_document;
     qreal m_spaceWidth = 0;
@@ -45,5 +45,6 @@ private:
     int m_pendingFrom = -1;
     int m_pendingTo = -1;
     bool m_applying = false;
-    QTimer m_slicer;
+    // Changed lines are indented once the change is done, all in one edit.
+    QTimer m_pass;
 };

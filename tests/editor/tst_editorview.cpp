@@ -3,6 +3,7 @@
 #include "editor/tpeditorvc.h"
 #include "editor/tplinegutter.h"
 #include "foundation/tplang.h"
+#include "foundation/tpnotificationcenter.h"
 #include "platform/tpnavigationstack.h"
 #include "platform/tptheme.h"
 #include "scripts/tpscriptslistvc.h"
@@ -18,6 +19,9 @@
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextLayout>
 
 // The editor as a person uses it: its real view on the offscreen platform, the file read
 // from and saved to a recording engine on loopback.
@@ -132,6 +136,27 @@ class TestEditorView : public QObject
                 [this] { return !m_fixture.requestsTo(QStringLiteral("/script")).isEmpty(); }))
             return "(no save)";
         return m_fixture.requestsTo(QStringLiteral("/script")).first().body;
+    }
+
+    // The item's bounds in the window.
+    QRectF sceneRect(const QString &name) const
+    {
+        QQuickItem *target = item(name);
+        return target ? target->mapRectToScene(target->boundingRect()) : QRectF();
+    }
+
+    // The top of the row of text at `y`, in the text item's coordinates, as the item itself
+    // lays it out.
+    qreal rowTopAt(qreal y) const
+    {
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        int position = 0;
+        QMetaObject::invokeMethod(editor, "positionAt", Q_RETURN_ARG(int, position),
+                                  Q_ARG(qreal, 20), Q_ARG(qreal, y));
+        QRectF row;
+        QMetaObject::invokeMethod(editor, "positionToRectangle", Q_RETURN_ARG(QRectF, row),
+                                  Q_ARG(int, position));
+        return row.y();
     }
 
 private slots:
@@ -900,6 +925,210 @@ private slots:
         QTRY_VERIFY(item(QStringLiteral("loadingIndicator"))->isVisible());
         QTRY_VERIFY_WITH_TIMEOUT(!item(QStringLiteral("loadingIndicator"))->isVisible(), 5000);
         QCOMPARE(m_editor->text(), QStringLiteral("print(1)\n"));
+    }
+
+    // The file's name, up to 17 characters, shows whole beside the back arrow at a phone's
+    // width in both languages; a longer one loses its middle, never its end.
+    void theTitleShowsAPhoneWidthNameWhole_data()
+    {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("whole");
+        for (const char *lang : {"vi", "en"}) {
+            QTest::addRow("17 characters, %s", lang)
+                << QString::fromLatin1(lang) << QStringLiteral("collect_coins.lua") << true;
+            QTest::addRow("9 characters, %s", lang)
+                << QString::fromLatin1(lang) << QStringLiteral("coins.lua") << true;
+            QTest::addRow("40 characters, %s", lang)
+                << QString::fromLatin1(lang)
+                << QStringLiteral("collect_every_coin_on_the_whole_farm.lua") << false;
+        }
+    }
+    void theTitleShowsAPhoneWidthNameWhole()
+    {
+        QFETCH(QString, lang);
+        QFETCH(QString, name);
+        QFETCH(bool, whole);
+        QSettings().setValue(TPLangKey, lang);
+        serve("x = 1\n");
+        QVERIFY(open(QStringLiteral("games/") + name));
+        QQuickItem *title = item(QStringLiteral("navigationTitle"));
+        QCOMPARE(title->property("text").toString(), name);
+        QCOMPARE(title->property("truncated").toBool(), !whole);
+        QCOMPARE(title->property("elide").toInt(), int(Qt::ElideMiddle));
+        // Clear of the back button and of Save.
+        QVERIFY(!sceneRect(QStringLiteral("navigationTitle"))
+                     .intersects(sceneRect(QStringLiteral("saveButton"))));
+        QVERIFY(!sceneRect(QStringLiteral("navigationTitle"))
+                     .intersects(sceneRect(QStringLiteral("backButton"))));
+    }
+
+    // The unsaved dot keeps a clear gap from every bar button, and the star is not among
+    // them any more: it is a tool of the editor's own bar.
+    void theUnsavedDotStandsApartFromTheStarAndTheBarButtons()
+    {
+        serve("a\n");
+        QVERIFY(open(QStringLiteral("collect_coins.lua")));
+        placeCursor(0);
+        QTest::keyClick(m_view.get(), Qt::Key_B);
+        QTRY_VERIFY(item(QStringLiteral("unsavedMark"))->isVisible());
+        const QRectF dot = sceneRect(QStringLiteral("unsavedMark"));
+        const QRectF star = sceneRect(QStringLiteral("favouriteButton"));
+        QVERIFY(star.top() >= sceneRect(QStringLiteral("navigationTitle")).bottom());
+        QVERIFY(!dot.adjusted(-6, -6, 6, 6).intersects(star));
+        QVERIFY2(sceneRect(QStringLiteral("saveButton")).left() - dot.right() >= 8,
+                 qPrintable(QString::number(sceneRect(QStringLiteral("saveButton")).left() -
+                                            dot.right())));
+    }
+
+    // The rest of a wrapped line starts under the line's own indent plus one step; its first
+    // row starts where it always did.
+    void aWrappedLinesRestHangsBelowItsIndent()
+    {
+        serve("    tap(1, 2) -- " + QByteArray(120, 'w').replace(10, 1, " ") + "\nx = 1\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        const qreal space = QFontMetricsF(m_editor->font()).horizontalAdvance(u' ');
+        const qreal left = editor->property("leftPadding").toReal();
+        const auto rectAt = [editor](int position) {
+            QRectF rect;
+            QMetaObject::invokeMethod(editor, "positionToRectangle", Q_RETURN_ARG(QRectF, rect),
+                                      Q_ARG(int, position));
+            return rect;
+        };
+        QCOMPARE(rectAt(0).x(), left);
+        QCOMPARE(rectAt(4).x(), left + 4 * space);
+        // The first character on the second row.
+        int continuation = 1;
+        while (rectAt(continuation).y() <= rectAt(0).y() && continuation < 140)
+            ++continuation;
+        QTRY_VERIFY2(std::abs(rectAt(continuation).x() - (left + 8 * space)) < 0.5,
+                     qPrintable(QString::number((rectAt(continuation).x() - left) / space)));
+        // The next line starts at the margin, and the gutter numbers it 2.
+        const int second = m_editor->text().indexOf(u'\n') + 1;
+        QCOMPARE(rectAt(second).x(), left);
+        auto *gutter = qobject_cast<TPLineGutter *>(item(QStringLiteral("gutter")));
+        QTRY_COMPARE(gutter->visibleNumbers().value(1).first, 2);
+        QCOMPARE(gutter->visibleNumbers().value(1).second -
+                     gutter->visibleNumbers().value(0).second,
+                 rectAt(second).y() - rectAt(0).y());
+    }
+
+    // While Find is open, every match is marked and the current one is the selection; closing
+    // it takes the marks away.
+    void everyMatchIsMarkedAndTheCurrentOneSelected()
+    {
+        serve("tap(1)\nx = 1 tap(2)\n-- no\ntap(3) tap(4)\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QTextDocument *document = m_editor->code()->document();
+        const QColor mark = TPTheme::shared()->findMatch();
+        // Each marked span of the document's lines as (line, column, length).
+        const auto marked = [document, mark] {
+            QList<std::tuple<int, int, int>> spans;
+            for (QTextBlock block = document->begin(); block.isValid(); block = block.next()) {
+                for (const QTextLayout::FormatRange &range : block.layout()->formats()) {
+                    if (range.format.background().color() == mark)
+                        spans.append({block.blockNumber(), range.start, range.length});
+                }
+            }
+            return spans;
+        };
+        QVERIFY(marked().isEmpty());
+        click(QStringLiteral("findButton"));
+        click(QStringLiteral("findField"));
+        typeText(QStringLiteral("tap"));
+        const QList<std::tuple<int, int, int>> all = {{0, 0, 3}, {1, 6, 3}, {3, 0, 3}, {3, 7, 3}};
+        QTRY_COMPARE(marked(), all);
+        click(QStringLiteral("findNext"));
+        click(QStringLiteral("findNext"));
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        QTRY_COMPARE(editor->property("selectionStart").toInt(), 13);
+        QCOMPARE(editor->property("selectionEnd").toInt(), 16);
+        QVERIFY(editor->property("selectionColor").value<QColor>() != mark);
+        click(QStringLiteral("findButton"));
+        QTRY_VERIFY(marked().isEmpty());
+    }
+
+    // Replace All says how many matches it replaced, until the query changes.
+    void replaceAllSaysHowManyItReplaced()
+    {
+        serve("tap(1, 1)\ntap(2, 2)\ntap(3, 3)\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        click(QStringLiteral("findButton"));
+        click(QStringLiteral("findField"));
+        typeText(QStringLiteral("tap"));
+        click(QStringLiteral("replaceField"));
+        typeText(QStringLiteral("touch"));
+        click(QStringLiteral("replaceAll"));
+        QQuickItem *count = item(QStringLiteral("matchCount"));
+        QTRY_COMPARE(count->property("text").toString(), QString::fromUtf8("Đã thay 3"));
+        click(QStringLiteral("findField"));
+        typeText(QStringLiteral("o"));
+        QTRY_COMPARE(count->property("text").toString(), QStringLiteral("0/0"));
+    }
+
+    // Opening the outline or Find moves the text's top edge down; the text then starts with
+    // a whole row, wherever it was scrolled to.
+    void noRowIsLeftCutUnderTheOpenedPanels_data()
+    {
+        QTest::addColumn<QString>("panelButton");
+        QTest::newRow("outline") << QStringLiteral("outlineButton");
+        QTest::newRow("find") << QStringLiteral("findButton");
+    }
+    void noRowIsLeftCutUnderTheOpenedPanels()
+    {
+        QFETCH(QString, panelButton);
+        QByteArray file;
+        for (int line = 1; line <= 120; ++line)
+            file += "function step" + QByteArray::number(line) + "() tap(1, 1) end\n";
+        serve(file);
+        QVERIFY(open(QStringLiteral("a.lua")));
+        QQuickItem *flick = item(QStringLiteral("editorFlickable"));
+        const qreal rowHeight = rowTopAt(200) - rowTopAt(180) > 0
+                                    ? rowTopAt(200) - rowTopAt(180)
+                                    : QFontMetricsF(m_editor->font()).lineSpacing();
+        QVERIFY(rowHeight > 0);
+        const qreal padding = item(QStringLiteral("editor"))->property("topPadding").toReal();
+        flick->setProperty("contentY", padding + 20.5 * rowHeight);
+        QVERIFY(std::abs(rowTopAt(flick->property("contentY").toReal()) -
+                         flick->property("contentY").toReal()) > 1);
+        const qreal topBefore = flick->mapToScene(QPointF()).y();
+        click(panelButton);
+        QTRY_VERIFY(flick->mapToScene(QPointF()).y() > topBefore);
+        const qreal contentY = flick->property("contentY").toReal();
+        QCOMPARE(rowTopAt(contentY + 1), contentY);
+    }
+
+    // Every tool keeps its place when the language changes: a tap meant for one never lands
+    // on another.
+    void theToolsKeepTheirPlacesInBothLanguages()
+    {
+        serve("x = 1\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        const QStringList tools = {
+            QStringLiteral("undoButton"),      QStringLiteral("redoButton"),
+            QStringLiteral("symbolsButton"),   QStringLiteral("outlineButton"),
+            QStringLiteral("favouriteButton"), QStringLiteral("historyButton"),
+            QStringLiteral("findButton"),      QStringLiteral("wrapButton")};
+        const auto places = [this, &tools] {
+            QList<QRectF> rects;
+            for (const QString &tool : tools)
+                rects.append(sceneRect(tool));
+            return rects;
+        };
+        const QList<QRectF> vietnamese = places();
+        QSettings().setValue(TPLangKey, QStringLiteral("en"));
+        TPNotificationCenter::defaultCenter()->postLangChanged();
+        QTRY_COMPARE(item(QStringLiteral("saveButton"))->property("text").toString(),
+                     QStringLiteral("Save"));
+        QCOMPARE(places(), vietnamese);
+        // Apart from one another, each a finger wide.
+        for (qsizetype i = 0; i < vietnamese.size(); ++i) {
+            QVERIFY(vietnamese.at(i).width() >= 44);
+            for (qsizetype j = i + 1; j < vietnamese.size(); ++j)
+                QVERIFY2(!vietnamese.at(i).intersects(vietnamese.at(j)),
+                         qPrintable(tools.at(i) + u' ' + tools.at(j)));
+        }
     }
 };
 
