@@ -5,18 +5,13 @@ import TPCompanion.Editor
 
 // One version, read-only, in the editor's font: its own text with line numbers, or its
 // changes as a diff (− only in this version, on red; + only in the other text, on green;
-// unchanged runs folded) under a legend that names both sides. Restore is in the bar.
+// unchanged runs folded) under a legend that names both sides. Restore is in a bar at the
+// bottom, where no button of the editor is: a tap meant for the editor's Run, on a version
+// screen left open, restores nothing.
 ScreenPage {
     id: page
     required property TPVersionVC controller
     readonly property var texts: controller.texts
-
-    barItems: BarButton {
-        objectName: "restoreButton"
-        text: page.texts.restore
-        enabled: page.controller && !page.controller.loading
-        onClicked: page.controller.onRestoreTapped()
-    }
 
     Rectangle {
         anchors.fill: parent
@@ -65,7 +60,7 @@ ScreenPage {
 
     ListView {
         objectName: "versionLines"
-        anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
+        anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: restoreBar.top }
         clip: true
         model: page.controller.showingChanges ? page.controller.changes : page.controller.lines
         delegate: Rectangle {
@@ -98,6 +93,26 @@ ScreenPage {
                 font: page.controller.font
                 color: lineRow.mark === "folded" ? Theme.secondaryLabel : Theme.label
             }
+        }
+    }
+
+    Rectangle {
+        id: restoreBar
+        objectName: "restoreBar"
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+        height: Theme.barHeight
+        color: Theme.barBackground
+        Rectangle {
+            anchors { left: parent.left; right: parent.right; top: parent.top }
+            height: 0.5
+            color: Theme.separator
+        }
+        BarButton {
+            objectName: "restoreButton"
+            anchors.centerIn: parent
+            text: page.texts.restore
+            enabled: page.controller && !page.controller.loading
+            onClicked: page.controller.onRestoreTapped()
         }
     }
 }

@@ -3,6 +3,7 @@
 #include "editor/tpversionvc.h"
 #include "engine/tpengineapi.h"
 #include "foundation/tplang.h"
+#include "foundation/tppathrules.h"
 #include "foundation/tpwhilealive.h"
 #include "platform/tpnavigationstack.h"
 
@@ -17,7 +18,8 @@ TPHistoryVC::TPHistoryVC(const QString &path, TPViewController *editor,
     : TPViewController(parent), m_filesMode(false), m_path(path), m_editor(editor),
       m_editorText(std::move(editorText)), m_rows(new TPTitledRowsModel(this))
 {
-    setTitle(TPL("history_title"));
+    // One file's versions: the file's name says whose they are.
+    setTitle(TPLastPathSegment(path));
 }
 
 QUrl TPHistoryVC::viewUrl() const

@@ -1,6 +1,9 @@
 #include "app/tpqmlmodules.h"
 #include "editor/tpcodeeditor.h"
 #include "editor/tpeditorvc.h"
+#include "editor/tphistoryvc.h"
+#include "editor/tpscripthistory.h"
+#include "editor/tpversionvc.h"
 #include "editor/tplinegutter.h"
 #include "foundation/tplang.h"
 #include "foundation/tpnotificationcenter.h"
@@ -1129,6 +1132,31 @@ private slots:
                 QVERIFY2(!vietnamese.at(i).intersects(vietnamese.at(j)),
                          qPrintable(tools.at(i) + u' ' + tools.at(j)));
         }
+    }
+
+    // A version screen's Restore sits in a bar at the bottom: nowhere near the editor's Run
+    // or Save, and not in the navigation bar where they are.
+    void restoreSitsAwayFromRunAndSave()
+    {
+        serve("print(1)\n");
+        QVERIFY(open(QStringLiteral("a.lua")));
+        const QRectF run = sceneRect(QStringLiteral("runButton"));
+        const QRectF save = sceneRect(QStringLiteral("saveButton"));
+        TPScriptHistory::shared()->waitForIdle();
+        m_editor->onHistoryTapped();
+        auto *history = qobject_cast<TPHistoryVC *>(m_stack->topViewController());
+        QVERIFY(history);
+        QTRY_VERIFY(!history->loading() && history->rows()->rowCount() > 0);
+        history->didSelectRow(0);
+        QVERIFY(qobject_cast<TPVersionVC *>(m_stack->topViewController()));
+        QQuickItem *pages = item(QStringLiteral("pages"));
+        QTRY_VERIFY(pages->property("depth").toInt() == 4 && !pages->property("busy").toBool());
+        QQuickItem *restore = TPFindShownItem(m_view->rootObject(), QStringLiteral("restoreButton"));
+        QVERIFY(restore);
+        const QRectF restoreRect = restore->mapRectToScene(restore->boundingRect());
+        QVERIFY(!restoreRect.intersects(run));
+        QVERIFY(!restoreRect.intersects(save));
+        QVERIFY(restoreRect.top() >= m_view->height() - 2 * 44);
     }
 };
 

@@ -76,7 +76,7 @@ private slots:
         editor->onHistoryTapped();
         auto *history = top<TPHistoryVC>();
         QVERIFY(history);
-        QCOMPARE(history->title(), QString::fromUtf8("Lịch sử"));
+        QCOMPARE(history->title(), QStringLiteral("a.lua"));
         QTRY_VERIFY(!history->loading());
         QCOMPARE(history->rows()->rowCount(), 2);
         const QStringList rows = shownRows(history->rows());
@@ -140,6 +140,8 @@ private slots:
 
         files->didSelectRow(1);
         auto *versions = top<TPHistoryVC>();
+        // The file's versions are titled with its name.
+        QCOMPARE(versions->title(), QStringLiteral("gone.lua"));
         QTRY_COMPARE(versions->rows()->rowCount(), 1);
         versions->didSelectRow(0);
         auto *version = top<TPVersionVC>();
