@@ -59,12 +59,17 @@ std::optional<QString> TPRenameDestination(const QString &path, const QString &t
     return TPJoinPath(TPParentPath(path), name);
 }
 
+qsizetype TPNameStemLength(const QString &name)
+{
+    const qsizetype dot = name.lastIndexOf(u'.');
+    return dot > 0 ? dot : name.size();
+}
+
 QString TPCopyPath(const QString &path, const std::function<bool(const QString &)> &isTaken)
 {
     const QString name = TPLastPathSegment(path);
-    const qsizetype dot = name.lastIndexOf(u'.');
-    const QString stem = dot > 0 ? name.left(dot) : name;
-    const QString extension = dot > 0 ? name.mid(dot) : QString();
+    const QString stem = name.left(TPNameStemLength(name));
+    const QString extension = name.mid(stem.size());
     for (int number = 1;; ++number) {
         const QString suffix =
             number == 1 ? QStringLiteral(" copy") : QStringLiteral(" copy %1").arg(number);

@@ -18,6 +18,10 @@ QString TPJoinPath(const QString &folder, const QString &name);
 // The last "/"-separated segment of a relative path (the whole path when it has no "/").
 QString TPLastPathSegment(const QString &path);
 
+// The length of a file name's stem, the part before its extension: up to its last ".",
+// or the whole name when it has no "." after its first character (".profile", "Makefile").
+qsizetype TPNameStemLength(const QString &name);
+
 // The path without its last segment and the "/" before it ("" for an entry at the root).
 QString TPParentPath(const QString &path);
 

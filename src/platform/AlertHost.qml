@@ -122,6 +122,7 @@ Item {
                             if (host.alert && host.alert.hasTextField) {
                                 field.text = host.alert.text
                                 field.forceActiveFocus()
+                                field.select(host.alert.selectionStart, host.alert.selectionEnd)
                             }
                         }
                     }

@@ -1,5 +1,7 @@
 #include "platform/tpalertcontroller.h"
 
+#include <algorithm>
+
 TPAlertAction::TPAlertAction(const QString &title, Style style, std::function<void()> handler,
                              QObject *parent)
     : QObject(parent), m_title(title), m_style(style), m_handler(std::move(handler))
@@ -111,6 +113,18 @@ void TPAlertController::dismissByCancel()
             return;
         }
     }
+}
+
+int TPAlertController::selectionStart() const
+{
+    const int end = int(m_field.text.size());
+    return m_field.selectionStart < 0 ? end : std::min(m_field.selectionStart, end);
+}
+
+int TPAlertController::selectionEnd() const
+{
+    const int end = int(m_field.text.size());
+    return m_field.selectionEnd < 0 ? end : std::clamp(m_field.selectionEnd, selectionStart(), end);
 }
 
 int TPAlertController::inputMethodHints() const

@@ -56,6 +56,10 @@ class TPAlertController : public QObject
     Q_PROPERTY(bool hasTextField READ hasTextField CONSTANT)
     Q_PROPERTY(QString text READ text WRITE setText NOTIFY textChanged)
     Q_PROPERTY(QString placeholder READ placeholder CONSTANT)
+    // What of the field's first text is selected as it appears: [start, end) in UTF-16
+    // units; an empty range puts the cursor there.
+    Q_PROPERTY(int selectionStart READ selectionStart CONSTANT)
+    Q_PROPERTY(int selectionEnd READ selectionEnd CONSTANT)
     Q_PROPERTY(bool autocorrection READ autocorrection CONSTANT)
     Q_PROPERTY(bool autocapitalization READ autocapitalization CONSTANT)
     // The keyboard hints of the text field, from the two above (a number, as
@@ -82,6 +86,9 @@ public:
         QString placeholder;
         bool autocorrection = true;
         bool autocapitalization = true;
+        // The selection as the field appears; by default the cursor after the text.
+        int selectionStart = -1;
+        int selectionEnd = -1;
     };
     void addTextField(const TextField &field);
     // Called on every edit of the field's text, with the new text.
@@ -102,6 +109,8 @@ public:
     QString text() const { return m_field.text; }
     void setText(const QString &text);
     QString placeholder() const { return m_field.placeholder; }
+    int selectionStart() const;
+    int selectionEnd() const;
     bool autocorrection() const { return m_field.autocorrection; }
     bool autocapitalization() const { return m_field.autocapitalization; }
     int inputMethodHints() const;

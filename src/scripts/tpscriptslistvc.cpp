@@ -448,7 +448,12 @@ void TPScriptsListVC::promptRenameForPath(const QString &path)
 {
     auto *alert =
         new TPAlertController(TPL("menu_rename"), QString(), TPAlertController::Style::Alert);
-    alert->addTextField({TPLastPathSegment(path), QString(), false, false});
+    // The name is selected without its extension, ready to be typed over, as file managers
+    // do; a folder's whole name is.
+    const QString name = TPLastPathSegment(path);
+    const qsizetype selected =
+        shownEntryAt(path) == Existing::Folder ? name.size() : TPNameStemLength(name);
+    alert->addTextField({name, QString(), false, false, 0, int(selected)});
     alert->addAction(TPL("cancel"), TPAlertAction::Style::Cancel);
     QPointer<TPScriptsListVC> self(this);
     QPointer<TPAlertController> field(alert);

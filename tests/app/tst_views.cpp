@@ -536,6 +536,39 @@ private slots:
         QVERIFY(sceneRect(box).contains(sceneRect(field)));
     }
 
+    // Rename selects a file's name without its extension, so typing replaces just the name;
+    // a folder's whole name is selected.
+    void renameSelectsTheNameWithoutItsExtension_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("selected");
+        QTest::addColumn<QString>("afterTyping");
+        QTest::newRow("file") << QStringLiteral("main.lua") << QStringLiteral("main")
+                              << QStringLiteral("run.lua");
+        QTest::newRow("folder") << QStringLiteral("lib") << QStringLiteral("lib")
+                                << QStringLiteral("run");
+    }
+    void renameSelectsTheNameWithoutItsExtension()
+    {
+        QFETCH(QString, path);
+        QFETCH(QString, selected);
+        QFETCH(QString, afterTyping);
+        auto *list = new TPScriptsListVC(QString());
+        m_stack = std::make_unique<TPNavigationStack>(list, m_fixture.presenter.get());
+        m_stack->setVisible(true);
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
+        QVERIFY(showPage("Platform/AlertHost", {{QStringLiteral("presenter"),
+                                                 QVariant::fromValue(m_fixture.presenter.get())}}));
+        list->promptRenameForPath(path);
+        QQuickItem *field = TPFindItem(m_view->rootObject(), QStringLiteral("alertTextField"));
+        QVERIFY(field);
+        QTRY_VERIFY(field->hasActiveFocus());
+        QCOMPARE(field->property("selectedText").toString(), selected);
+        for (const char key : {'r', 'u', 'n'})
+            QTest::keyClick(m_view.get(), key);
+        QTRY_COMPARE(m_fixture.alert()->text(), afterTyping);
+    }
+
     // The device name is typed as it stands but capitalised as a name: the keyboard hints
     // of the prompt's field follow the alert's.
     void theFirstRunPromptsFieldIsNotCorrectedButCapitalised()

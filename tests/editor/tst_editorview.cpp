@@ -2,9 +2,9 @@
 #include "editor/tpcodeeditor.h"
 #include "editor/tpeditorvc.h"
 #include "editor/tphistoryvc.h"
+#include "editor/tplinegutter.h"
 #include "editor/tpscripthistory.h"
 #include "editor/tpversionvc.h"
-#include "editor/tplinegutter.h"
 #include "foundation/tplang.h"
 #include "foundation/tpnotificationcenter.h"
 #include "platform/tpnavigationstack.h"
@@ -1151,7 +1151,8 @@ private slots:
         QVERIFY(qobject_cast<TPVersionVC *>(m_stack->topViewController()));
         QQuickItem *pages = item(QStringLiteral("pages"));
         QTRY_VERIFY(pages->property("depth").toInt() == 4 && !pages->property("busy").toBool());
-        QQuickItem *restore = TPFindShownItem(m_view->rootObject(), QStringLiteral("restoreButton"));
+        QQuickItem *restore =
+            TPFindShownItem(m_view->rootObject(), QStringLiteral("restoreButton"));
         QVERIFY(restore);
         const QRectF restoreRect = restore->mapRectToScene(restore->boundingRect());
         QVERIFY(!restoreRect.intersects(run));

@@ -132,6 +132,25 @@ private slots:
         QCOMPARE(TPParentPath(QStringLiteral("c.lua")), QString());
     }
 
+    // The stem ends at the last dot; a name with no dot after its first character is all
+    // stem.
+    void aNamesStemEndsBeforeItsExtension_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<qsizetype>("stem");
+        QTest::newRow("script") << QStringLiteral("main.lua") << qsizetype(4);
+        QTest::newRow("two dots") << QStringLiteral("a.b.lua") << qsizetype(3);
+        QTest::newRow("no dot") << QStringLiteral("Makefile") << qsizetype(8);
+        QTest::newRow("leading dot") << QStringLiteral(".profile") << qsizetype(8);
+        QTest::newRow("empty") << QString() << qsizetype(0);
+    }
+    void aNamesStemEndsBeforeItsExtension()
+    {
+        QFETCH(QString, name);
+        QFETCH(qsizetype, stem);
+        QCOMPARE(TPNameStemLength(name), stem);
+    }
+
     void aCopyTakesTheNextFreeNameInItsFolder()
     {
         QSet<QString> taken;

@@ -255,6 +255,9 @@ private slots:
         QCOMPARE(m_fixture.requestsTo(QStringLiteral("/mkdir")).first().rawQuery,
                  QStringLiteral("name=lib/made"));
         list->promptRenameForPath(QStringLiteral("lib/a.lua"));
+        // The name is selected without its extension.
+        QCOMPARE(m_fixture.alert()->selectionStart(), 0);
+        QCOMPARE(m_fixture.alert()->selectionEnd(), 1);
         m_fixture.alert()->setText(QStringLiteral("b.lua"));
         m_fixture.alert()->submit();
         QTRY_COMPARE(m_fixture.requestsTo(QStringLiteral("/rename")).size(), 1);
