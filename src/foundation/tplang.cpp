@@ -187,6 +187,7 @@ constexpr TPLangRow kExtraRows[] = {
      "Changed since it was read, left alone: %1"},
     {"replace_failed", "Không lưu được: %1", "Could not be saved: %1"},
     {"replace_include", "Thay trong file này", "Replace in this file"},
+    {"marker_preview", "Xem trước điểm chạm: %1 pt, %2%", "Touch marker preview: %1 pt, %2%"},
 };
 
 template <size_t N>

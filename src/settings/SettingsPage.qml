@@ -58,16 +58,20 @@ ScreenPage {
             required property int selectedSegment
             required property QtObject cell
             required property string accessibleName
+            required property bool previewBelow
             objectName: "setting_" + identifier + "_" + cellItem.row
             width: ListView.view.width
-            height: rowHeight
+            // The row's own height, and the marker's preview under the last marker row.
+            height: rowHeight + (previewBelow ? page.controller.markerPreview.areaHeight : 0)
             // A row that answers a tap is a button named by its title and value; the other
             // rows hold their own controls.
             Accessible.role: highlightsOnTap ? Accessible.Button : Accessible.NoRole
             Accessible.name: accessibleName
 
             Rectangle {
-                anchors { fill: parent; leftMargin: 16 + page.sideInset; rightMargin: 16 + page.sideInset }
+                anchors { left: parent.left; right: parent.right; top: parent.top
+                          leftMargin: 16 + page.sideInset; rightMargin: 16 + page.sideInset }
+                height: cellItem.rowHeight
                 color: tapArea.pressed && cellItem.highlightsOnTap ? Theme.highlight : Theme.groupedCell
                 Rectangle {
                     anchors { left: parent.left; leftMargin: 16; right: parent.right; bottom: parent.bottom }
@@ -77,12 +81,16 @@ ScreenPage {
             }
             MouseArea {
                 id: tapArea
-                anchors { fill: parent; leftMargin: page.sideInset; rightMargin: page.sideInset }
+                anchors { left: parent.left; right: parent.right; top: parent.top
+                          leftMargin: page.sideInset; rightMargin: page.sideInset }
+                height: cellItem.rowHeight
                 enabled: cellItem.highlightsOnTap
                 onClicked: page.controller.didSelectRow(cellItem.section, cellItem.row)
             }
             Loader {
-                anchors { fill: parent; leftMargin: 16 + page.sideInset; rightMargin: 16 + page.sideInset }
+                anchors { left: parent.left; right: parent.right; top: parent.top
+                          leftMargin: 16 + page.sideInset; rightMargin: 16 + page.sideInset }
+                height: cellItem.rowHeight
                 sourceComponent: {
                     switch (cellItem.kind) {
                     case TPSettingsRowKind.Swatch: return swatchComponent
@@ -91,6 +99,33 @@ ScreenPage {
                     case TPSettingsRowKind.Segments: return segmentsComponent
                     default: return valueComponent
                     }
+                }
+            }
+
+            // The touch marker as the engine draws it: its colour, size and opacity.
+            Rectangle {
+                objectName: "markerPreviewArea"
+                readonly property TPMarkerPreview preview: page.controller.markerPreview
+                visible: cellItem.previewBelow
+                anchors { left: parent.left; right: parent.right; bottom: parent.bottom
+                          leftMargin: 16 + page.sideInset; rightMargin: 16 + page.sideInset }
+                height: visible ? preview.areaHeight : 0
+                color: Theme.groupedCell
+                Accessible.role: Accessible.Graphic
+                Accessible.name: preview.accessibleName
+                Rectangle {
+                    objectName: "markerPreview"
+                    anchors.centerIn: parent
+                    width: parent.preview.diameter
+                    height: width
+                    radius: width / 2
+                    color: parent.preview.color
+                    opacity: parent.preview.opacity
+                }
+                Rectangle {
+                    anchors { left: parent.left; leftMargin: 16; right: parent.right; bottom: parent.bottom }
+                    height: 0.5
+                    color: Theme.separator
                 }
             }
 

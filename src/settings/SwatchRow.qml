@@ -25,6 +25,16 @@ Item {
                 color: modelData.color
                 border.width: modelData.borderWidth
                 border.color: modelData.borderColor
+                // The selected swatch carries a check mark, which no ring can be taken for.
+                Text {
+                    objectName: "swatchCheck" + parent.index
+                    anchors.centerIn: parent
+                    visible: parent.modelData.selected
+                    text: "✓"
+                    font.pixelSize: 20
+                    font.bold: true
+                    color: parent.modelData.checkColor
+                }
                 Rectangle {
                     objectName: "swatchOutline" + parent.index
                     anchors { fill: parent; margins: -3 }

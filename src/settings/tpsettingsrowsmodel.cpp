@@ -71,6 +71,8 @@ QVariant TPSettingsRowsModel::data(const QModelIndex &index, int role) const
         return row.segments;
     case SelectedSegmentRole:
         return row.selectedSegment;
+    case PreviewBelowRole:
+        return row.previewBelow;
     case CellRole:
         return QVariant::fromValue(row.cell.data());
     default:
@@ -95,5 +97,6 @@ QHash<int, QByteArray> TPSettingsRowsModel::roleNames() const
             {TagRole, "tag"},
             {SegmentsRole, "segments"},
             {SelectedSegmentRole, "selectedSegment"},
-            {CellRole, "cell"}};
+            {CellRole, "cell"},
+            {PreviewBelowRole, "previewBelow"}};
 }

@@ -39,6 +39,9 @@ struct TPSettingsRow
     QStringList segments;
     int selectedSegment = 0;
     QPointer<QObject> cell; // the swatch or slider row's own controller
+    // The touch marker's preview is drawn under the row, outside its height: the last
+    // touch-marker row carries it.
+    bool previewBelow = false;
 };
 
 // The settings table's rows, section after section; the view groups them by section title.
@@ -67,6 +70,7 @@ public:
         CellRole,
         // What a screen reader announces for the row: its title, then its value if any.
         AccessibleNameRole,
+        PreviewBelowRole,
     };
 
     explicit TPSettingsRowsModel(QObject *parent = nullptr);

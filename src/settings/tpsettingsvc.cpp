@@ -27,8 +27,10 @@ constexpr int kSliderRowHeight = 72;
 TPSettingsVC::TPSettingsVC(QObject *parent)
     : TPViewController(parent), _rowsModel(new TPSettingsRowsModel(this)),
       _swatchCell(new TPSwatchCell(this)), _sizeCell(new TPSliderCell(this)),
-      _opacityCell(new TPSliderCell(this))
-{}
+      _opacityCell(new TPSliderCell(this)), m_markerPreview(new TPMarkerPreview(this))
+{
+    m_markerPreview->follow(_sizeCell, _opacityCell);
+}
 
 QUrl TPSettingsVC::viewUrl() const
 {
@@ -155,11 +157,14 @@ TPSettingsRow TPSettingsVC::optionsCellForRow(int row)
         TPSettingsRow cell = baseRow(kOptionsSection, row, "swatchCell", TPSettingsRowKind::Swatch);
         cell.highlightsOnTap = false;
         _swatchCell->selectRGB(TPSettingsStore::currentTouchColorRGB());
+        m_markerPreview->setColorRGB(TPSettingsStore::currentTouchColorRGB());
         _swatchCell->setOnPick([self](quint32 rgb) {
             // The value is kept even when the screen is gone; only the push needs it.
             TPSettingsStore::storeTouchColorRGB(rgb);
-            if (self)
+            if (self) {
+                self->m_markerPreview->setColorRGB(rgb);
                 TPSettingsStore::postAllSettings();
+            }
         });
         cell.cell = _swatchCell;
         return cell;
@@ -185,6 +190,7 @@ TPSettingsRow TPSettingsVC::optionsCellForRow(int row)
                 TPSettingsStore::postAllSettings();
         });
         cell.cell = slider;
+        cell.previewBelow = !size;
         return cell;
     }
     TPSettingsRow cell = baseRow(kOptionsSection, row, "segCell", TPSettingsRowKind::Segments);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/tpviewcontroller.h"
+#include "settings/tpmarkerpreview.h"
 #include "settings/tpsettingsrowsmodel.h"
 #include "settings/tpslidercell.h"
 #include "settings/tpswatchcell.h"
@@ -17,6 +18,8 @@ class TPSettingsVC : public TPViewController
     QML_ELEMENT
     QML_UNCREATABLE("Made by the app delegate")
     Q_PROPERTY(TPSettingsRowsModel *rows READ rowsModel CONSTANT)
+    // The touch marker as the settings make it, under the touch-marker rows.
+    Q_PROPERTY(TPMarkerPreview *markerPreview READ markerPreview CONSTANT)
 
 public:
     explicit TPSettingsVC(QObject *parent = nullptr);
@@ -38,6 +41,7 @@ public:
     TPSwatchCell *swatchCell() const { return _swatchCell; }
     TPSliderCell *sizeCell() const { return _sizeCell; }
     TPSliderCell *opacityCell() const { return _opacityCell; }
+    TPMarkerPreview *markerPreview() const { return m_markerPreview; }
 
     void reloadData();
     void reloadSection(int section);
@@ -72,4 +76,5 @@ private:
     TPSwatchCell *_swatchCell;
     TPSliderCell *_sizeCell;
     TPSliderCell *_opacityCell;
+    TPMarkerPreview *m_markerPreview;
 };

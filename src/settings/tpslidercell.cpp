@@ -32,6 +32,7 @@ void TPSliderCell::setSliderValue(float value)
 
 void TPSliderCell::showValue(qint64 value)
 {
+    _shownValue = value;
     const QString text = QString::number(value) + _suffix;
     if (_valueText == text)
         return;

@@ -36,6 +36,9 @@ public:
     float minimum() const { return _minimum; }
     float maximum() const { return _maximum; }
     float value() const { return _value; }
+    // The whole number the read-out shows: under the finger while it drags, else the
+    // value.
+    qint64 shownValue() const { return _shownValue; }
 
 public slots:
     // The slider moved to `value` under the finger.
@@ -58,5 +61,6 @@ private:
     float _minimum = 0;
     float _maximum = 1;
     float _value = 0;
+    qint64 _shownValue = 0;
     std::function<void(qint64)> _onChanged;
 };

@@ -44,6 +44,13 @@ TPSwatchCell::TPSwatchCell(QObject *parent)
     });
 }
 
+QColor TPSwatchCell::checkColor(const QColor &fill)
+{
+    const QColor black(Qt::black);
+    const QColor white(Qt::white);
+    return TPTheme::contrast(fill, white) >= TPTheme::contrast(fill, black) ? white : black;
+}
+
 QVariantList TPSwatchCell::buttons() const
 {
     // The presets' names, in their order, for a screen reader.
@@ -60,6 +67,7 @@ QVariantList TPSwatchCell::buttons() const
                         {QStringLiteral("borderColor"), button.borderColor},
                         {QStringLiteral("outlineColor"), outlineColor(button.color)},
                         {QStringLiteral("selected"), selected},
+                        {QStringLiteral("checkColor"), checkColor(button.color)},
                         {QStringLiteral("accessibleName"),
                          i < qsizetype(std::size(nameKeys)) ? TPL(nameKeys[i]) : QString()}});
     }

@@ -38,14 +38,17 @@ public:
     // the dark, white and yellow in the light), so that it can still be seen and aimed at;
     // transparent for the others. The border stays as it is.
     static QColor outlineColor(const QColor &fill);
+    // The check mark drawn on the selected swatch: black or white, whichever stands out
+    // more from its fill. Unlike the rings, it cannot be taken for a contrast ring.
+    static QColor checkColor(const QColor &fill);
 
     explicit TPSwatchCell(QObject *parent = nullptr);
 
     QList<quint32> presetRGBs() const { return _presetRGBs; }
     QList<Button> buttonStates() const { return _buttons; }
     // For the view: one map per swatch with "color", "borderWidth", "borderColor",
-    // "outlineColor", "selected" and "accessibleName" (the colour's name in the current
-    // language).
+    // "outlineColor", "selected", "checkColor" and "accessibleName" (the colour's name in
+    // the current language).
     QVariantList buttons() const;
 
     // Marks every swatch whose colour equals `rgb` exactly; reports nothing.

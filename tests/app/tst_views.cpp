@@ -708,6 +708,43 @@ private slots:
         QCOMPARE(cell.buttonStates().at(3).borderWidth, 3);
     }
 
+    // With touch debugging on, the selected swatch shows its check mark, and under the
+    // marker rows the marker shows in the stored colour, size and opacity.
+    void theSelectedSwatchIsCheckedAndTheMarkerIsPreviewed()
+    {
+        QSettings().setValue(QStringLiteral("tp_debug_touch"), true);
+        QSettings().setValue(QStringLiteral("tp_touch_color"), 0xFFCC00);
+        QSettings().setValue(QStringLiteral("tp_touch_size"), 80);
+        QSettings().setValue(QStringLiteral("tp_touch_opacity"), 35);
+        TPSettingsVC settings;
+        settings.setPresenter(m_fixture.presenter.get());
+        settings.loadViewIfNeeded();
+        settings.viewWillAppear();
+        QVERIFY(showPage("Settings/SettingsPage",
+                         {{QStringLiteral("controller"), QVariant::fromValue(&settings)}},
+                         QSize(390, 1400)));
+        QQuickItem *root = m_view->rootObject();
+        QTRY_VERIFY(TPFindShownItem(root, QStringLiteral("swatch2")));
+        for (int index = 0; index < 8; ++index) {
+            QCOMPARE(bool(TPFindShownItem(root, QStringLiteral("swatchCheck%1").arg(index))),
+                     index == 2);
+        }
+        QQuickItem *marker = TPFindShownItem(root, QStringLiteral("markerPreview"));
+        QVERIFY(marker);
+        QCOMPARE(marker->width(), 80.0);
+        QCOMPARE(marker->height(), 80.0);
+        QCOMPARE(marker->opacity(), 0.35);
+        QCOMPARE(marker->property("color").value<QColor>(), QColor(0xFF, 0xCC, 0x00));
+        // Under the opacity row, above the toast position's.
+        QQuickItem *opacityRow = TPFindShownItem(root, QStringLiteral("setting_opacityCell_7"));
+        QQuickItem *toastRow = TPFindShownItem(root, QStringLiteral("setting_segCell_8"));
+        QVERIFY(opacityRow && toastRow);
+        const QRectF markerRect = marker->mapRectToScene(marker->boundingRect());
+        QVERIFY(markerRect.top() > opacityRow->mapToScene(QPointF(0, 72)).y());
+        QVERIFY(markerRect.bottom() < toastRow->mapToScene(QPointF()).y());
+        QCOMPARE(toastRow->height(), 44.0);
+    }
+
     void sliderDragReportsOnceOnRelease()
     {
         TPSliderCell cell;

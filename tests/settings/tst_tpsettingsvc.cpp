@@ -196,6 +196,36 @@ private slots:
         QCOMPARE(lastDocument().value(QStringLiteral("tp_touch_opacity")), QJsonValue(33));
     }
 
+    // Under the touch-marker rows, outside their described heights, the marker shows as the
+    // settings make it, following the sliders while they move.
+    void theMarkerPreviewFollowsColourSizeAndOpacity()
+    {
+        QSettings().setValue(QStringLiteral("tp_debug_touch"), true);
+        TPSettingsVC *settings = show();
+        TPMarkerPreview *preview = settings->markerPreview();
+        QCOMPARE(preview->color(), QColor(0xFF, 0x3B, 0x30));
+        QCOMPARE(preview->diameter(), 44.0);
+        QCOMPARE(preview->opacity(), 0.6);
+        settings->swatchCell()->onSwatchTapped(4);
+        QCOMPARE(preview->color(), QColor(0x00, 0x7A, 0xFF));
+        settings->sizeCell()->onSliderDragging(90.4f);
+        QCOMPARE(preview->diameter(), 90.0);
+        settings->sizeCell()->onSliderReleased(100.0f);
+        QCOMPARE(preview->diameter(), 100.0);
+        settings->opacityCell()->onSliderDragging(25.0f);
+        QCOMPARE(preview->opacity(), 0.25);
+        QVERIFY(preview->areaHeight() >= 120);
+        // Only the last marker row carries it, and every row keeps its height.
+        const QList<TPSettingsRow> &rows = settings->rowsModel()->rows();
+        QStringList carriers;
+        for (const TPSettingsRow &row : rows) {
+            if (row.previewBelow)
+                carriers.append(row.identifier);
+            QCOMPARE(row.height, settings->heightForRow(row.section, row.row));
+        }
+        QCOMPARE(carriers, QStringList{QStringLiteral("opacityCell")});
+    }
+
     void handlerFiringAfterTheScreenIsGoneStoresButSendsNothing()
     {
         QSettings().setValue(QStringLiteral("tp_debug_touch"), true);

@@ -1,3 +1,4 @@
+#include "platform/tptheme.h"
 #include "settings/tpswatchcell.h"
 
 #include <QTest>
@@ -74,6 +75,29 @@ private slots:
         QCOMPARE(cell.buttonStates().at(0).borderWidth, 1);
         QCOMPARE(selectedCount(cell), 1);
         QCOMPARE(cell.buttons().at(6).toMap().value(QStringLiteral("borderWidth")).toInt(), 3);
+    }
+
+    // The selected swatch carries a check mark in black or white, whichever stands out from
+    // its fill; the others carry none.
+    void theSelectedSwatchCarriesACheckMarkThatStandsOut()
+    {
+        TPSwatchCell cell;
+        for (int index = 0; index < 8; ++index) {
+            cell.onSwatchTapped(index);
+            const QVariantList buttons = cell.buttons();
+            for (int other = 0; other < 8; ++other) {
+                const QVariantMap button = buttons.at(other).toMap();
+                QCOMPARE(button.value(QStringLiteral("selected")).toBool(), other == index);
+            }
+            const QVariantMap chosen = buttons.at(index).toMap();
+            const QColor fill = chosen.value(QStringLiteral("color")).value<QColor>();
+            const QColor check = chosen.value(QStringLiteral("checkColor")).value<QColor>();
+            QVERIFY(check == QColor(Qt::black) || check == QColor(Qt::white));
+            QVERIFY2(TPTheme::contrast(fill, check) >= 3.0,
+                     qPrintable(fill.name() + u' ' + check.name()));
+        }
+        QCOMPARE(TPSwatchCell::checkColor(QColor(0xFF, 0xCC, 0x00)), QColor(Qt::black));
+        QCOMPARE(TPSwatchCell::checkColor(QColor(Qt::black)), QColor(Qt::white));
     }
 
     void tappingWithoutHandlerStillSelects()
