@@ -57,11 +57,9 @@ class TPEngineSession::Transfer
 public:
     Transfer(Request request, BodyReader reader, Delivery delivery)
         : m_request(std::move(request)), m_reader(std::move(reader)),
-          m_delivery(std::move(delivery)), m_handle(curl_easy_init())
+          m_delivery(std::move(delivery))
     {
         m_clock.start();
-        if (m_handle)
-            configure();
     }
     ~Transfer()
     {
@@ -71,6 +69,15 @@ public:
     Transfer(const Transfer &) = delete;
     Transfer &operator=(const Transfer &) = delete;
 
+    // Makes the exchange's libcurl handle, on the worker thread; false when libcurl has
+    // none to give.
+    bool open()
+    {
+        m_handle = curl_easy_init();
+        if (m_handle)
+            configure();
+        return m_handle != nullptr;
+    }
     CURL *handle() const { return m_handle; }
 
     // The exchange ended with `code`: the answer or the error goes to the delivery.
@@ -263,7 +270,7 @@ private:
     const Request m_request;
     const BodyReader m_reader;
     const Delivery m_delivery;
-    CURL *const m_handle;
+    CURL *m_handle = nullptr;
     QElapsedTimer m_clock;
     QByteArray m_body;
     // Set when the client itself ended the exchange, with what libcurl is then told.
@@ -279,24 +286,18 @@ private:
     char m_detail[CURL_ERROR_SIZE] = {};
 };
 
-// The thread that runs every exchange on one libcurl multi handle. Exchanges are handed to
-// it from any thread and added to libcurl there, in the order they were handed over.
+// The thread that runs every exchange on one libcurl multi handle. libcurl is set up there,
+// off the thread that asks, and exchanges are handed to it from any thread and added to
+// libcurl in the order they were handed over.
 class TPEngineSession::Worker
 {
 public:
-    // A running worker, or none when libcurl or the thread could not be had; `why` then
-    // says what failed.
+    // A running worker, or none when no thread could be had; `why` then says so.
     static std::unique_ptr<Worker> make(QByteArray &why)
     {
-        CURLM *multi = curl_multi_init();
-        if (!multi) {
-            why = "no libcurl multi handle";
-            return nullptr;
-        }
         try {
-            return std::unique_ptr<Worker>(new Worker(multi));
+            return std::unique_ptr<Worker>(new Worker);
         } catch (const std::system_error &error) {
-            curl_multi_cleanup(multi);
             why = QByteArray("no thread for the engine client: ") + error.what();
             return nullptr;
         }
@@ -305,36 +306,64 @@ public:
     // Stops every exchange without delivering and waits for the thread to end.
     ~Worker()
     {
+        CURLM *multi = nullptr;
         {
             const std::lock_guard lock(m_mutex);
             m_stopping = true;
+            multi = m_multi;
         }
-        curl_multi_wakeup(m_multi);
+        // Without a multi handle yet, the thread sees the stop before it ever waits.
+        if (multi)
+            curl_multi_wakeup(multi);
         m_thread.join();
-        curl_multi_cleanup(m_multi);
+        if (m_multi)
+            curl_multi_cleanup(m_multi);
     }
     Worker(const Worker &) = delete;
     Worker &operator=(const Worker &) = delete;
 
     void add(std::unique_ptr<Transfer> transfer)
     {
+        CURLM *multi = nullptr;
         {
             const std::lock_guard lock(m_mutex);
-            m_handedOver.push_back(std::move(transfer));
+            if (!m_broken) {
+                m_handedOver.push_back(std::move(transfer));
+                multi = m_multi;
+            }
         }
-        curl_multi_wakeup(m_multi);
+        if (transfer)
+            transfer->fail(CURLE_FAILED_INIT, "no libcurl multi handle");
+        else if (multi)
+            curl_multi_wakeup(multi);
     }
 
 private:
-    explicit Worker(CURLM *multi) : m_multi(multi)
+    Worker()
     {
-        curl_multi_setopt(m_multi, CURLMOPT_MAX_HOST_CONNECTIONS, MaxConnections);
-        curl_multi_setopt(m_multi, CURLMOPT_MAXCONNECTS, MaxConnections);
         m_thread = std::thread([this] { run(); });
     }
 
     void run()
     {
+        TPEngineSession::setUpLibcurl();
+        CURLM *multi = curl_multi_init();
+        if (multi) {
+            curl_multi_setopt(multi, CURLMOPT_MAX_HOST_CONNECTIONS, MaxConnections);
+            curl_multi_setopt(multi, CURLMOPT_MAXCONNECTS, MaxConnections);
+        }
+        std::vector<std::unique_ptr<Transfer>> refused;
+        {
+            const std::lock_guard lock(m_mutex);
+            m_multi = multi;
+            m_broken = !multi;
+            if (!multi)
+                refused.swap(m_handedOver);
+        }
+        for (std::unique_ptr<Transfer> &transfer : refused)
+            transfer->fail(CURLE_FAILED_INIT, "no libcurl multi handle");
+        if (!multi)
+            return;
         std::unordered_map<CURL *, std::unique_ptr<Transfer>> running;
         while (takeHandedOver(running)) {
             int stillRunning = 0;
@@ -367,6 +396,10 @@ private:
             taken.swap(m_handedOver);
         }
         for (std::unique_ptr<Transfer> &transfer : taken) {
+            if (!transfer->open()) {
+                transfer->fail(CURLE_FAILED_INIT, "no libcurl easy handle");
+                continue;
+            }
             CURL *handle = transfer->handle();
             if (curl_multi_add_handle(m_multi, handle) == CURLM_OK)
                 running.emplace(handle, std::move(transfer));
@@ -376,16 +409,22 @@ private:
         return true;
     }
 
-    CURLM *const m_multi;
     std::mutex m_mutex;
+    // Set by the thread once libcurl is set up; broken when it gave no multi handle.
+    CURLM *m_multi = nullptr;
+    bool m_broken = false;
     std::vector<std::unique_ptr<Transfer>> m_handedOver;
     bool m_stopping = false;
     std::thread m_thread;
 };
 
-TPEngineSession::TPEngineSession()
+TPEngineSession::TPEngineSession() = default;
+
+void TPEngineSession::setUpLibcurl()
 {
-    curl_global_init(CURL_GLOBAL_DEFAULT);
+    // Plain HTTP to the loopback engine needs none of libcurl's TLS, so none is set up.
+    static std::once_flag once;
+    std::call_once(once, [] { curl_global_init(CURL_GLOBAL_NOTHING); });
 }
 
 TPEngineSession *TPEngineSession::shared()
@@ -414,8 +453,8 @@ void TPEngineSession::start(Request request, BodyReader reader, Delivery deliver
     std::unique_lock lock(m_mutex);
     if (m_closing)
         return;
-    QByteArray why = "no libcurl easy handle";
-    if (transfer->handle() && ensureWorker(why)) {
+    QByteArray why;
+    if (ensureWorker(why)) {
         m_worker->add(std::move(transfer));
         return;
     }

@@ -48,6 +48,10 @@ public:
 
     // The session, created on the first call whichever thread makes it.
     static TPEngineSession *shared();
+    // Sets libcurl up as the session needs it (plain HTTP, no TLS), once per process. The
+    // session's worker thread does so as it starts, off the thread that made the first
+    // request; start-up measurements call it to make the same floor.
+    static void setUpLibcurl();
 
     // Hands the exchange to the worker thread; the limits run from now. Without a worker
     // thread (none could be made) the delivery gets a transport error at once.

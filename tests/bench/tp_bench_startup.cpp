@@ -8,10 +8,12 @@
 //
 //   startup first_frame_ms=X bare_first_frame_ms=Y ratio=R idle_rss_mb=M bare_idle_rss_mb=B
 //     detail bare_libcurl_first_frame_ms=Y2 bare_libcurl_ratio=R2 bare_libcurl_idle_rss_mb=B2
+//     detail floor_first_frame_ms=X floor_ratio=R floor_idle_rss_mb=M floor_rss_ratio=Q
 //
-// The detail line is the same bare window with libcurl loaded and set up (alternating with
-// the other two): the floor of any window whose engine client speaks through libcurl, and
-// its ratio to the bare window.
+// The first detail line is the same bare window with libcurl loaded and set up (alternating
+// with the others), and its ratio to the bare window. The second is the app's floor: the
+// bare window with every library the app loads, set up as the app sets them up before its
+// first frame; its ratios are the app's against it.
 //
 // It fails instead of printing when a process shows no frame, or when the app never asked
 // the engine for its listing (it did not get as far as its first screen).
@@ -165,7 +167,8 @@ int main(int argc, char *argv[])
     environment.insert(QStringLiteral("XDG_DATA_HOME"), work.filePath(QStringLiteral("data")));
     environment.insert(QStringLiteral("XDG_CACHE_HOME"), work.filePath(QStringLiteral("cache")));
 
-    QList<double> appFrames, bareFrames, appRss, bareRss, curlFrames, curlRss;
+    QList<double> appFrames, bareFrames, appRss, bareRss, curlFrames, curlRss, floorFrames,
+        floorRss;
     for (int i = 0; i < runs; ++i) {
         const int listingsBefore = listings;
         const std::optional<Run> appRun = measure(
@@ -173,7 +176,9 @@ int main(int argc, char *argv[])
         const std::optional<Run> bareRun = measure(QStringLiteral(TP_BARE_PATH), {}, environment);
         const std::optional<Run> curlRun =
             measure(QStringLiteral(TP_BARE_LIBCURL_PATH), {}, environment);
-        if (!appRun || !bareRun || !curlRun) {
+        const std::optional<Run> floorRun =
+            measure(QStringLiteral(TP_BARE_FLOOR_PATH), {}, environment);
+        if (!appRun || !bareRun || !curlRun || !floorRun) {
             fprintf(stderr, "a run ended before its figures were taken\n");
             return 1;
         }
@@ -187,6 +192,8 @@ int main(int argc, char *argv[])
         bareRss.append(bareRun->idleRssMb);
         curlFrames.append(curlRun->firstFrameMs);
         curlRss.append(curlRun->idleRssMb);
+        floorFrames.append(floorRun->firstFrameMs);
+        floorRss.append(floorRun->idleRssMb);
     }
     const double appFrame = median(appFrames);
     const double bareFrame = median(bareFrames);
@@ -197,5 +204,9 @@ int main(int argc, char *argv[])
     printf("  detail bare_libcurl_first_frame_ms=%.1f bare_libcurl_ratio=%.2f "
            "bare_libcurl_idle_rss_mb=%.1f\n",
            curlFrame, curlFrame / bareFrame, median(curlRss));
+    const double floorFrame = median(floorFrames);
+    printf("  detail floor_first_frame_ms=%.1f floor_ratio=%.2f floor_idle_rss_mb=%.1f "
+           "floor_rss_ratio=%.2f\n",
+           floorFrame, appFrame / floorFrame, median(floorRss), median(appRss) / median(floorRss));
     return 0;
 }

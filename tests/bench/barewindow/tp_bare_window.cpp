@@ -1,6 +1,9 @@
 // A bare Qt Quick Controls window, the start-up benchmark's reference: the app's own start
 // is compared with what any window in the same style costs. Built a second time with
-// libcurl loaded and set up before the window, as the app's engine client has it.
+// libcurl loaded and set up before the window, as the app's engine client has it, and a
+// third time as the floor of the app itself: every library the app loads, and libcurl set
+// up by the engine client's own code on a thread of its own, as the app does before its
+// first frame.
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQuickStyle>
@@ -8,6 +11,27 @@
 
 #ifdef TP_BARE_WINDOW_WITH_LIBCURL
 #include <curl/curl.h>
+#endif
+#ifdef TP_BARE_WINDOW_AS_THE_APPS_FLOOR
+#include "engine/tpenginesession.h"
+
+#include <git2.h>
+#include <lua.hpp>
+#include <simdjson.h>
+#include <unicode/uversion.h>
+
+#include <thread>
+
+namespace {
+
+// One function of each library the app links, so that each is loaded at start as the app's
+// are; none of them is set up before the app's first frame.
+void *const kLoaded[] = {reinterpret_cast<void *>(&git_libgit2_version),
+                         reinterpret_cast<void *>(&luaL_newstate),
+                         reinterpret_cast<void *>(&simdjson::get_active_implementation),
+                         reinterpret_cast<void *>(&u_getVersion)};
+
+} // namespace
 #endif
 
 Q_IMPORT_QML_PLUGIN(TPBareWindowPlugin)
@@ -18,6 +42,13 @@ int main(int argc, char *argv[])
     // What the engine client does before its first request.
     if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK)
         return 1;
+#endif
+#ifdef TP_BARE_WINDOW_AS_THE_APPS_FLOOR
+    for (void *const function : kLoaded) {
+        if (!function)
+            return 1;
+    }
+    const std::jthread setUp(&TPEngineSession::setUpLibcurl);
 #endif
     QGuiApplication app(argc, argv);
     QQuickStyle::setStyle(QStringLiteral("Basic"));
