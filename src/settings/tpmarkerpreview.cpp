@@ -16,8 +16,7 @@ TPMarkerPreview::TPMarkerPreview(QObject *parent)
     : QObject(parent), m_color(TPColorFromRGB(TPSettingsStore::currentTouchColorRGB())),
       m_size(TPSettingsStore::currentTouchSize()),
       m_opacityPercent(TPSettingsStore::currentTouchOpacity())
-{
-}
+{}
 
 void TPMarkerPreview::follow(TPSliderCell *size, TPSliderCell *opacity)
 {
