@@ -1,5 +1,6 @@
 #include "editor/tphangingindent.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -28,8 +29,18 @@ void TPHangingIndent::setDocument(QTextDocument *document)
     if (m_document)
         disconnect(m_document, nullptr, this, nullptr);
     m_document = document;
-    if (document)
+    if (document) {
         connect(document, &QTextDocument::contentsChange, this, &TPHangingIndent::noteChange);
+        // A narrower text wraps lines that fitted before: they need their hang too.
+        m_textWidth = document->textWidth();
+        connect(document->documentLayout(), &QAbstractTextDocumentLayout::documentSizeChanged, this,
+                [this] {
+                    if (m_document && !sameWidth(m_document->textWidth(), m_textWidth)) {
+                        m_textWidth = m_document->textWidth();
+                        markAll();
+                    }
+                });
+    }
     markAll();
 }
 

@@ -41,6 +41,8 @@ private:
     qreal m_spaceWidth = 0;
     int m_indentColumns = 4;
     bool m_enabled = true;
+    // The width the lines were last wrapped at.
+    qreal m_textWidth = 0;
     // The document positions still to be indented, and whether a change is this class's own.
     int m_pendingFrom = -1;
     int m_pendingTo = -1;

@@ -48,9 +48,9 @@ class TestEditorView : public QObject
         });
     }
 
-    // The editor on `path`, in a navigation stack shown in a phone-sized window, with its
-    // file read.
-    bool open(const QString &path, bool waitForText = true)
+    // The editor on `path`, in a navigation stack shown in a phone-sized window (or one of
+    // `width`), with its file read.
+    bool open(const QString &path, bool waitForText = true, int width = 390)
     {
         m_stack = std::make_unique<TPNavigationStack>(new TPScriptsListVC(QString()),
                                                       m_fixture.presenter.get());
@@ -58,7 +58,7 @@ class TestEditorView : public QObject
         m_view->setInitialProperties(
             {{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}});
         m_view->setResizeMode(QQuickView::SizeRootObjectToView);
-        m_view->resize(390, 700);
+        m_view->resize(width, 700);
         m_view->setSource(QUrl(
             QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Platform/NavigationView.qml")));
         if (!m_view->rootObject())
@@ -1015,6 +1015,35 @@ private slots:
         QCOMPARE(gutter->visibleNumbers().value(1).second -
                      gutter->visibleNumbers().value(0).second,
                  rectAt(second).y() - rectAt(0).y());
+    }
+
+    // A line that fitted in a wide window and wraps once it narrows hangs below its indent
+    // too.
+    void aLineThatWrapsOnceTheWindowNarrowsHangsToo()
+    {
+        serve("  tap(1, 2) -- " + QByteArray(60, 'w').replace(20, 1, " ") + "\n");
+        QVERIFY(open(QStringLiteral("a.lua"), true, 1100));
+        QQuickItem *editor = item(QStringLiteral("editor"));
+        const auto rectAt = [editor](int position) {
+            QRectF rect;
+            QMetaObject::invokeMethod(editor, "positionToRectangle", Q_RETURN_ARG(QRectF, rect),
+                                      Q_ARG(int, position));
+            return rect;
+        };
+        const int last = int(m_editor->text().size()) - 2;
+        QCOMPARE(rectAt(last).y(), rectAt(0).y());
+        m_view->resize(390, 700);
+        QTRY_VERIFY(rectAt(last).y() > rectAt(0).y());
+        const qreal space = QFontMetricsF(m_editor->font()).horizontalAdvance(u' ');
+        const qreal left = editor->property("leftPadding").toReal();
+        int continuation = 1;
+        while (rectAt(continuation).y() <= rectAt(0).y() && continuation < last)
+            ++continuation;
+        // The line's two spaces and one step of the file's own indent (two spaces too).
+        const int hang = 2 + m_editor->code()->buffer()->indentColumns();
+        QCOMPARE(hang, 4);
+        QTRY_VERIFY2(std::abs(rectAt(continuation).x() - (left + hang * space)) < 0.5,
+                     qPrintable(QString::number((rectAt(continuation).x() - left) / space)));
     }
 
     // While Find is open, every match is marked and the current one is the selection; closing
