@@ -1,13 +1,17 @@
 // Every item model of the app under QAbstractItemModelTester, which checks the model's
 // contract (row counts, indexes, signals in step with changes) after every change made
 // while it watches: the scripts rows through reloads and search, the settings rows through
-// a language change, and the tab bar through its tabs and titles.
+// a language change, the tab bar through its tabs and titles, and the titled, quick-open
+// and search rows through every way each changes.
 #include "engine/tpengineapi.h"
 #include "platform/tpnavigationstack.h"
 #include "platform/tppresenter.h"
 #include "platform/tptabbarcontroller.h"
+#include "platform/tptitledrowsmodel.h"
+#include "scripts/tpquickopenrowsmodel.h"
 #include "scripts/tpscriptrowsmodel.h"
 #include "scripts/tpscriptslistvc.h"
+#include "scripts/tpsearchrowsmodel.h"
 #include "settings/tpsettingsrowsmodel.h"
 #include "settings/tpsettingsvc.h"
 #include "tprecordingengine.h"
@@ -142,6 +146,86 @@ private slots:
         tabs.setSelectedIndex(0);
         QVERIFY(shown(0) && shown(1));
         QCOMPARE(changed.size(), 1);
+    }
+
+    // Titled rows replaced whole, then changed in place with rows coming and going.
+    void titledRowsKeepTheModelContractWhetherReplacedOrUpdated()
+    {
+        TPTitledRowsModel rows;
+        QAbstractItemModelTester tester(&rows,
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
+        using Row = TPTitledRowsModel::Row;
+        rows.setRows({{QStringLiteral("a"), QStringLiteral("1"), QString()},
+                      {QStringLiteral("b"), QStringLiteral("2"), QStringLiteral("dimmed")}});
+        QCOMPARE(rows.rowCount(), 2);
+        rows.updateRows({{QStringLiteral("a"), QStringLiteral("1"), QString()},
+                         {QStringLiteral("c"), QStringLiteral("3"), QString()},
+                         {QStringLiteral("d"), QString(), QStringLiteral("added")}});
+        QCOMPARE(rows.rowCount(), 3);
+        QCOMPARE(rows.data(rows.index(1), TPTitledRowsModel::TitleRole).toString(),
+                 QStringLiteral("c"));
+        rows.updateRows({Row{QStringLiteral("e"), QString(), QString()}});
+        QCOMPARE(rows.rowCount(), 1);
+        rows.updateRows({});
+        QCOMPARE(rows.rowCount(), 0);
+        rows.setRows({Row{QStringLiteral("f"), QString(), QString()}});
+        QCOMPARE(rows.rowCount(), 1);
+    }
+
+    // Quick-open rows replaced, and a file's rows marked running and back.
+    void quickOpenRowsKeepTheModelContractThroughRunning()
+    {
+        TPQuickOpenRowsModel rows;
+        QAbstractItemModelTester tester(&rows,
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
+        TPQuickOpenRowsModel::Row main;
+        main.name = QStringLiteral("main.lua");
+        main.path = QStringLiteral("main.lua");
+        TPQuickOpenRowsModel::Row util;
+        util.name = QStringLiteral("util.lua");
+        util.folder = QStringLiteral("lib");
+        util.path = QStringLiteral("lib/util.lua");
+        rows.setRows({main, util});
+        QCOMPARE(rows.rowCount(), 2);
+        QSignalSpy changed(&rows, &QAbstractItemModel::dataChanged);
+        rows.setRunning(QStringLiteral("lib/util.lua"), true);
+        QCOMPARE(changed.size(), 1);
+        QVERIFY(!rows.data(rows.index(1), TPQuickOpenRowsModel::RunEnabledRole).toBool());
+        rows.setRunning(QStringLiteral("lib/util.lua"), false);
+        QVERIFY(rows.data(rows.index(1), TPQuickOpenRowsModel::RunEnabledRole).toBool());
+        rows.setRows({util});
+        QCOMPARE(rows.rowCount(), 1);
+        rows.setRows({});
+        QCOMPARE(rows.rowCount(), 0);
+    }
+
+    // Search rows replaced with more, then fewer, and a file switched out of a replace.
+    void searchRowsKeepTheModelContractThroughEveryChange()
+    {
+        TPSearchRowsModel rows;
+        QAbstractItemModelTester tester(&rows,
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
+        TPSearchRowsModel::Row file;
+        file.kind = TPSearchRowsModel::FileRow;
+        file.title = QStringLiteral("main.lua");
+        file.path = QStringLiteral("main.lua");
+        file.included = true;
+        file.includable = true;
+        TPSearchRowsModel::Row match;
+        match.kind = TPSearchRowsModel::MatchRow;
+        match.title = QStringLiteral("tap(1)");
+        match.path = QStringLiteral("main.lua");
+        match.line = 3;
+        rows.setRows({file, match, match});
+        QCOMPARE(rows.rowCount(), 3);
+        rows.setIncluded(0, false);
+        QCOMPARE(rows.rows().at(0).included, false);
+        rows.setRows({file});
+        QCOMPARE(rows.rowCount(), 1);
+        rows.setRows({file, match, match, match});
+        QCOMPARE(rows.rowCount(), 4);
+        rows.setRows({});
+        QCOMPARE(rows.rowCount(), 0);
     }
 };
 
