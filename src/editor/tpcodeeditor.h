@@ -75,7 +75,6 @@ public:
     bool findOpen() const { return m_findOpen; }
     void setFindOpen(bool open);
     QString findNote() const { return m_findNote; }
-    TPHangingIndent *hangingIndent() { return &m_hangingIndent; }
     // How the view lays out the lines: wrapped or not, and a space's width in its font.
     // Wrapped lines hang below their indent.
     void setLineLayout(bool wrap, qreal spaceWidth);

@@ -10,9 +10,10 @@ class QTextDocument;
 // Draws the wrapped rest of each line indented to the line's own indent plus one step (a
 // hanging indent), as code editors do, so that a wrapped comment never looks like a line of
 // its own. Only the document's block formats change, never its text: the first row of each
-// line starts where it did, and the gutter still has one number per line. Lines that change
-// are indented again once the change is done, all in one edit, since every edit lays out
-// and draws again all the lines below it.
+// line starts where it did, and the gutter still has one number per line. Only lines drawn
+// on more than one row are given a hang. Lines that change, and all lines when the text's
+// width changes, are indented again once the change is done, all in one edit, since every
+// edit lays out and draws again all the lines below it.
 class TPHangingIndent : public QObject
 {
     Q_OBJECT
@@ -24,15 +25,12 @@ public:
     // The width of a space in the text's font, and one indent step in columns; tabs reach
     // the next step.
     void setMetrics(qreal spaceWidth, int indentColumns);
-    // Off, every line starts at the margin (no wrapping, nothing to hang).
+    // Off while lines do not wrap: nothing hangs then.
     void setEnabled(bool enabled);
 
+private:
     // The x at which the rows after a line's first start, for the line's text.
     qreal hangFor(const QString &line) const;
-    // Whether lines are still waiting for their indent.
-    bool isPending() const { return m_pass.isActive(); }
-
-private:
     void noteChange(int position, int removed, int added);
     void markAll();
     void indentPending();

@@ -1,6 +1,7 @@
 #include "settings/tpmarkerpreview.h"
 
 #include "foundation/tplang.h"
+#include "foundation/tpnotificationcenter.h"
 #include "settings/tpsettingsstore.h"
 #include "settings/tpslidercell.h"
 #include "settings/tpswatchcell.h"
@@ -16,7 +17,11 @@ TPMarkerPreview::TPMarkerPreview(QObject *parent)
     : QObject(parent), m_color(TPColorFromRGB(TPSettingsStore::currentTouchColorRGB())),
       m_size(TPSettingsStore::currentTouchSize()),
       m_opacityPercent(TPSettingsStore::currentTouchOpacity())
-{}
+{
+    // The accessible name is in the app's language.
+    connect(TPNotificationCenter::defaultCenter(), &TPNotificationCenter::TPLangChanged, this,
+            &TPMarkerPreview::changed);
+}
 
 void TPMarkerPreview::follow(TPSliderCell *size, TPSliderCell *opacity)
 {

@@ -224,6 +224,14 @@ private slots:
             QCOMPARE(row.height, settings->heightForRow(row.section, row.row));
         }
         QCOMPARE(carriers, QStringList{QStringLiteral("opacityCell")});
+        // Named for a screen reader in the app's language, which a change of language alone
+        // renews.
+        settings->opacityCell()->onSliderReleased(25.0f);
+        QCOMPARE(preview->accessibleName(), QString::fromUtf8("Xem trước điểm chạm: 100 pt, 25%"));
+        QSignalSpy named(preview, &TPMarkerPreview::changed);
+        settings->onLangSegmentChanged(1);
+        QCOMPARE(named.size(), 1);
+        QCOMPARE(preview->accessibleName(), QStringLiteral("Touch marker preview: 100 pt, 25%"));
     }
 
     void handlerFiringAfterTheScreenIsGoneStoresButSendsNothing()
