@@ -40,6 +40,14 @@ curl_slist *suppressedHeaders()
     return headers;
 }
 
+// Whether an exchange that ended with `code` was cut off: by the time limit, or by the
+// connection ending or failing.
+bool isCut(CURLcode code)
+{
+    return code == CURLE_OPERATION_TIMEDOUT || code == CURLE_PARTIAL_FILE ||
+           code == CURLE_GOT_NOTHING || code == CURLE_RECV_ERROR;
+}
+
 TPError curlError(CURLcode code, const char *detail)
 {
     QString message = QString::fromUtf8(curl_easy_strerror(code));
@@ -83,10 +91,11 @@ public:
     // The exchange ended with `code`: the answer or the error goes to the delivery.
     void finish(CURLcode code)
     {
-        // A head cut short is no answer, so it has no status; a head the client refused
-        // was read, and keeps the status it came with.
+        // A head that the time limit or the connection cut short is no answer, so it has no
+        // status. A head refused for what it says (by libcurl or by the client) was read,
+        // and keeps the status it came with.
         long status = 0;
-        if (m_handle && (m_headComplete || m_refusedAs != CURLE_OK))
+        if (m_handle && !(isCut(code) && !m_headComplete))
             curl_easy_getinfo(m_handle, CURLINFO_RESPONSE_CODE, &status);
         if (m_refusedAs != CURLE_OK) {
             code = m_refusedAs;
