@@ -331,20 +331,21 @@ public:
     Worker(const Worker &) = delete;
     Worker &operator=(const Worker &) = delete;
 
-    void add(std::unique_ptr<Transfer> transfer)
+    // Hands the exchange to the thread; gives it back when libcurl could not be set up
+    // there, for the caller to fail outside its own lock.
+    std::unique_ptr<Transfer> add(std::unique_ptr<Transfer> transfer)
     {
         CURLM *multi = nullptr;
         {
             const std::lock_guard lock(m_mutex);
-            if (!m_broken) {
-                m_handedOver.push_back(std::move(transfer));
-                multi = m_multi;
-            }
+            if (m_broken)
+                return transfer;
+            m_handedOver.push_back(std::move(transfer));
+            multi = m_multi;
         }
-        if (transfer)
-            transfer->fail(CURLE_FAILED_INIT, "no libcurl multi handle");
-        else if (multi)
+        if (multi)
             curl_multi_wakeup(multi);
+        return nullptr;
     }
 
 private:
@@ -464,8 +465,10 @@ void TPEngineSession::start(Request request, BodyReader reader, Delivery deliver
         return;
     QByteArray why;
     if (ensureWorker(why)) {
-        m_worker->add(std::move(transfer));
-        return;
+        transfer = m_worker->add(std::move(transfer));
+        if (!transfer)
+            return;
+        why = "no libcurl multi handle";
     }
     lock.unlock();
     transfer->fail(CURLE_FAILED_INIT, why.constData());
