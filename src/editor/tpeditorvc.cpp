@@ -1,6 +1,7 @@
 #include "editor/tpeditorvc.h"
 
 #include "editor/tpcodeeditor.h"
+#include "editor/tpeditorfont.h"
 #include "editor/tpopenedfiles.h"
 
 #include "editor/tphistoryvc.h"
@@ -20,7 +21,7 @@
 
 TPEditorVC::TPEditorVC(const QString &relPath, QObject *parent)
     : TPViewController(parent), _relPath(relPath),
-      _textView(new TPCodeEditor(TPLastPathSegment(relPath), this)), _font(editorFont()),
+      _textView(new TPCodeEditor(TPLastPathSegment(relPath), this)), _font(TPEditorFont::base()),
       m_textSize(new TPTextSize(this)), m_keyboard(new TPKeyboardInsets(this)),
       m_notice(new TPEditorNotice(this)), m_drafts(new TPDraftKeeper(
                                               relPath, [this] { return text(); }, this))
@@ -89,25 +90,6 @@ void TPEditorVC::onTextEdited()
 QUrl TPEditorVC::viewUrl() const
 {
     return QUrl(QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Editor/EditorPage.qml"));
-}
-
-QFont TPEditorVC::editorFont()
-{
-    QFont font = QFontDatabase::families().contains(QStringLiteral("Menlo"))
-                     ? QFont(QStringLiteral("Menlo"))
-                     : QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    font.setPointSizeF(14);
-    // Code needs no cosmetic shaping (ligatures, kerning); skipping it makes laying out a
-    // long file about a quarter faster. Scripts that need shaping still get it.
-    font.setStyleStrategy(QFont::PreferNoShaping);
-    return font;
-}
-
-QFont TPEditorVC::chosenFont()
-{
-    QFont font = editorFont();
-    font.setPointSizeF(TPTextSize::Points.at(size_t(TPTextSize::storedStep())));
-    return font;
 }
 
 void TPEditorVC::viewDidLoad()
@@ -384,7 +366,16 @@ void TPEditorVC::takeSavedText(const QString &savedText)
 void TPEditorVC::onHistoryTapped()
 {
     if (TPNavigationStack *stack = navigationController())
-        stack->pushViewController(new TPHistoryVC(_relPath, this, [this] { return text(); }));
+        stack->pushViewController(new TPHistoryVC(_relPath, this, opener()));
+}
+
+TPEditorOpener TPEditorVC::opener()
+{
+    return [](const QString &path, const QString &text) {
+        auto *editor = new TPEditorVC(path);
+        editor->restoreWhenRead(text);
+        return editor;
+    };
 }
 
 void TPEditorVC::discardDraft()

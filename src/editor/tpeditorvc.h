@@ -5,6 +5,7 @@
 #include "editor/tpeditornotice.h"
 #include "editor/tpopeneditors.h"
 #include "editor/tptextsize.h"
+#include "editor/tpversiontarget.h"
 #include "engine/tpengineapi.h"
 #include "platform/tpkeyboardinsets.h"
 #include "platform/tpviewcontroller.h"
@@ -28,7 +29,7 @@ Q_MOC_INCLUDE("editor/tpcodeeditor.h")
 // One script file: read once when the screen is built, edited as plain text, saved back
 // whole, and run only after a successful save. The text itself, and every editing tool,
 // live in the code editor `_textView`, which the view's text item only shows.
-class TPEditorVC : public TPViewController, public TPOpenEditor
+class TPEditorVC : public TPViewController, public TPOpenEditor, public TPVersionTarget
 {
     Q_OBJECT
     QML_ELEMENT
@@ -85,7 +86,7 @@ public:
     TPDraftKeeper *drafts() const { return m_drafts; }
     ReadState readState() const { return m_readState; }
     // The exact text: what Save sends.
-    QString text() const;
+    QString text() const override;
     // Replaces the whole text, as a read does.
     void setText(const QString &text);
     QString saveTitle() const { return _saveTitle; }
@@ -111,9 +112,10 @@ public:
     qreal bottomInset() const { return m_keyboard->insets().bottom(); }
     void setContentInsets(const QMarginsF &insets) { m_keyboard->setInsets(insets); }
 
-    void loadContent();
+    TPViewController *targetScreen() override { return this; }
+    void loadContent() override;
     // Puts `text` in the editor as one undoable edit, unsaved: a version from the history.
-    void restoreText(const QString &text);
+    void restoreText(const QString &text) override;
     // The same, once the file has been read (an editor opened to restore a version).
     void restoreWhenRead(const QString &text);
     // Selects `length` characters from `offset` once the text is read (a search's match).
@@ -122,14 +124,11 @@ public:
     QString openPath() const override { return _relPath; }
     bool hasUnsavedEdits() const override { return unsavedChanges(); }
     void takeSavedText(const QString &text) override;
+    // How the history opens an editor to restore a version of a file no editor is open on.
+    static TPEditorOpener opener();
     // Sends the current text; reports true once the engine has it. Called back exactly once.
     void saveWithCompletion(std::function<void(bool)> completion);
 
-    // "Menlo" at 14 points where installed, otherwise the platform's fixed-width font.
-    static QFont editorFont();
-    // The same at the text size the user chose last (a version of the script reads as the
-    // script does).
-    static QFont chosenFont();
     // The app's own stored key for the wrap toggle; never part of the engine's settings.
     static constexpr auto WrapKey = "tp_editor_wrap";
 

@@ -7,16 +7,17 @@
 #include "foundation/tpwhilealive.h"
 #include "platform/tpnavigationstack.h"
 
-TPHistoryVC::TPHistoryVC(QObject *parent)
-    : TPViewController(parent), m_filesMode(true), m_rows(new TPTitledRowsModel(this))
+TPHistoryVC::TPHistoryVC(TPEditorOpener opener, QObject *parent)
+    : TPViewController(parent), m_filesMode(true), m_opener(std::move(opener)),
+      m_rows(new TPTitledRowsModel(this))
 {
     setTitle(TPL("history_title"));
 }
 
-TPHistoryVC::TPHistoryVC(const QString &path, TPViewController *editor,
-                         std::function<QString()> editorText, QObject *parent)
+TPHistoryVC::TPHistoryVC(const QString &path, TPVersionTarget *editor, TPEditorOpener opener,
+                         QObject *parent)
     : TPViewController(parent), m_filesMode(false), m_path(path), m_editor(editor),
-      m_editorText(std::move(editorText)), m_rows(new TPTitledRowsModel(this))
+      m_opener(std::move(opener)), m_rows(new TPTitledRowsModel(this))
 {
     // One file's versions: the file's name says whose they are.
     setTitle(TPLastPathSegment(path));
@@ -103,9 +104,9 @@ void TPHistoryVC::loadVersions()
         m_entries = versions;
         showVersions();
     };
-    if (m_editor && m_editorText)
-        TPScriptHistory::shared()->versionsAgainst(m_path, TPEngineAPI::scriptData(m_editorText()),
-                                                   this, shown);
+    if (m_editor)
+        TPScriptHistory::shared()->versionsAgainst(
+            m_path, TPEngineAPI::scriptData(m_editor->text()), this, shown);
     else
         TPScriptHistory::shared()->versions(m_path, this, shown);
 }
@@ -131,7 +132,8 @@ void TPHistoryVC::didSelectRow(int row)
         return;
     const TPScriptVersion &entry = m_entries.at(row);
     if (m_filesMode)
-        stack->pushViewController(new TPHistoryVC(entry.path, nullptr, {}));
+        stack->pushViewController(new TPHistoryVC(entry.path, nullptr, m_opener));
     else
-        stack->pushViewController(new TPVersionVC(entry, m_editor, m_entries.first()));
+        stack->pushViewController(
+            new TPVersionVC(entry, m_editor.get(), m_entries.first(), m_opener));
 }

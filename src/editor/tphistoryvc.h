@@ -1,14 +1,12 @@
 #pragma once
 
 #include "editor/tpscripthistory.h"
+#include "editor/tpversiontarget.h"
 #include "platform/tptitledrowsmodel.h"
 #include "platform/tpviewcontroller.h"
 
-#include <QPointer>
 #include <QSet>
 #include <QtQml/qqmlregistration.h>
-
-#include <functional>
 
 // The local history: every file the app recorded, newest change first, with the files the
 // engine no longer lists dimmed (from the scripts list's bar); or the versions of one file,
@@ -27,12 +25,12 @@ class TPHistoryVC : public TPViewController
     Q_PROPERTY(QString emptyText READ emptyText CONSTANT)
 
 public:
-    // Every file recorded.
-    explicit TPHistoryVC(QObject *parent = nullptr);
-    // The versions of `path`, compared with `editorText` and restored into `editor` when an
-    // editor is open on the file. The editor comes as its screen and its text, so that the
-    // history and the editor, which opens it, need not know each other's classes.
-    TPHistoryVC(const QString &path, TPViewController *editor, std::function<QString()> editorText,
+    // Every file recorded. `opener` opens an editor when a version of a file no editor is
+    // open on is restored.
+    explicit TPHistoryVC(TPEditorOpener opener, QObject *parent = nullptr);
+    // The versions of `path`, compared with the text of `editor` and restored into it when an
+    // editor is open on the file.
+    TPHistoryVC(const QString &path, TPVersionTarget *editor, TPEditorOpener opener,
                 QObject *parent = nullptr);
 
     QUrl viewUrl() const override;
@@ -59,8 +57,8 @@ private:
 
     const bool m_filesMode;
     QString m_path;
-    QPointer<TPViewController> m_editor;
-    std::function<QString()> m_editorText;
+    TPVersionTargetRef m_editor;
+    TPEditorOpener m_opener;
     QList<TPScriptVersion> m_entries;
     // The paths the engine lists, once it has answered; none when it could not.
     std::optional<QSet<QString>> m_listed;

@@ -1,6 +1,6 @@
 #include "editor/tpversionvc.h"
 
-#include "editor/tpeditorvc.h"
+#include "editor/tpeditorfont.h"
 #include "editor/tpkeptentries.h"
 #include "engine/tpengineapi.h"
 #include "foundation/tplang.h"
@@ -9,10 +9,10 @@
 
 #include <QRegularExpression>
 
-TPVersionVC::TPVersionVC(const TPScriptVersion &version, TPViewController *editor,
-                         const TPScriptVersion &newest, QObject *parent)
-    : TPViewController(parent), m_version(version), m_newest(newest),
-      m_editor(qobject_cast<TPEditorVC *>(editor)), m_lines(new TPTitledRowsModel(this)),
+TPVersionVC::TPVersionVC(const TPScriptVersion &version, TPVersionTarget *editor,
+                         const TPScriptVersion &newest, TPEditorOpener opener, QObject *parent)
+    : TPViewController(parent), m_version(version), m_newest(newest), m_editor(editor),
+      m_opener(std::move(opener)), m_lines(new TPTitledRowsModel(this)),
       m_changes(new TPTitledRowsModel(this))
 {
     setTitle(TPLDateTime(version.time));
@@ -25,7 +25,7 @@ QUrl TPVersionVC::viewUrl() const
 
 QFont TPVersionVC::font() const
 {
-    return TPEditorVC::chosenFont();
+    return TPEditorFont::chosen();
 }
 
 QVariantMap TPVersionVC::texts() const
@@ -152,17 +152,15 @@ void TPVersionVC::restoreFromListing(const QJsonArray &listing)
         saveAsItIs();
         return;
     }
-    if (TPNavigationStack *stack = navigationController()) {
-        auto *editor = new TPEditorVC(m_version.path);
-        editor->restoreWhenRead(*text);
-        stack->pushViewController(editor);
-    }
+    if (TPNavigationStack *stack = navigationController(); stack && m_opener)
+        stack->pushViewController(m_opener(m_version.path, *text));
 }
 
 void TPVersionVC::returnToEditor()
 {
     TPNavigationStack *stack = navigationController();
-    while (stack && m_editor && stack->depth() > 1 && stack->topViewController() != m_editor)
+    while (stack && m_editor && stack->depth() > 1 &&
+           stack->topViewController() != m_editor->targetScreen())
         stack->popViewController();
 }
 

@@ -1,16 +1,14 @@
 #pragma once
 
 #include "editor/tpscripthistory.h"
+#include "editor/tpversiontarget.h"
 #include "platform/tptitledrowsmodel.h"
 #include "platform/tpviewcontroller.h"
 
 #include <QFont>
-#include <QPointer>
 #include <QtQml/qqmlregistration.h>
 
 #include <optional>
-
-class TPEditorVC;
 
 // One version from the history, read-only. It shows either the version's own text, line by
 // line, or its differences from the editor's text (from the file's newest version when no
@@ -43,9 +41,9 @@ class TPVersionVC : public TPViewController
 
 public:
     // `newest` is the file's newest version, which the version is compared with when no
-    // editor is open.
-    TPVersionVC(const TPScriptVersion &version, TPViewController *editor,
-                const TPScriptVersion &newest, QObject *parent = nullptr);
+    // editor is open; `opener` opens one to restore into then.
+    TPVersionVC(const TPScriptVersion &version, TPVersionTarget *editor,
+                const TPScriptVersion &newest, TPEditorOpener opener, QObject *parent = nullptr);
 
     QUrl viewUrl() const override;
     TPTitledRowsModel *lines() const { return m_lines; }
@@ -80,7 +78,8 @@ private:
     TPScriptVersion m_version;
     TPScriptVersion m_newest;
     // The editor open on the file, if any.
-    QPointer<TPEditorVC> m_editor;
+    TPVersionTargetRef m_editor;
+    TPEditorOpener m_opener;
     std::optional<QByteArray> m_bytes;
     // What the version is compared with: the editor's text, or the newest version.
     std::optional<QByteArray> m_other;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/tpenginelimits.h"
 #include "engine/tpenginesession.h"
 #include "engine/tperror.h"
 
@@ -27,8 +28,7 @@ public:
 
     static constexpr auto BaseAddress = "http://127.0.0.1:8090";
     static constexpr auto ErrorDomain = "TPEngineAPI";
-    // Both the idle limit and the whole-request limit.
-    static constexpr int TimeoutMs = 5000;
+    static constexpr int TimeoutMs = TPEngineLimits::TimeoutMs;
 
     // The shared HTTP session, created on first use and kept for the life of the process.
     static TPEngineSession *session();

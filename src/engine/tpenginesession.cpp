@@ -1,6 +1,6 @@
 #include "engine/tpenginesession.h"
 
-#include "engine/tpengineapi.h"
+#include "engine/tpenginelimits.h"
 #include "foundation/tplog.h"
 
 #include <QCoreApplication>
@@ -147,9 +147,9 @@ private:
         curl_easy_setopt(m_handle, CURLOPT_HTTPHEADER, suppressedHeaders());
         // The whole-request limit, and the idle limit: less than a byte a second for that
         // long. Neither ends an exchange before its full time.
-        curl_easy_setopt(m_handle, CURLOPT_TIMEOUT_MS, long(TPEngineAPI::TimeoutMs));
+        curl_easy_setopt(m_handle, CURLOPT_TIMEOUT_MS, long(TPEngineLimits::TimeoutMs));
         curl_easy_setopt(m_handle, CURLOPT_LOW_SPEED_LIMIT, 1L);
-        curl_easy_setopt(m_handle, CURLOPT_LOW_SPEED_TIME, long(TPEngineAPI::TimeoutMs / 1000));
+        curl_easy_setopt(m_handle, CURLOPT_LOW_SPEED_TIME, long(TPEngineLimits::TimeoutMs / 1000));
         curl_easy_setopt(m_handle, CURLOPT_MAXFILESIZE_LARGE, curl_off_t(MaxBodyBytes));
         curl_easy_setopt(m_handle, CURLOPT_WRITEFUNCTION, &Transfer::write);
         curl_easy_setopt(m_handle, CURLOPT_WRITEDATA, this);

@@ -15,7 +15,7 @@ TPNavigationStack::TPNavigationStack(TPViewController *root, TPPresenter *presen
 void TPNavigationStack::adopt(TPViewController *controller)
 {
     controller->setParent(this);
-    controller->setNavigationController(this);
+    controller->setNavigationController(this, m_presenter);
     // A screen re-titled in place (the root, on a language change) renames the way back.
     connect(controller, &TPViewController::titleChanged, this,
             &TPNavigationStack::backTitleChanged);

@@ -3,7 +3,6 @@
 #include "foundation/tplang.h"
 #include "foundation/tpwhilealive.h"
 #include "platform/tpalertcontroller.h"
-#include "platform/tpnavigationstack.h"
 #include "platform/tppresenter.h"
 
 TPViewController::TPViewController(QObject *parent) : QObject(parent) {}
@@ -16,21 +15,16 @@ void TPViewController::loadViewIfNeeded()
     viewDidLoad();
 }
 
-TPNavigationStack *TPViewController::navigationController() const
-{
-    return m_navigationStack;
-}
-
-void TPViewController::setNavigationController(TPNavigationStack *stack)
+void TPViewController::setNavigationController(TPNavigationStack *stack,
+                                               TPPresenter *stackPresenter)
 {
     m_navigationStack = stack;
+    m_stackPresenter = stackPresenter;
 }
 
 TPPresenter *TPViewController::presenter() const
 {
-    if (m_presenter)
-        return m_presenter;
-    return m_navigationStack ? m_navigationStack->presenter() : nullptr;
+    return m_presenter ? m_presenter : m_stackPresenter;
 }
 
 void TPViewController::presentAlert(TPAlertController *alert)

@@ -37,9 +37,11 @@ public:
     virtual void viewWillAppear() {}
     virtual void viewWillDisappear() {}
 
-    TPNavigationStack *navigationController() const;
-    void setNavigationController(TPNavigationStack *stack);
-    // Where alerts go: the presenter of the screen's stack, or one set directly.
+    // The stack that shows the screen. The stack owns the screens it shows, so it outlives
+    // them; it names itself and its presenter as it takes a screen.
+    TPNavigationStack *navigationController() const { return m_navigationStack; }
+    void setNavigationController(TPNavigationStack *stack, TPPresenter *stackPresenter);
+    // Where alerts go: one set directly, or else the presenter of the screen's stack.
     TPPresenter *presenter() const;
     void setPresenter(TPPresenter *presenter) { m_presenter = presenter; }
     void presentAlert(TPAlertController *alert);
@@ -65,6 +67,7 @@ private:
     QString m_title;
     bool m_unsavedChanges = false;
     bool m_viewLoaded = false;
-    QPointer<TPNavigationStack> m_navigationStack;
+    TPNavigationStack *m_navigationStack = nullptr;
+    QPointer<TPPresenter> m_stackPresenter;
     QPointer<TPPresenter> m_presenter;
 };

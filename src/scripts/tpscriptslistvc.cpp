@@ -119,7 +119,7 @@ void TPScriptsListVC::viewWillAppear()
 void TPScriptsListVC::onHistoryTapped()
 {
     if (TPNavigationStack *stack = navigationController())
-        stack->pushViewController(new TPHistoryVC);
+        stack->pushViewController(new TPHistoryVC(TPEditorVC::opener()));
 }
 
 void TPScriptsListVC::onRefreshTapped()

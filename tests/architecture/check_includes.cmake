@@ -1,8 +1,9 @@
 # Checks every #include of the app's sources against the rooms (src/rooms.cmake):
 #   - a header of the app is named with its room's folder ("editing/tpscripttext.h");
 #   - a room includes headers only of itself and of the rooms it may use;
-#   - in the rooms that edit and list scripts, no two classes include each other's headers
-#     (a class is its .h and its .cpp).
+#   - no classes include each other's headers in a ring, of two classes or of any more
+#     (a class is its .h and its .cpp). The arrows between rooms point down only, so a ring
+#     can only lie inside one room; it is looked for in every room.
 # Usage: cmake -DSOURCE_DIR=<src> -P check_includes.cmake
 cmake_minimum_required(VERSION 3.25)
 include(${SOURCE_DIR}/rooms.cmake)
@@ -34,25 +35,51 @@ foreach(room IN LISTS TP_ROOMS)
                 list(APPEND faults "${shown}: the ${room} room may not use the ${used} room")
             endif()
             if(NOT included_unit STREQUAL unit)
-                list(APPEND uses_${unit} ${included_unit})
+                set_property(GLOBAL APPEND PROPERTY uses_${unit} ${included_unit})
             endif()
         endforeach()
     endforeach()
 endforeach()
-
 list(REMOVE_DUPLICATES units)
-set(rooms_without_pairs editing editor scripts)
-foreach(unit IN LISTS units)
-    string(REGEX REPLACE "/.*" "" room "${unit}")
-    if(NOT room IN_LIST rooms_without_pairs)
-        continue()
-    endif()
-    foreach(other IN LISTS uses_${unit})
-        if(unit STRLESS other AND unit IN_LIST uses_${other})
-            list(APPEND faults "${unit} and ${other} include each other's headers")
+
+# A depth-first walk that marks each class "open" while it is on the path and "done" once
+# everything it includes has been walked. Reaching an open class closes a ring: the ring is
+# the path from that class on. The state lives in global properties because a CMake function
+# sees its caller's variables only as copies.
+function(walk unit)
+    set_property(GLOBAL PROPERTY state_${unit} open)
+    set_property(GLOBAL APPEND PROPERTY path ${unit})
+    get_property(used GLOBAL PROPERTY uses_${unit})
+    list(REMOVE_DUPLICATES used)
+    list(SORT used)
+    foreach(next IN LISTS used)
+        get_property(state GLOBAL PROPERTY state_${next})
+        if(state STREQUAL "open")
+            get_property(path GLOBAL PROPERTY path)
+            list(FIND path ${next} start)
+            list(SUBLIST path ${start} -1 ring)
+            list(APPEND ring ${next})
+            list(JOIN ring " -> " shown)
+            set_property(GLOBAL APPEND PROPERTY rings "include ring: ${shown}")
+        elseif(NOT state)
+            walk(${next})
         endif()
     endforeach()
+    get_property(path GLOBAL PROPERTY path)
+    list(POP_BACK path)
+    set_property(GLOBAL PROPERTY path ${path})
+    set_property(GLOBAL PROPERTY state_${unit} done)
+endfunction()
+
+list(SORT units)
+foreach(unit IN LISTS units)
+    get_property(state GLOBAL PROPERTY state_${unit})
+    if(NOT state)
+        walk(${unit})
+    endif()
 endforeach()
+get_property(rings GLOBAL PROPERTY rings)
+list(APPEND faults ${rings})
 
 list(LENGTH units unit_count)
 if(faults)
@@ -60,4 +87,4 @@ if(faults)
     list(JOIN faults "\n" report)
     message(FATAL_ERROR "${report}")
 endif()
-message(STATUS "${unit_count} classes: every include names its room and points down")
+message(STATUS "${unit_count} classes: every include names its room and points down, in no ring")

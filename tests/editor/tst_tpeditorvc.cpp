@@ -1,5 +1,6 @@
 #include "editor/tpcodeeditor.h"
 #include "editor/tpdraftstore.h"
+#include "editor/tpeditorfont.h"
 #include "editor/tpeditorvc.h"
 #include "editor/tpopenedfiles.h"
 #include "editor/tpscripthistory.h"
@@ -552,7 +553,7 @@ private slots:
     // is, otherwise the platform's fixed-width font, at 14 points.
     void fontIsMenloOrThePlatformsFixedFontAt14Points()
     {
-        const QFont font = TPEditorVC::editorFont();
+        const QFont font = TPEditorFont::base();
         QCOMPARE(font.pointSizeF(), 14.0);
         const QString expected = QFontDatabase::families().contains(QStringLiteral("Menlo"))
                                      ? QStringLiteral("Menlo")

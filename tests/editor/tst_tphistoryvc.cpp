@@ -166,7 +166,8 @@ private slots:
         TPScriptHistory::shared()->record(QStringLiteral("latin1.lua"), latin1);
         TPScriptHistory::shared()->waitForIdle();
         m_fixture.serveListing(R"({"entries":[{"path":"latin1.lua","dir":false}]})");
-        auto *history = new TPHistoryVC(QStringLiteral("latin1.lua"), nullptr, {});
+        auto *history =
+            new TPHistoryVC(QStringLiteral("latin1.lua"), nullptr, TPEditorVC::opener());
         showOnStack(history);
         QTRY_COMPARE(history->rows()->rowCount(), 1);
         history->didSelectRow(0);
@@ -192,7 +193,7 @@ private slots:
                 return TPScriptedAnswer::ok(R"({"entries":[{"path":"main.lua","dir":false}]})");
             return TPScriptedAnswer::ok("engine now\n");
         });
-        auto *history = new TPHistoryVC(QStringLiteral("main.lua"), nullptr, {});
+        auto *history = new TPHistoryVC(QStringLiteral("main.lua"), nullptr, TPEditorVC::opener());
         showOnStack(history);
         QTRY_COMPARE(history->rows()->rowCount(), 1);
         history->didSelectRow(0);
@@ -216,7 +217,8 @@ private slots:
         TPScriptHistory::shared()->record(QStringLiteral("harvest.lua"),
                                           "a\r\nb\r\nchanged\r\nc\r\nadded\r\n");
         TPScriptHistory::shared()->waitForIdle();
-        auto *history = new TPHistoryVC(QStringLiteral("harvest.lua"), nullptr, {});
+        auto *history =
+            new TPHistoryVC(QStringLiteral("harvest.lua"), nullptr, TPEditorVC::opener());
         showOnStack(history);
         QTRY_COMPARE(history->rows()->rowCount(), 2);
         QVERIFY(history->rows()->rows().at(0).detail.endsWith(
@@ -253,7 +255,7 @@ private slots:
         newer.replace("line 12\n", "twelve\n");
         TPScriptHistory::shared()->record(QStringLiteral("long.lua"), older);
         TPScriptHistory::shared()->record(QStringLiteral("long.lua"), newer);
-        auto *history = new TPHistoryVC(QStringLiteral("long.lua"), nullptr, {});
+        auto *history = new TPHistoryVC(QStringLiteral("long.lua"), nullptr, TPEditorVC::opener());
         showOnStack(history);
         QTRY_COMPARE(history->rows()->rowCount(), 2);
         history->didSelectRow(0);

@@ -1,3 +1,4 @@
+#include "editor/tpeditorvc.h"
 #include "editor/tphistoryvc.h"
 #include "editor/tpkeptentries.h"
 #include "editor/tpopenedfiles.h"
@@ -94,7 +95,7 @@ class TestTPKeptEntries : public QObject
     // The history's file list as the user sees it: each path, marked when dimmed.
     QStringList historyFiles()
     {
-        auto *history = new TPHistoryVC;
+        auto *history = new TPHistoryVC(TPEditorVC::opener());
         m_stack->pushViewController(history);
         // Loaded once the engine's listing has come too.
         if (!QTest::qWaitFor([history] { return !history->loading(); }))

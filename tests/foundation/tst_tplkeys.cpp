@@ -102,7 +102,7 @@ private slots:
         const QStringList listTexts = TPScriptsListVC(QString()).texts().keys();
         const QStringList editorTexts = TPEditorVC(QStringLiteral("a.lua")).toolTexts().keys();
         const QStringList quickOpenTexts = TPQuickOpenVC({}).texts().keys();
-        const QStringList versionTexts = TPVersionVC({}, nullptr, {}).texts().keys();
+        const QStringList versionTexts = TPVersionVC({}, nullptr, {}, {}).texts().keys();
         TPScriptTreeIndex index;
         const QStringList searchTexts = TPSearchVC({}, &index).texts().keys();
         const QStringList previewTexts = TPReplacePreviewVC({}, &index).texts().keys();

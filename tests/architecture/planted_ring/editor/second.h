@@ -1,0 +1,3 @@
+#pragma once
+#include "foundation/base.h"
+#include "editor/third.h"

@@ -1,0 +1,2 @@
+#include "editor/third.h"
+#include "editor/first.h"
