@@ -257,7 +257,7 @@ void TPEditorVC::onReadFinished(const std::optional<QByteArray> &bytes,
     if (error) {
         // Whatever the failure, the user is told the engine is offline.
         m_readState = ReadState::Failed;
-        showAlert(TPL("alert_error"), TPL("err_offline"));
+        showOfflineAlert();
         showNotice();
         return;
     }

@@ -132,7 +132,7 @@ void TPVersionVC::onRestoreTapped()
     TPEngineAPI::scriptsWithCompletion(TPWhileAlive(
         this, [](TPVersionVC *self, const QJsonArray &listing, const TPEngineAPI::Error &error) {
             if (error)
-                self->showAlert(TPL("alert_error"), TPL("err_offline"));
+                self->showOfflineAlert();
             else
                 self->restoreFromListing(listing);
         }));
@@ -170,7 +170,7 @@ void TPVersionVC::undelete(const QJsonArray &listing)
         m_version.path, *m_bytes, listing,
         TPWhileAlive(this, [](TPVersionVC *self, const TPEngineAPI::Error &error) {
             if (error)
-                self->showAlert(TPL("alert_error"), TPL("err_offline"));
+                self->showOfflineAlert();
             else
                 self->showAlert(TPL("alert_ok"), TPL("history_restored"));
         }));

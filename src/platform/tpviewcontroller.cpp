@@ -42,6 +42,11 @@ void TPViewController::showAlert(const QString &title, const QString &message)
     presentAlert(alert);
 }
 
+void TPViewController::showOfflineAlert()
+{
+    showAlert(TPL(QStringLiteral("alert_error")), TPL(QStringLiteral("err_offline")));
+}
+
 void TPViewController::confirm(const QString &question, const QString &confirmTitle,
                                std::function<void()> confirmed)
 {

@@ -48,6 +48,8 @@ public:
 
     // A one-button alert: the title, the message and TPL("alert_ok").
     void showAlert(const QString &title, const QString &message);
+    // The alert for a request the engine did not answer: "Engine offline (:8090)".
+    void showOfflineAlert();
     // Asks `question` before something the user may not mean: Cancel first and the
     // default, then `confirmTitle` in the destructive style, whose tap runs `confirmed` while
     // the screen still exists.

@@ -35,7 +35,7 @@ void TPFolderPickerVC::viewWillAppear()
                               const TPEngineAPI::Error &error) {
             self->setLoading(false);
             if (error)
-                self->showAlert(TPL("alert_error"), TPL("err_offline"));
+                self->showOfflineAlert();
             else
                 self->showTargets(entries);
         }));
@@ -69,7 +69,7 @@ void TPFolderPickerVC::didSelectRow(int row)
         m_moving, destination,
         TPWhileAlive(this, [](TPFolderPickerVC *self, const TPEngineAPI::Error &error) {
             if (error) {
-                self->showAlert(TPL("alert_error"), TPL("err_offline"));
+                self->showOfflineAlert();
                 return;
             }
             // The list under it reloads as it comes back into view.

@@ -42,8 +42,9 @@ TPQuickOpenRowsModel::Row resultRow(const QString &path, const QList<qsizetype> 
 
 TPQuickOpenVC::TPQuickOpenVC(FolderScreen folderScreen, QObject *parent)
     : TPViewController(parent), m_folderScreen(std::move(folderScreen)),
-      m_rows(new TPQuickOpenRowsModel(this))
+      m_rows(new TPQuickOpenRowsModel(this)), m_runner(new TPFileRunner(this))
 {
+    connect(m_runner, &TPFileRunner::runningChanged, m_rows, &TPQuickOpenRowsModel::setRunning);
     setTitle(TPL("quickopen_title"));
     m_texts = {{QStringLiteral("placeholder"), TPL("quickopen_placeholder")},
                {QStringLiteral("noMatches"), TPL("list_no_matches")},
@@ -86,7 +87,7 @@ void TPQuickOpenVC::viewWillAppear()
             this, [read](TPQuickOpenVC *self, const QByteArray &, const TPEngineAPI::Error &error) {
                 self->setLoading(false);
                 if (error || !*read) {
-                    self->showAlert(TPL("alert_error"), TPL("err_offline"));
+                    self->showOfflineAlert();
                     return;
                 }
                 self->onIndexRead(*read);
@@ -196,16 +197,8 @@ void TPQuickOpenVC::onRunTapped(int row)
     if (row < 0 || row >= m_rows->rowCount())
         return;
     const TPQuickOpenRowsModel::Row &shown = m_rows->rows().at(row);
-    if (shown.dimmed || shown.running)
-        return;
-    const QString path = shown.path;
-    m_rows->setRunning(path, true);
-    TPEngineAPI::runFile(
-        path, TPWhileAlive(this, [path](TPQuickOpenVC *self, const TPEngineAPI::Error &error) {
-            self->m_rows->setRunning(path, false);
-            if (error)
-                self->showAlert(TPL("alert_error"), TPL("err_run_fail"));
-        }));
+    if (!shown.dimmed)
+        m_runner->run(shown.path);
 }
 
 void TPQuickOpenVC::setLoading(bool loading)

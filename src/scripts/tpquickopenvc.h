@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/tpviewcontroller.h"
+#include "scripts/tpfilerunner.h"
 #include "scripts/tpopenintree.h"
 #include "scripts/tpquickopenrowsmodel.h"
 
@@ -78,6 +79,7 @@ private:
 
     FolderScreen m_folderScreen;
     TPQuickOpenRowsModel *m_rows;
+    TPFileRunner *m_runner;
     QString m_query;
     QString m_shownQuery;
     bool m_loading = false;

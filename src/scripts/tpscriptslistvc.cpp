@@ -24,8 +24,9 @@
 TPScriptsListVC::TPScriptsListVC(const QString &folder, QObject *parent)
     : TPViewController(parent), _folder(folder),
       _rows(new TPScriptRowsModel([this](bool isDir) { return rowButtonsForDir(isDir); }, this)),
-      m_undoBar(new TPUndoBar(this))
+      m_undoBar(new TPUndoBar(this)), m_runner(new TPFileRunner(this))
 {
+    connect(m_runner, &TPFileRunner::runningChanged, _rows, &TPScriptRowsModel::setRunInFlight);
     setTitle(_folder.isEmpty() ? TPL("tab_scripts") : TPLastPathSegment(_folder));
     readTexts();
     // The rows are replaced whole, by a reload or a search.
@@ -188,11 +189,6 @@ void TPScriptsListVC::onListingDecoded(const std::optional<QJsonArray> &children
         return;
     }
     _rows->setRows(*children);
-}
-
-void TPScriptsListVC::showOfflineAlert()
-{
-    showAlert(TPL("alert_error"), TPL("err_offline"));
 }
 
 void TPScriptsListVC::didSelectRow(int row)
@@ -361,14 +357,7 @@ void TPScriptsListVC::onRunButtonTapped(int row)
 {
     if (!_rows->isRunEnabled(row))
         return;
-    const QString path = TPEngineAPI::entryPath(_rows->entryAt(row));
-    _rows->setRunInFlight(path, true);
-    TPEngineAPI::runFile(
-        path, TPWhileAlive(this, [path](TPScriptsListVC *self, const TPEngineAPI::Error &error) {
-            self->_rows->setRunInFlight(path, false);
-            if (error)
-                self->showAlert(TPL("alert_error"), TPL("err_run_fail"));
-        }));
+    m_runner->run(TPEngineAPI::entryPath(_rows->entryAt(row)));
 }
 
 void TPScriptsListVC::onMoreButtonTapped(int row)

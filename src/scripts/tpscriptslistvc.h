@@ -4,6 +4,7 @@
 #include "engine/tpengineapi.h"
 #include "platform/tpundobar.h"
 #include "platform/tpviewcontroller.h"
+#include "scripts/tpfilerunner.h"
 #include "scripts/tpscriptrowsmodel.h"
 
 #include <QJsonArray>
@@ -55,7 +56,6 @@ public:
     QVariantList rowButtonsForDir(bool isDir) const;
 
     void reloadData();
-    void showOfflineAlert();
     void promptNameWithTitle(const QString &title, const QString &placeholder, bool isFolder);
     void createEntryNamed(const QString &name, bool isFolder);
     void promptRenameForPath(const QString &path);
@@ -131,4 +131,5 @@ private:
     QString m_searchText;
     QVariantMap m_texts;
     TPUndoBar *m_undoBar;
+    TPFileRunner *m_runner;
 };

@@ -1,3 +1,3 @@
 #pragma once
-#include "foundation/base.h"
 #include "editor/third.h"
+#include "foundation/base.h"
