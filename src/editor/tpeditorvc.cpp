@@ -20,7 +20,7 @@
 #include <QSettings>
 
 TPEditorVC::TPEditorVC(const QString &relPath, QObject *parent)
-    : TPViewController(parent), _relPath(relPath),
+    : TPLoadingViewController(parent), _relPath(relPath),
       _textView(new TPCodeEditor(TPLastPathSegment(relPath), this)), _font(TPEditorFont::base()),
       m_textSize(new TPTextSize(this)), m_keyboard(new TPKeyboardInsets(this)),
       m_notice(new TPEditorNotice(this)), m_drafts(new TPDraftKeeper(
@@ -212,14 +212,6 @@ void TPEditorVC::setText(const QString &newText)
     m_settingText = false;
     m_savedText = newText;
     setUnsavedChanges(false);
-}
-
-void TPEditorVC::setLoading(bool loading)
-{
-    if (m_loading == loading)
-        return;
-    m_loading = loading;
-    emit loadingChanged();
 }
 
 bool TPEditorVC::wrap() const

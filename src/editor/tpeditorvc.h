@@ -8,7 +8,7 @@
 #include "editor/tpversiontarget.h"
 #include "engine/tpengineapi.h"
 #include "platform/tpkeyboardinsets.h"
-#include "platform/tpviewcontroller.h"
+#include "platform/tploadingviewcontroller.h"
 
 #include <QFont>
 #include <QFontMetricsF>
@@ -29,7 +29,7 @@ Q_MOC_INCLUDE("editor/tpcodeeditor.h")
 // One script file: read once when the screen is built, edited as plain text, saved back
 // whole, and run only after a successful save. The text itself, and every editing tool,
 // live in the code editor `_textView`, which the view's text item only shows.
-class TPEditorVC : public TPViewController, public TPOpenEditor, public TPVersionTarget
+class TPEditorVC : public TPLoadingViewController, public TPOpenEditor, public TPVersionTarget
 {
     Q_OBJECT
     QML_ELEMENT
@@ -55,7 +55,6 @@ class TPEditorVC : public TPViewController, public TPOpenEditor, public TPVersio
     // A tab character shows as wide as one indent step.
     Q_PROPERTY(qreal tabStopDistance READ tabStopDistance NOTIFY tabStopDistanceChanged)
     Q_PROPERTY(qreal bottomInset READ bottomInset NOTIFY contentInsetsChanged)
-    Q_PROPERTY(bool loading READ loading NOTIFY loadingChanged)
     Q_PROPERTY(bool wrap READ wrap WRITE setWrap NOTIFY wrapChanged)
     // The software keyboard is up, so the row of symbol keys shows above it.
     Q_PROPERTY(bool keyboardShown READ keyboardShown NOTIFY keyboardShownChanged)
@@ -95,7 +94,6 @@ public:
     QVariantList symbolKeys() const;
     QVariantList keyRowKeys() const;
     bool completionListShown() const;
-    bool loading() const { return m_loading; }
     bool wrap() const;
     void setWrap(bool wrap);
     bool keyboardShown() const { return m_keyboard->keyboardShown(); }
@@ -155,7 +153,6 @@ public slots:
 signals:
     void barTitlesChanged();
     void contentInsetsChanged();
-    void loadingChanged();
     void wrapChanged();
     void keyboardShownChanged();
     void symbolRowShownChanged();
@@ -183,7 +180,6 @@ private:
     void whenReplacingIsAgreed(std::function<void()> proceed);
     // Run, once replacing is agreed: save first, and run only what the engine has.
     void saveThenRun();
-    void setLoading(bool loading);
     void retitle();
     void readToolTexts();
 
@@ -196,7 +192,6 @@ private:
     // The text's insets, kept clear of the on-screen keyboard.
     TPKeyboardInsets *const m_keyboard;
     QVariantMap m_toolTexts;
-    bool m_loading = false;
     bool m_symbolRowRequested = false;
     // The text the engine last confirmed (a save, or the read); shared, not copied.
     QString m_savedText;

@@ -8,7 +8,7 @@
 #include "platform/tpnavigationstack.h"
 
 TPHistoryVC::TPHistoryVC(TPEditorOpener opener, QObject *parent)
-    : TPViewController(parent), m_filesMode(true), m_opener(std::move(opener)),
+    : TPLoadingViewController(parent), m_filesMode(true), m_opener(std::move(opener)),
       m_rows(new TPTitledRowsModel(this))
 {
     setTitle(TPL("history_title"));
@@ -16,7 +16,7 @@ TPHistoryVC::TPHistoryVC(TPEditorOpener opener, QObject *parent)
 
 TPHistoryVC::TPHistoryVC(const QString &path, TPVersionTarget *editor, TPEditorOpener opener,
                          QObject *parent)
-    : TPViewController(parent), m_filesMode(false), m_path(path), m_editor(editor),
+    : TPLoadingViewController(parent), m_filesMode(false), m_path(path), m_editor(editor),
       m_opener(std::move(opener)), m_rows(new TPTitledRowsModel(this))
 {
     // One file's versions: the file's name says whose they are.
@@ -40,14 +40,6 @@ void TPHistoryVC::viewWillAppear()
         loadFiles();
     else
         loadVersions();
-}
-
-void TPHistoryVC::setLoading(bool loading)
-{
-    if (m_loading == loading)
-        return;
-    m_loading = loading;
-    emit loadingChanged();
 }
 
 bool TPHistoryVC::isDeleted(const QString &path) const

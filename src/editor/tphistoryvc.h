@@ -2,8 +2,8 @@
 
 #include "editor/tpscripthistory.h"
 #include "editor/tpversiontarget.h"
+#include "platform/tploadingviewcontroller.h"
 #include "platform/tptitledrowsmodel.h"
-#include "platform/tpviewcontroller.h"
 
 #include <QSet>
 #include <QtQml/qqmlregistration.h>
@@ -14,13 +14,12 @@
 // version when no editor is open (from its editor, or from the list of files). Tapping a
 // file shows its versions; tapping a version shows it (TPVersionVC), where it can be
 // restored. Both are read again each time the screen appears.
-class TPHistoryVC : public TPViewController
+class TPHistoryVC : public TPLoadingViewController
 {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made by the editor and the scripts list")
     Q_PROPERTY(TPTitledRowsModel *rows READ rows CONSTANT)
-    Q_PROPERTY(bool loading READ loading NOTIFY loadingChanged)
     // Shown when there is nothing to list.
     Q_PROPERTY(QString emptyText READ emptyText CONSTANT)
 
@@ -36,7 +35,6 @@ public:
     QUrl viewUrl() const override;
     void viewWillAppear() override;
     TPTitledRowsModel *rows() const { return m_rows; }
-    bool loading() const { return m_loading; }
     QString emptyText() const;
     // What the rows stand for, in their order: files or versions.
     const QList<TPScriptVersion> &entries() const { return m_entries; }
@@ -45,15 +43,11 @@ public:
 public slots:
     void didSelectRow(int row);
 
-signals:
-    void loadingChanged();
-
 private:
     void loadFiles();
     void loadVersions();
     void showFiles();
     void showVersions();
-    void setLoading(bool loading);
 
     const bool m_filesMode;
     QString m_path;
@@ -65,5 +59,4 @@ private:
     bool m_filesLoaded = false;
     int m_answersAwaited = 0;
     TPTitledRowsModel *m_rows;
-    bool m_loading = false;
 };

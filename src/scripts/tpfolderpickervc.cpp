@@ -16,7 +16,7 @@ const QString kCurrentFolderMark = QStringLiteral("dimmed");
 } // namespace
 
 TPFolderPickerVC::TPFolderPickerVC(const QString &moving, QObject *parent)
-    : TPViewController(parent), m_moving(moving), m_rows(new TPTitledRowsModel(this))
+    : TPLoadingViewController(parent), m_moving(moving), m_rows(new TPTitledRowsModel(this))
 {
     setTitle(TPL("move_title"));
 }
@@ -76,12 +76,4 @@ void TPFolderPickerVC::didSelectRow(int row)
             if (TPNavigationStack *stack = self->navigationController())
                 stack->popViewController();
         }));
-}
-
-void TPFolderPickerVC::setLoading(bool loading)
-{
-    if (m_loading == loading)
-        return;
-    m_loading = loading;
-    emit loadingChanged();
 }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/tploadingviewcontroller.h"
 #include "platform/tptitledrowsmodel.h"
-#include "platform/tpviewcontroller.h"
 
 #include <QJsonArray>
 #include <QStringList>
@@ -11,13 +11,12 @@
 // into, the root first, read from a fresh listing. Choosing one sends the rename from the
 // old path to the same name in that folder; a name the folder already holds is refused
 // before anything is sent. The folder it is in now is shown dimmed and does nothing.
-class TPFolderPickerVC : public TPViewController
+class TPFolderPickerVC : public TPLoadingViewController
 {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made by the scripts list")
     Q_PROPERTY(TPTitledRowsModel *rows READ rows CONSTANT)
-    Q_PROPERTY(bool loading READ loading NOTIFY loadingChanged)
 
 public:
     explicit TPFolderPickerVC(const QString &moving, QObject *parent = nullptr);
@@ -26,23 +25,17 @@ public:
     void viewWillAppear() override;
 
     TPTitledRowsModel *rows() const { return m_rows; }
-    bool loading() const { return m_loading; }
     // The folders shown, in the rows' order: "" is the root.
     const QStringList &targets() const { return m_targets; }
 
 public slots:
     void didSelectRow(int row);
 
-signals:
-    void loadingChanged();
-
 private:
-    void setLoading(bool loading);
     void showTargets(const QJsonArray &listing);
 
     const QString m_moving;
     QJsonArray m_listing;
     QStringList m_targets;
     TPTitledRowsModel *m_rows;
-    bool m_loading = false;
 };

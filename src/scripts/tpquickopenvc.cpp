@@ -41,7 +41,7 @@ TPQuickOpenRowsModel::Row resultRow(const QString &path, const QList<qsizetype> 
 } // namespace
 
 TPQuickOpenVC::TPQuickOpenVC(FolderScreen folderScreen, QObject *parent)
-    : TPViewController(parent), m_folderScreen(std::move(folderScreen)),
+    : TPLoadingViewController(parent), m_folderScreen(std::move(folderScreen)),
       m_rows(new TPQuickOpenRowsModel(this)), m_runner(new TPFileRunner(this))
 {
     connect(m_runner, &TPFileRunner::runningChanged, m_rows, &TPQuickOpenRowsModel::setRunning);
@@ -199,12 +199,4 @@ void TPQuickOpenVC::onRunTapped(int row)
     const TPQuickOpenRowsModel::Row &shown = m_rows->rows().at(row);
     if (!shown.dimmed)
         m_runner->run(shown.path);
-}
-
-void TPQuickOpenVC::setLoading(bool loading)
-{
-    if (m_loading == loading)
-        return;
-    m_loading = loading;
-    emit loadingChanged();
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/tpviewcontroller.h"
+#include "platform/tploadingviewcontroller.h"
 #include "scripts/tpfilerunner.h"
 #include "scripts/tpopenintree.h"
 #include "scripts/tpquickopenrowsmodel.h"
@@ -19,14 +19,13 @@
 // query, the user's favourites come first, then the files opened last; one the listing no
 // longer holds is dimmed and cannot be opened. A result opens in the editor on the Scripts
 // stack with the folders it lies in under it, so that Back walks up the tree.
-class TPQuickOpenVC : public TPViewController
+class TPQuickOpenVC : public TPLoadingViewController
 {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made by the scripts list")
     Q_PROPERTY(TPQuickOpenRowsModel *rows READ rows CONSTANT)
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
-    Q_PROPERTY(bool loading READ loading NOTIFY loadingChanged)
     Q_PROPERTY(bool noMatches READ noMatches NOTIFY rowsShown)
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
 
@@ -45,7 +44,6 @@ public:
     TPQuickOpenRowsModel *rows() const { return m_rows; }
     QString query() const { return m_query; }
     void setQuery(const QString &query);
-    bool loading() const { return m_loading; }
     bool noMatches() const;
     QVariantMap texts() const { return m_texts; }
     // The query the rows shown answer ("" for the favourites and recent files).
@@ -57,14 +55,12 @@ public slots:
 
 signals:
     void queryChanged();
-    void loadingChanged();
     // New rows are shown.
     void rowsShown();
 
 private:
     // The listing's files, ready to match.
     struct Index;
-    void setLoading(bool loading);
     void onIndexRead(std::shared_ptr<const Index> index);
     // Shows what the current query asks for: matched on a worker, or the shortcuts.
     void refresh();
@@ -82,7 +78,6 @@ private:
     TPFileRunner *m_runner;
     QString m_query;
     QString m_shownQuery;
-    bool m_loading = false;
     QVariantMap m_texts;
     std::shared_ptr<const Index> m_index;
     // Counts the queries sent to the worker: a result is shown only for the newest.
