@@ -41,7 +41,7 @@ ScreenPage {
             required property int index
             required property string title
             required property string detail
-            required property string mark
+            required property int mark
             objectName: "historyRow" + index
             width: ListView.view.width
             height: 60
@@ -54,7 +54,7 @@ ScreenPage {
                     text: row.title
                     elide: Text.ElideMiddle
                     font.pixelSize: Theme.bodySize
-                    color: row.mark === "dimmed" ? Theme.secondaryLabel : Theme.label
+                    color: row.mark === TPTitledRowsModel.Dimmed ? Theme.secondaryLabel : Theme.label
                 }
                 Text {
                     width: parent.width
@@ -64,14 +64,7 @@ ScreenPage {
                     color: Theme.secondaryLabel
                 }
             }
-            background: Rectangle {
-                color: row.pressed ? Theme.highlight : Theme.background
-                Rectangle {
-                    anchors { left: parent.left; leftMargin: 16; right: parent.right; bottom: parent.bottom }
-                    height: 0.5
-                    color: Theme.separator
-                }
-            }
+            background: RowBackground { pressed: row.pressed }
         }
     }
 }

@@ -67,11 +67,13 @@ ScreenPage {
             id: lineRow
             required property string title
             required property string detail
-            required property string mark
+            required property int mark
             width: ListView.view.width
             height: line.implicitHeight + 2
-            color: mark === "added" ? Theme.addedLine : mark === "removed" ? Theme.removedLine : "transparent"
-            readonly property string sign: mark === "added" ? "+" : mark === "removed" ? "−" : ""
+            color: mark === TPTitledRowsModel.Added ? Theme.addedLine
+                   : mark === TPTitledRowsModel.Removed ? Theme.removedLine : "transparent"
+            readonly property string sign: mark === TPTitledRowsModel.Added ? "+"
+                                          : mark === TPTitledRowsModel.Removed ? "−" : ""
             Accessible.name: (sign !== "" ? sign + " " : "") + title
             Text {
                 id: gutter
@@ -91,7 +93,7 @@ ScreenPage {
                 wrapMode: Text.WrapAtWordBoundaryOrAnywhere
                 textFormat: Text.PlainText
                 font: page.controller.font
-                color: lineRow.mark === "folded" ? Theme.secondaryLabel : Theme.label
+                color: lineRow.mark === TPTitledRowsModel.Folded ? Theme.secondaryLabel : Theme.label
             }
         }
     }

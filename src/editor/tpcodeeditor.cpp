@@ -200,7 +200,7 @@ void TPCodeEditor::refreshOutline()
     QList<TPTitledRowsModel::Row> rows;
     m_outlineLines.clear();
     for (const TPLuaOutline::Entry &entry : TPLuaOutline::functions(m_buffer.script())) {
-        rows.append({entry.name, TPL("editor_outline_line").arg(entry.line), QString()});
+        rows.append({entry.name, TPL("editor_outline_line").arg(entry.line)});
         m_outlineLines.append(entry.line);
     }
     m_outline.setRows(rows);

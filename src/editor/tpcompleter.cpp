@@ -60,8 +60,7 @@ void TPCompleter::show(const QList<TPCompletionCandidate> &candidates)
     m_candidates = candidates;
     QList<TPTitledRowsModel::Row> rows;
     for (const TPCompletionCandidate &candidate : candidates)
-        rows.append({candidate.name, candidate.hint,
-                     candidate.block ? QStringLiteral("block") : QString()});
+        rows.append({candidate.name, candidate.hint});
     m_rows.updateRows(rows);
     m_current = 0;
     emit changed();

@@ -83,7 +83,8 @@ void TPHistoryVC::showFiles()
         const bool deleted = isDeleted(file.path);
         if (deleted)
             detail += QStringLiteral(" · ") + TPL("history_deleted");
-        rows.append({file.path, detail, deleted ? QStringLiteral("dimmed") : QString()});
+        rows.append(
+            {file.path, detail, deleted ? TPTitledRowsModel::Dimmed : TPTitledRowsModel::Plain});
     }
     m_rows->setRows(rows);
     setLoading(m_answersAwaited > 0);
@@ -111,7 +112,7 @@ void TPHistoryVC::showVersions()
         QString detail = TPL("history_bytes").arg(version.size);
         if (version.added >= 0)
             detail += QStringLiteral(" · ") + TPL(against).arg(version.added).arg(version.removed);
-        rows.append({TPLDateTime(version.time), detail, QString()});
+        rows.append({TPLDateTime(version.time), detail});
     }
     m_rows->setRows(rows);
     setLoading(false);

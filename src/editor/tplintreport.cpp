@@ -36,7 +36,7 @@ void TPLintReport::show()
     QList<TPTitledRowsModel::Row> rows;
     m_lines.clear();
     for (const TPLintWarning &warning : std::as_const(m_result.warnings)) {
-        rows.append({describe(warning), TPL("editor_outline_line").arg(warning.line), QString()});
+        rows.append({describe(warning), TPL("editor_outline_line").arg(warning.line)});
         if (!m_lines.contains(warning.line))
             m_lines.append(warning.line);
     }

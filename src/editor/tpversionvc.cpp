@@ -47,7 +47,7 @@ QString TPVersionVC::legend() const
 bool TPVersionVC::noDifferences() const
 {
     for (const TPTitledRowsModel::Row &row : m_changes->rows()) {
-        if (row.mark == QLatin1String("added") || row.mark == QLatin1String("removed"))
+        if (row.mark == TPTitledRowsModel::Added || row.mark == TPTitledRowsModel::Removed)
             return false;
     }
     return !loading();
@@ -90,7 +90,7 @@ void TPVersionVC::showWhenRead()
         text.removeLast();
     QList<TPTitledRowsModel::Row> lines;
     for (qsizetype i = 0; i < text.size(); ++i)
-        lines.append({text.at(i), QString::number(i + 1), QString()});
+        lines.append({text.at(i), QString::number(i + 1)});
     m_lines->setRows(lines);
 
     QList<TPTitledRowsModel::Row> changes;
@@ -98,16 +98,16 @@ void TPVersionVC::showWhenRead()
         switch (line.origin) {
         case '~':
             changes.append(
-                {TPL("diff_folded").arg(line.folded), QString(), QStringLiteral("folded")});
+                {TPL("diff_folded").arg(line.folded), QString(), TPTitledRowsModel::Folded});
             break;
         case '-':
-            changes.append({line.text, QString(), QStringLiteral("removed")});
+            changes.append({line.text, QString(), TPTitledRowsModel::Removed});
             break;
         case '+':
-            changes.append({line.text, QString(), QStringLiteral("added")});
+            changes.append({line.text, QString(), TPTitledRowsModel::Added});
             break;
         default:
-            changes.append({line.text, QString(), QString()});
+            changes.append({line.text, QString()});
         }
     }
     m_changes->setRows(changes);

@@ -26,7 +26,7 @@ class TPVersionVC : public TPViewController
     QML_UNCREATABLE("Made by the history")
     // The version's text, a row per line, its number as the detail.
     Q_PROPERTY(TPTitledRowsModel *lines READ lines CONSTANT)
-    // The diff: marks "removed", "added", "folded" (the title says how many lines) or "".
+    // The diff: marks Removed, Added, Folded (the title says how many lines) or Plain.
     Q_PROPERTY(TPTitledRowsModel *changes READ changes CONSTANT)
     Q_PROPERTY(bool showingChanges READ showingChanges WRITE setShowingChanges NOTIFY
                    showingChangesChanged)

@@ -44,7 +44,7 @@ QVariant TPTitledRowsModel::data(const QModelIndex &index, int role) const
     case DetailRole:
         return row.detail;
     case MarkRole:
-        return row.mark;
+        return int(row.mark);
     default:
         return {};
     }

@@ -5,9 +5,9 @@
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
-// Rows of a title over a detail line, with a mark the view shows by colour: "" plain,
-// "added" and "removed" (the lines of a comparison), "dimmed" (what cannot be opened). The
-// history's screens and the editor's outline list with it.
+// Rows of a title over a detail line, with a mark the view shows by colour: plain, added and
+// removed (the lines of a comparison), folded (unchanged lines left out of one), dimmed
+// (what cannot be opened). The history's screens and the editor's outline list with it.
 class TPTitledRowsModel : public QAbstractListModel
 {
     Q_OBJECT
@@ -16,12 +16,15 @@ class TPTitledRowsModel : public QAbstractListModel
 
 public:
     enum Role { TitleRole = Qt::UserRole + 1, DetailRole, MarkRole };
+    // The views read the mark as a number and compare it with these, by name.
+    enum Mark { Plain, Added, Removed, Folded, Dimmed };
+    Q_ENUM(Mark)
 
     struct Row
     {
         QString title;
         QString detail;
-        QString mark;
+        Mark mark = Plain;
 
         friend bool operator==(const Row &, const Row &) = default;
     };

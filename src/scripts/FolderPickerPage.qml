@@ -7,7 +7,6 @@ import TPCompanion.Scripts
 ScreenPage {
     id: page
     required property TPFolderPickerVC controller
-    readonly property real sideInset: Math.max(0, (width - Theme.readableWidth) / 2)
 
     Rectangle {
         anchors.fill: parent
@@ -32,14 +31,14 @@ ScreenPage {
             id: row
             required property int index
             required property string title
-            required property string mark
+            required property int mark
             objectName: "folderRow" + index
             width: ListView.view.width
             height: 44
             padding: 0
             leftPadding: 16
             rightPadding: 16
-            enabled: row.mark === ""
+            enabled: row.mark === TPTitledRowsModel.Plain
             Accessible.name: title
             onClicked: page.controller.didSelectRow(index)
             contentItem: Row {
@@ -48,7 +47,7 @@ ScreenPage {
                     anchors.verticalCenter: parent.verticalCenter
                     text: "📁"
                     font.pixelSize: Theme.bodySize
-                    opacity: row.mark === "dimmed" ? 0.5 : 1
+                    opacity: row.mark === TPTitledRowsModel.Dimmed ? 0.5 : 1
                 }
                 Text {
                     anchors.verticalCenter: parent.verticalCenter
@@ -56,17 +55,10 @@ ScreenPage {
                     text: row.title
                     elide: Text.ElideMiddle
                     font.pixelSize: Theme.bodySize
-                    color: row.mark === "dimmed" ? Theme.secondaryLabel : Theme.label
+                    color: row.mark === TPTitledRowsModel.Dimmed ? Theme.secondaryLabel : Theme.label
                 }
             }
-            background: Rectangle {
-                color: row.pressed ? Theme.highlight : Theme.background
-                Rectangle {
-                    anchors { left: parent.left; leftMargin: 16; right: parent.right; bottom: parent.bottom }
-                    height: 0.5
-                    color: Theme.separator
-                }
-            }
+            background: RowBackground { pressed: row.pressed }
         }
     }
 }

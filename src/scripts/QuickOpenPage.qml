@@ -9,7 +9,6 @@ ScreenPage {
     id: page
     required property TPQuickOpenVC controller
     readonly property var texts: controller.texts
-    readonly property real sideInset: Math.max(0, (width - Theme.readableWidth) / 2)
 
     // The keyboard comes up with the screen, ready for the first letter.
     StackView.onActivated: queryField.forceActiveFocus()
@@ -112,14 +111,7 @@ ScreenPage {
                     color: Theme.secondaryLabel
                 }
             }
-            background: Rectangle {
-                color: row.pressed ? Theme.highlight : Theme.background
-                Rectangle {
-                    anchors { left: parent.left; leftMargin: 16; right: parent.right; bottom: parent.bottom }
-                    height: 0.5
-                    color: Theme.separator
-                }
-            }
+            background: RowBackground { pressed: row.pressed }
             ToolTextButton {
                 objectName: "quickOpenRun" + row.index
                 anchors { right: parent.right; rightMargin: 4; verticalCenter: parent.verticalCenter }

@@ -8,7 +8,6 @@ import TPCompanion.Scripts
 ScreenPage {
     id: page
     required property TPReplacePreviewVC controller
-    readonly property real sideInset: Math.max(0, (width - Theme.readableWidth) / 2)
 
     barItems: BarButton {
         objectName: "replaceApplyButton"

@@ -9,8 +9,6 @@ import TPCompanion.Scripts
 // Pulling the list down refreshes it.
 ScreenPage {
     id: page
-    // On a wide window the rows keep a readable width in the middle.
-    readonly property real sideInset: Math.max(0, (width - Theme.readableWidth) / 2)
     required property TPScriptsListVC controller
 
     // Opening any file by name, and searching the text of every file, from the top of the
@@ -208,14 +206,10 @@ ScreenPage {
                     color: Theme.chevron
                 }
             }
-            background: Rectangle {
-                color: row.pressed ? Theme.highlight : Theme.background
-                Rectangle {
-                    anchors { left: parent.left; leftMargin: 16 + page.sideInset; right: parent.right
-                              rightMargin: page.sideInset; bottom: parent.bottom }
-                    height: 0.5
-                    color: Theme.separator
-                }
+            background: RowBackground {
+                pressed: row.pressed
+                separatorStart: 16 + page.sideInset
+                separatorEndInset: page.sideInset
             }
             swipe.right: AbstractButton {
                 objectName: "deleteButton"

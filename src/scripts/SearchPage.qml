@@ -10,7 +10,6 @@ ScreenPage {
     id: page
     required property TPSearchVC controller
     readonly property var texts: controller.texts
-    readonly property real sideInset: Math.max(0, (width - Theme.readableWidth) / 2)
 
     // The keyboard comes up with the screen, ready for the first letter.
     StackView.onActivated: queryField.forceActiveFocus()

@@ -11,7 +11,7 @@
 namespace {
 
 // The row mark of the folder the entry is in now.
-const QString kCurrentFolderMark = QStringLiteral("dimmed");
+constexpr TPTitledRowsModel::Mark kCurrentFolderMark = TPTitledRowsModel::Dimmed;
 
 } // namespace
 
@@ -49,7 +49,7 @@ void TPFolderPickerVC::showTargets(const QJsonArray &listing)
     QList<TPTitledRowsModel::Row> rows;
     for (const QString &folder : std::as_const(m_targets))
         rows.append({folder.isEmpty() ? TPL("tab_scripts") : folder, QString(),
-                     folder == current ? kCurrentFolderMark : QString()});
+                     folder == current ? kCurrentFolderMark : TPTitledRowsModel::Plain});
     m_rows->setRows(rows);
 }
 

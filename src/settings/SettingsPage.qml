@@ -8,8 +8,6 @@ import TPCompanion.Settings
 ScreenPage {
     id: page
     required property TPSettingsVC controller
-    // On a wide window the table keeps a readable width in the middle.
-    readonly property real sideInset: Math.max(0, (width - Theme.readableWidth) / 2)
 
     Rectangle {
         anchors.fill: parent

@@ -15,7 +15,7 @@ QStringList shownRows(const TPTitledRowsModel *rows)
 {
     QStringList shown;
     for (const TPTitledRowsModel::Row &row : rows->rows())
-        shown.append(row.mark + u'|' + row.title + u'|' + row.detail);
+        shown.append(TPMarkName(row.mark) + u'|' + row.title + u'|' + row.detail);
     return shown;
 }
 
@@ -132,9 +132,9 @@ private slots:
         QCOMPARE(files->title(), QString::fromUtf8("Lịch sử"));
         QTRY_COMPARE(files->rows()->rowCount(), 2);
         QTRY_VERIFY(files->isDeleted(QStringLiteral("lib/gone.lua")));
-        QTRY_COMPARE(files->rows()->rows().at(1).mark, QStringLiteral("dimmed"));
+        QTRY_COMPARE(files->rows()->rows().at(1).mark, TPTitledRowsModel::Dimmed);
         QCOMPARE(files->rows()->rows().at(0).title, QStringLiteral("main.lua"));
-        QCOMPARE(files->rows()->rows().at(0).mark, QString());
+        QCOMPARE(files->rows()->rows().at(0).mark, TPTitledRowsModel::Plain);
         QCOMPARE(files->rows()->rows().at(1).title, QStringLiteral("lib/gone.lua"));
         QVERIFY(files->rows()->rows().at(1).detail.endsWith(QString::fromUtf8(" · đã xoá")));
 

@@ -102,7 +102,9 @@ class TestTPKeptEntries : public QObject
             return {QStringLiteral("<loading>")};
         QStringList shown;
         for (const TPTitledRowsModel::Row &row : history->rows()->rows())
-            shown.append(row.title + (row.mark.isEmpty() ? QString() : u' ' + row.mark));
+            shown.append(row.title + (row.mark == TPTitledRowsModel::Plain
+                                          ? QString()
+                                          : u' ' + TPMarkName(row.mark)));
         m_stack->popViewController();
         return shown;
     }
@@ -205,7 +207,7 @@ private slots:
         m_stack->popViewController();
         m_stack->popViewController();
         QTRY_VERIFY(!files->isDeleted(QStringLiteral("farm/harvest.lua")));
-        QCOMPARE(files->rows()->rows().first().mark, QString());
+        QCOMPARE(files->rows()->rows().first().mark, TPTitledRowsModel::Plain);
     }
 
     void deletingAFolderKeepsEveryFileAndUndoBringsBackEveryFolderAndFile()

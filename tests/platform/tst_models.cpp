@@ -155,20 +155,20 @@ private slots:
         QAbstractItemModelTester tester(&rows,
                                         QAbstractItemModelTester::FailureReportingMode::QtTest);
         using Row = TPTitledRowsModel::Row;
-        rows.setRows({{QStringLiteral("a"), QStringLiteral("1"), QString()},
-                      {QStringLiteral("b"), QStringLiteral("2"), QStringLiteral("dimmed")}});
+        rows.setRows({{QStringLiteral("a"), QStringLiteral("1")},
+                      {QStringLiteral("b"), QStringLiteral("2"), TPTitledRowsModel::Dimmed}});
         QCOMPARE(rows.rowCount(), 2);
-        rows.updateRows({{QStringLiteral("a"), QStringLiteral("1"), QString()},
-                         {QStringLiteral("c"), QStringLiteral("3"), QString()},
-                         {QStringLiteral("d"), QString(), QStringLiteral("added")}});
+        rows.updateRows({{QStringLiteral("a"), QStringLiteral("1")},
+                         {QStringLiteral("c"), QStringLiteral("3")},
+                         {QStringLiteral("d"), QString(), TPTitledRowsModel::Added}});
         QCOMPARE(rows.rowCount(), 3);
         QCOMPARE(rows.data(rows.index(1), TPTitledRowsModel::TitleRole).toString(),
                  QStringLiteral("c"));
-        rows.updateRows({Row{QStringLiteral("e"), QString(), QString()}});
+        rows.updateRows({Row{QStringLiteral("e"), QString()}});
         QCOMPARE(rows.rowCount(), 1);
         rows.updateRows({});
         QCOMPARE(rows.rowCount(), 0);
-        rows.setRows({Row{QStringLiteral("f"), QString(), QString()}});
+        rows.setRows({Row{QStringLiteral("f"), QString()}});
         QCOMPARE(rows.rowCount(), 1);
     }
 

@@ -673,7 +673,7 @@ private slots:
                      QStringList({QString(), QStringLiteral("lib"), QStringLiteral("lib/sub"),
                                   QStringLiteral("lib/util")}));
         // The folder it is in is shown dimmed, and choosing it sends nothing.
-        QCOMPARE(picker->rows()->rows().at(1).mark, QStringLiteral("dimmed"));
+        QCOMPARE(picker->rows()->rows().at(1).mark, TPTitledRowsModel::Dimmed);
         m_fixture.engine->clearRequests();
         picker->didSelectRow(1);
         picker->didSelectRow(2);

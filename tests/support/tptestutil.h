@@ -2,12 +2,14 @@
 
 #include "engine/tpengineapi.h"
 #include "foundation/tpdeviceaddress.h"
+#include "platform/tptitledrowsmodel.h"
 
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QHostAddress>
+#include <QMetaEnum>
 #include <QString>
 #include <QTcpServer>
 
@@ -22,6 +24,16 @@ inline const QString TPNone = QStringLiteral("<none>");
 inline QString orNone(const std::optional<QString> &text)
 {
     return text ? *text : TPNone;
+}
+
+// A row mark by its name in lower case ("added", "dimmed"), and a plain row's as "": the
+// tests read the rows as texts.
+inline QString TPMarkName(TPTitledRowsModel::Mark mark)
+{
+    if (mark == TPTitledRowsModel::Plain)
+        return {};
+    return QString::fromLatin1(QMetaEnum::fromType<TPTitledRowsModel::Mark>().valueToKey(mark))
+        .toLower();
 }
 
 // A loopback port nothing listens on: taken from the system, then given back.
