@@ -60,7 +60,7 @@ Item {
         Accessible.name: host.alert ? host.alert.accessibleName : ""
         MouseArea {
             anchors.fill: parent
-            onClicked: if (host.isSheet) host.alert.dismissByCancel()
+            onClicked: host.presenter.tapOutside()
         }
     }
 
@@ -189,7 +189,7 @@ Item {
         id: sheet
         objectName: "sheet"
         visible: host.isSheet
-        readonly property Item anchorItem: host.popover ? SheetAnchors.find(host.alert.anchor) : null
+        readonly property Item anchorItem: host.popover ? host.alert.anchor : null
         readonly property point anchorPoint: anchorItem ? anchorItem.mapToItem(host, anchorItem.width, anchorItem.height) : Qt.point(0, 0)
         width: anchorItem ? 260 : host.width - 16
         x: anchorItem ? Math.max(8, Math.min(host.width - width - 8, anchorPoint.x - width)) : 8
@@ -212,7 +212,7 @@ Item {
                         required property int index
                         required property TPAlertAction modelData
                         objectName: "sheetAction" + index
-                        visible: modelData.style !== TPAlertAction.Cancel || !host.popover
+                        visible: modelData.offered
                         width: sheetActions.width
                         height: visible ? 56 : 0
                         enabled: modelData.enabled

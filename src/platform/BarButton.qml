@@ -2,11 +2,10 @@ import QtQuick
 import QtQuick.Controls
 import TPCompanion.Platform
 
-// A navigation bar button: a title or a glyph in the tint colour. With an anchorName, a
-// sheet that a controller anchors to that name appears next to it.
+// A navigation bar button: a title or a glyph in the tint colour. A sheet it opens may point
+// at it: its tap hands the button itself to the controller.
 AbstractButton {
     id: button
-    property string anchorName: ""
     property string glyph: ""
     // Shown beside the glyph (the back button's previous title).
     property string label: ""
@@ -37,7 +36,4 @@ AbstractButton {
         }
     }
     background: Item {}
-
-    Component.onCompleted: if (anchorName !== "") SheetAnchors.register(anchorName, button)
-    Component.onDestruction: if (anchorName !== "") SheetAnchors.unregister(anchorName, button)
 }

@@ -15,6 +15,14 @@ void TPAlertAction::setEnabled(bool enabled)
     emit enabledChanged();
 }
 
+void TPAlertAction::setOffered(bool offered)
+{
+    if (m_offered == offered)
+        return;
+    m_offered = offered;
+    emit offeredChanged();
+}
+
 void TPAlertAction::trigger() const
 {
     if (m_handler)
@@ -152,4 +160,17 @@ QString TPAlertController::accessibleName() const
 QQmlListProperty<TPAlertAction> TPAlertController::actionList()
 {
     return QQmlListProperty<TPAlertAction>(this, &m_actions);
+}
+
+void TPAlertController::setAnchor(QQuickItem *anchor)
+{
+    if (m_anchor == anchor)
+        return;
+    if (m_anchor)
+        disconnect(m_anchor, &QObject::destroyed, this, &TPAlertController::anchorChanged);
+    m_anchor = anchor;
+    // A row scrolled away or a list reloaded takes its button, and the sheet its place.
+    if (anchor)
+        connect(anchor, &QObject::destroyed, this, &TPAlertController::anchorChanged);
+    emit anchorChanged();
 }

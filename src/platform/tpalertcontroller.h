@@ -2,7 +2,9 @@
 
 #include <QList>
 #include <QObject>
+#include <QPointer>
 #include <QQmlListProperty>
+#include <QQuickItem>
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
@@ -17,6 +19,8 @@ class TPAlertAction : public QObject
     Q_PROPERTY(QString title READ title CONSTANT)
     Q_PROPERTY(Style style READ style CONSTANT)
     Q_PROPERTY(bool enabled READ isEnabled WRITE setEnabled NOTIFY enabledChanged)
+    // Whether the alert offers the action as it is shown now; the presenter decides.
+    Q_PROPERTY(bool offered READ isOffered NOTIFY offeredChanged)
 
 public:
     enum class Style { Default, Cancel, Destructive };
@@ -29,16 +33,20 @@ public:
     Style style() const { return m_style; }
     bool isEnabled() const { return m_enabled; }
     void setEnabled(bool enabled);
+    bool isOffered() const { return m_offered; }
+    void setOffered(bool offered);
     // Runs the handler, if any.
     void trigger() const;
 
 signals:
     void enabledChanged();
+    void offeredChanged();
 
 private:
     QString m_title;
     Style m_style;
     bool m_enabled = true;
+    bool m_offered = true;
     std::function<void()> m_handler;
 };
 
@@ -66,7 +74,8 @@ class TPAlertController : public QObject
     // TPInputTraits gives them).
     Q_PROPERTY(int inputMethodHints READ inputMethodHints CONSTANT)
     Q_PROPERTY(QQmlListProperty<TPAlertAction> actions READ actionList CONSTANT)
-    Q_PROPERTY(QString anchor READ anchor CONSTANT)
+    // The control a sheet points at: a view hands its own item. Gone with the item.
+    Q_PROPERTY(QQuickItem *anchor READ anchor NOTIFY anchorChanged)
     // What a screen reader announces for the alert or sheet: its title, else its message,
     // else its actions' titles (a sheet may have neither title nor message).
     Q_PROPERTY(QString accessibleName READ accessibleName CONSTANT)
@@ -96,8 +105,7 @@ public:
 
     TPAlertAction *addAction(const QString &title, TPAlertAction::Style style,
                              std::function<void()> handler = {});
-    // The name of the control a sheet points at (a view places it there).
-    void setAnchor(const QString &anchor) { m_anchor = anchor; }
+    void setAnchor(QQuickItem *anchor);
     // The action Return triggers when the alert has more than one; as the platform's
     // preferred action, it must be one of the alert's own.
     void setPreferredAction(TPAlertAction *action);
@@ -117,7 +125,7 @@ public:
     QList<TPAlertAction *> actions() const { return m_actions; }
     // The same actions as a list the views can read.
     QQmlListProperty<TPAlertAction> actionList();
-    QString anchor() const { return m_anchor; }
+    QQuickItem *anchor() const { return m_anchor; }
     QString accessibleName() const;
 
     // The action's handler runs after the alert has been dismissed, as on the platform.
@@ -137,6 +145,7 @@ public:
 
 signals:
     void textChanged();
+    void anchorChanged();
     // The alert is gone; its presenter lets go of it.
     void dismissed();
 
@@ -151,5 +160,5 @@ private:
 
     QList<TPAlertAction *> m_actions;
     TPAlertAction *m_preferred = nullptr;
-    QString m_anchor;
+    QPointer<QQuickItem> m_anchor;
 };

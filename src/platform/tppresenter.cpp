@@ -3,6 +3,7 @@
 TPPresenter::TPPresenter(QObject *parent) : QObject(parent)
 {
     connect(this, &TPPresenter::currentChanged, this, &TPPresenter::layoutChanged);
+    connect(this, &TPPresenter::layoutChanged, this, &TPPresenter::updateOffered);
 }
 
 void TPPresenter::setWindowWidth(qreal width)
@@ -17,13 +18,35 @@ bool TPPresenter::currentIsPopover() const
 {
     const TPAlertController *alert = current();
     return alert && alert->preferredStyle() == TPAlertController::Style::ActionSheet &&
-           !alert->anchor().isEmpty() && m_windowWidth >= WideWindowWidth;
+           alert->anchor() && m_windowWidth >= WideWindowWidth;
+}
+
+void TPPresenter::updateOffered()
+{
+    const TPAlertController *alert = current();
+    if (!alert)
+        return;
+    const bool popover = currentIsPopover();
+    // Tapping beside a popover cancels it.
+    for (TPAlertAction *action : alert->actions())
+        action->setOffered(!popover || action->style() != TPAlertAction::Style::Cancel);
+}
+
+void TPPresenter::tapOutside()
+{
+    TPAlertController *alert = current();
+    if (alert && alert->preferredStyle() == TPAlertController::Style::ActionSheet)
+        alert->dismissByCancel();
 }
 
 void TPPresenter::present(TPAlertController *alert)
 {
     alert->setParent(this);
     connect(alert, &TPAlertController::dismissed, this, [this, alert] { remove(alert); });
+    connect(alert, &TPAlertController::anchorChanged, this, [this, alert] {
+        if (current() == alert)
+            emit layoutChanged();
+    });
     m_queue.append(alert);
     if (m_queue.size() == 1)
         emit currentChanged();

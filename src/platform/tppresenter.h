@@ -35,6 +35,9 @@ public:
     qreal windowWidth() const { return m_windowWidth; }
     void setWindowWidth(qreal width);
     bool currentIsPopover() const;
+    // A tap outside the alert: a sheet is cancelled as its Cancel action would; an alert
+    // waits for an answer.
+    Q_INVOKABLE void tapOutside();
 
 signals:
     void currentChanged();
@@ -42,6 +45,8 @@ signals:
 
 private:
     void remove(TPAlertController *alert);
+    // The current alert offers all its actions, except that a popover leaves out Cancel.
+    void updateOffered();
 
     QList<TPAlertController *> m_queue;
     qreal m_windowWidth = 0;

@@ -1,28 +1,24 @@
 import QtQuick
 import QtQuick.Controls
 import TPCompanion.Platform
+import TPCompanion.Scripts
 
-// One of a list row's buttons, drawn from one entry of the row's `buttons` (a title, a
-// colour named in the theme, an action, and perhaps a spoken name). A screenful of rows is
-// built in the turn that shows them, so a row button is a single text with no layout of its
-// own. Without an entry it is hidden and takes no room.
+// One of a list row's buttons, drawn from one entry of the row's `buttons` (a rowButton: a
+// title, a colour of the theme, an action, and perhaps a spoken name). A screenful of rows
+// is built in the turn that shows them, so a row button is a single text with no layout of
+// its own. Without an entry it is hidden and takes no room.
 AbstractButton {
     id: button
     required property int rowIndex
     property var entry: undefined
 
     visible: entry !== undefined
-    objectName: entry !== undefined ? "rowButton_" + entry.action + "_" + rowIndex : ""
+    objectName: entry !== undefined ? "rowButton_" + (entry.action === TPRowButtonKind.Run ? "run" : "more") + "_" + rowIndex : ""
     text: entry !== undefined ? entry.title : ""
     enabled: entry !== undefined && entry.enabled
     implicitWidth: visible ? Math.max(44, implicitContentWidth + 16) : 0
     implicitHeight: 44
-    Accessible.name: entry !== undefined && entry.accessibleName !== undefined ? entry.accessibleName : text
-
-    // The row's menu opens as a sheet next to its button.
-    readonly property string anchorName: entry !== undefined && entry.action === "more" ? "row:" + rowIndex : ""
-    Component.onCompleted: if (anchorName !== "") SheetAnchors.register(anchorName, button)
-    Component.onDestruction: if (anchorName !== "") SheetAnchors.unregister(anchorName, button)
+    Accessible.name: entry !== undefined && entry.accessibleName !== "" ? entry.accessibleName : text
 
     // Drawn where a bar button draws its title: at the start of its width.
     contentItem: Text {
@@ -30,7 +26,8 @@ AbstractButton {
         font.pixelSize: 17
         verticalAlignment: Text.AlignVCenter
         opacity: button.pressed ? 0.4 : 1
-        color: button.enabled && button.entry !== undefined ? Theme[button.entry.color] : Theme.secondaryLabel
+        color: !button.enabled || button.entry === undefined ? Theme.secondaryLabel
+               : button.entry.colour === TPRowButtonKind.Tint ? Theme.tint : Theme.secondaryLabel
     }
     background: Item {}
 }

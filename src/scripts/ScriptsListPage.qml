@@ -62,10 +62,9 @@ ScreenPage {
         }
         BarButton {
             objectName: "addButton"
-            anchorName: "add"
             glyph: "+"
             text: page.controller ? page.controller.texts.add : ""
-            onClicked: page.controller.onAddTapped()
+            onClicked: page.controller.onAddTapped(this)
         }
     }
 
@@ -163,7 +162,11 @@ ScreenPage {
                 else
                     swipe.close()
             }
-            onPressAndHold: page.controller.onMoreButtonTapped(index)
+            // The row's two buttons, each handed over as it is made: the contentItem is
+            // deferred, so nothing inside it may have an id.
+            property Item firstButton: null
+            property Item secondButton: null
+            onPressAndHold: page.controller.onRowPressedAndHeld(index, firstButton, secondButton)
 
             contentItem: RowLayout {
                 spacing: 0
@@ -191,13 +194,15 @@ ScreenPage {
                 // A file's row holds two buttons (run, menu), a folder's row one (menu).
                 RowButton {
                     rowIndex: row.index
+                    Component.onCompleted: row.firstButton = this
                     entry: row.buttons[0]
-                    onClicked: page.controller.onRowButtonTapped(entry.action, row.index)
+                    onClicked: page.controller.onRowButtonTapped(entry.action, row.index, this)
                 }
                 RowButton {
                     rowIndex: row.index
+                    Component.onCompleted: row.secondButton = this
                     entry: row.buttons[1]
-                    onClicked: page.controller.onRowButtonTapped(entry.action, row.index)
+                    onClicked: page.controller.onRowButtonTapped(entry.action, row.index, this)
                 }
                 Text {
                     objectName: "rowChevron"

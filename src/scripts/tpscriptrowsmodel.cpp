@@ -96,12 +96,10 @@ QVariant TPScriptRowsModel::data(const QModelIndex &index, int role) const
         return !TPEngineAPI::canCarryPath(TPEngineAPI::entryPath(entry));
     case ButtonsRole: {
         const bool runEnabled = isRunEnabled(index.row());
-        QVariantList buttons = m_buttonsForDir(TPScriptTree::isFolderEntry(entry));
-        for (QVariant &button : buttons) {
-            QVariantMap map = button.toMap();
-            map.insert(QStringLiteral("enabled"),
-                       runEnabled || map.value(QStringLiteral("action")) != QLatin1String("run"));
-            button = map;
+        QVariantList buttons;
+        for (TPRowButton button : m_buttonsForDir(TPScriptTree::isFolderEntry(entry))) {
+            button.enabled = runEnabled || button.action != TPRowButtonKind::Run;
+            buttons.append(QVariant::fromValue(button));
         }
         return buttons;
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "scripts/tprowbutton.h"
+
 #include <QAbstractListModel>
 #include <QJsonArray>
 #include <QSet>
@@ -30,7 +32,7 @@ public:
     };
 
     // The buttons of a folder's or a file's row.
-    using ButtonsForDir = std::function<QVariantList(bool isDir)>;
+    using ButtonsForDir = std::function<QList<TPRowButton>(bool isDir)>;
 
     explicit TPScriptRowsModel(ButtonsForDir buttonsForDir, QObject *parent = nullptr);
 

@@ -49,32 +49,48 @@ void TPScriptsListVC::readTexts()
     emit textsChanged();
 }
 
-QVariantMap TPScriptsListVC::accBtnTitle(const QString &title, const QString &color,
-                                         const QString &action) const
+TPRowButton TPScriptsListVC::accBtnTitle(const QString &title, TPRowButtonKind::Colour color,
+                                         TPRowButtonKind::Action action) const
 {
-    return {{QStringLiteral("title"), title},
-            {QStringLiteral("color"), color},
-            {QStringLiteral("action"), action}};
+    TPRowButton button;
+    button.title = title;
+    button.colour = color;
+    button.action = action;
+    return button;
 }
 
-QVariantList TPScriptsListVC::rowButtonsForDir(bool isDir) const
+QList<TPRowButton> TPScriptsListVC::rowButtonsForDir(bool isDir) const
 {
-    QVariantList buttons;
+    QList<TPRowButton> buttons;
     if (!isDir)
-        buttons.append(accBtnTitle(TPL("btn_run"), QStringLiteral("tint"), QStringLiteral("run")));
-    QVariantMap more =
-        accBtnTitle(QStringLiteral("⋯"), QStringLiteral("secondaryLabel"), QStringLiteral("more"));
-    more.insert(QStringLiteral("accessibleName"), TPL("row_more"));
+        buttons.append(accBtnTitle(TPL("btn_run"), TPRowButtonKind::Tint, TPRowButtonKind::Run));
+    TPRowButton more =
+        accBtnTitle(QStringLiteral("⋯"), TPRowButtonKind::SecondaryLabel, TPRowButtonKind::More);
+    more.accessibleName = TPL("row_more");
     buttons.append(more);
     return buttons;
 }
 
-void TPScriptsListVC::onRowButtonTapped(const QString &action, int row)
+void TPScriptsListVC::onRowButtonTapped(TPRowButtonKind::Action action, int row, QQuickItem *button)
 {
-    if (action == QLatin1String("run"))
+    switch (action) {
+    case TPRowButtonKind::Run:
         onRunButtonTapped(row);
-    else if (action == QLatin1String("more"))
-        onMoreButtonTapped(row);
+        break;
+    case TPRowButtonKind::More:
+        onMoreButtonTapped(row, button);
+        break;
+    }
+}
+
+void TPScriptsListVC::onRowPressedAndHeld(int row, QQuickItem *firstButton,
+                                          QQuickItem *secondButton)
+{
+    const QJsonValue entry = _rows->entryAt(row);
+    if (entry.isUndefined())
+        return;
+    // The menu button comes last: first on a folder's row, which has no Run, else second.
+    onMoreButtonTapped(row, TPScriptTree::isFolderEntry(entry) ? firstButton : secondButton);
 }
 
 void TPScriptsListVC::clearSearch()
@@ -263,11 +279,11 @@ TPEngineAPI::Completion TPScriptsListVC::reloadOnSuccess()
     });
 }
 
-void TPScriptsListVC::onAddTapped()
+void TPScriptsListVC::onAddTapped(QQuickItem *anchor)
 {
     auto *sheet =
         new TPAlertController(QString(), QString(), TPAlertController::Style::ActionSheet);
-    sheet->setAnchor(QStringLiteral("add"));
+    sheet->setAnchor(anchor);
     sheet->addAction(TPL("new_file"), TPAlertAction::Style::Default,
                      TPWhileAlive(this, [](TPScriptsListVC *self) {
                          self->promptNameWithTitle(TPL("new_file"), TPL("ph_file_name"), false);
@@ -360,7 +376,7 @@ void TPScriptsListVC::onRunButtonTapped(int row)
     m_runner->run(TPEngineAPI::entryPath(_rows->entryAt(row)));
 }
 
-void TPScriptsListVC::onMoreButtonTapped(int row)
+void TPScriptsListVC::onMoreButtonTapped(int row, QQuickItem *anchor)
 {
     const QJsonValue entry = _rows->entryAt(row);
     if (entry.isUndefined())
@@ -368,7 +384,7 @@ void TPScriptsListVC::onMoreButtonTapped(int row)
     const QString path = TPEngineAPI::entryPath(entry);
     auto *sheet =
         new TPAlertController(QString(), QString(), TPAlertController::Style::ActionSheet);
-    sheet->setAnchor(QStringLiteral("row:%1").arg(row));
+    sheet->setAnchor(anchor);
     sheet->addAction(
         TPL("menu_rename"), TPAlertAction::Style::Default,
         TPWhileAlive(this, [path](TPScriptsListVC *self) { self->promptRenameForPath(path); }));

@@ -8,6 +8,7 @@
 #include "scripts/tpscriptrowsmodel.h"
 
 #include <QJsonArray>
+#include <QQuickItem>
 
 #include <QtQml/qqmlregistration.h>
 #include <optional>
@@ -48,12 +49,12 @@ public:
     QVariantMap texts() const { return m_texts; }
     TPUndoBar *undoBar() const { return m_undoBar; }
 
-    // A row button: its title, its colour (a name in the app's theme) and the action it
-    // reports to onRowButtonTapped.
-    QVariantMap accBtnTitle(const QString &title, const QString &color,
-                            const QString &action) const;
+    // A row button: its title, its colour in the app's theme and the action it reports to
+    // onRowButtonTapped.
+    TPRowButton accBtnTitle(const QString &title, TPRowButtonKind::Colour color,
+                            TPRowButtonKind::Action action) const;
     // A file's row runs and opens its menu; a folder's row only opens its menu.
-    QVariantList rowButtonsForDir(bool isDir) const;
+    QList<TPRowButton> rowButtonsForDir(bool isDir) const;
 
     void reloadData();
     void promptNameWithTitle(const QString &title, const QString &placeholder, bool isFolder);
@@ -73,7 +74,8 @@ public:
 public slots:
     void onLangChangedNotification();
 
-    void onAddTapped();
+    // The sheet points at `anchor`, the button's own item, on a wide window.
+    void onAddTapped(QQuickItem *anchor = nullptr);
     void onRefreshTapped();
     // Every file the app has kept versions of, deleted ones too.
     void onHistoryTapped();
@@ -89,8 +91,12 @@ public slots:
     // The per-row run and menu actions, from the row's buttons. A row number is the number
     // of the row as shown, which a search may narrow.
     void onRunButtonTapped(int row);
-    void onMoreButtonTapped(int row);
-    void onRowButtonTapped(const QString &action, int row);
+    void onMoreButtonTapped(int row, QQuickItem *anchor = nullptr);
+    // A row button reports its action and hands its own item, which a menu points at.
+    void onRowButtonTapped(TPRowButtonKind::Action action, int row, QQuickItem *button = nullptr);
+    // A long press on a row opens its menu, pointing at the row's menu button: its last one
+    // (of `firstButton` and `secondButton`, as the row shows them).
+    void onRowPressedAndHeld(int row, QQuickItem *firstButton, QQuickItem *secondButton);
     // The search field's clear button.
     void clearSearch();
 

@@ -313,7 +313,7 @@ private slots:
                                                  QVariant::fromValue(m_fixture.presenter.get())}}));
         TPScriptsListVC list{QString()};
         list.setPresenter(m_fixture.presenter.get());
-        list.onAddTapped();
+        list.onAddTapped(m_view->rootObject());
         QQuickItem *cancel = nullptr;
         QTRY_VERIFY((cancel = TPFindItem(m_view->rootObject(), QStringLiteral("sheetAction2"))));
         QTRY_VERIFY(cancel->isVisible());

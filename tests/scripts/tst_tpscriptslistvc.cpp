@@ -201,13 +201,14 @@ private slots:
     void addSheetOffersNewFileNewFolderAndCancel()
     {
         TPScriptsListVC *list = show(QString());
-        list->onAddTapped();
+        QQuickItem addButton;
+        list->onAddTapped(&addButton);
         TPAlertController *sheet = m_fixture.alert();
         QVERIFY(sheet);
         QCOMPARE(sheet->preferredStyle(), TPAlertController::Style::ActionSheet);
         QCOMPARE(sheet->title(), QString());
         QCOMPARE(sheet->message(), QString());
-        QCOMPARE(sheet->anchor(), QStringLiteral("add"));
+        QCOMPARE(sheet->anchor(), &addButton);
         QCOMPARE(m_fixture.actionTitles(), QStringList({u8"File mới", u8"Folder mới", u8"Huỷ"}));
         QCOMPARE(sheet->actions().at(2)->style(), TPAlertAction::Style::Cancel);
         sheet->triggerAction(0);
@@ -505,19 +506,37 @@ private slots:
     void rowButtonsAreMadeByTheButtonFactory()
     {
         TPScriptsListVC list{QString()};
-        const QVariantList file = list.rowButtonsForDir(false);
-        const QVariantList folder = list.rowButtonsForDir(true);
+        const QList<TPRowButton> file = list.rowButtonsForDir(false);
+        const QList<TPRowButton> folder = list.rowButtonsForDir(true);
         QCOMPARE(file.size(), 2);
-        QCOMPARE(file.at(0),
-                 QVariant(list.accBtnTitle(QString::fromUtf8("Chạy"), QStringLiteral("tint"),
-                                           QStringLiteral("run"))));
-        QCOMPARE(file.at(1).toMap().value(QStringLiteral("action")).toString(),
-                 QStringLiteral("more"));
+        QCOMPARE(file.at(0), list.accBtnTitle(QString::fromUtf8("Chạy"), TPRowButtonKind::Tint,
+                                              TPRowButtonKind::Run));
+        QCOMPARE(file.at(1).action, TPRowButtonKind::More);
         QCOMPARE(folder.size(), 1);
-        QCOMPARE(folder.at(0).toMap().value(QStringLiteral("title")).toString(),
-                 QString::fromUtf8("⋯"));
-        QCOMPARE(folder.at(0).toMap().value(QStringLiteral("accessibleName")).toString(),
-                 QString::fromUtf8("Tuỳ chọn khác"));
+        QCOMPARE(folder.at(0).title, QString::fromUtf8("⋯"));
+        QCOMPARE(folder.at(0).accessibleName, QString::fromUtf8("Tuỳ chọn khác"));
+    }
+
+    // The menu points at the button that opened it; a long press points it at the row's
+    // last button, which is the menu's.
+    void aRowMenuPointsAtItsMenuButton()
+    {
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
+        const int fileRow = indexOfPath(list, QStringLiteral("main.lua"));
+        const int folderRow = indexOfPath(list, QStringLiteral("lib"));
+        QQuickItem first;
+        QQuickItem second;
+        list->onRowButtonTapped(TPRowButtonKind::More, fileRow, &second);
+        QCOMPARE(m_fixture.alert()->anchor(), &second);
+        m_fixture.alert()->dismissByCancel();
+        list->onRowPressedAndHeld(fileRow, &first, &second);
+        QCOMPARE(m_fixture.alert()->anchor(), &second);
+        m_fixture.alert()->dismissByCancel();
+        list->onRowPressedAndHeld(folderRow, &first, &second);
+        QCOMPARE(m_fixture.alert()->anchor(), &first);
+        m_fixture.alert()->dismissByCancel();
+        QCOMPARE(m_fixture.alert(), nullptr);
     }
 
     void rowRunButtonIsDisabledUntilTheAnswer()
@@ -535,19 +554,15 @@ private slots:
             return index.data(TPScriptRowsModel::ButtonsRole)
                 .toList()
                 .at(0)
-                .toMap()
-                .value(QStringLiteral("enabled"))
-                .toBool();
+                .value<TPRowButton>()
+                .enabled;
         };
-        list->onRowButtonTapped(QStringLiteral("run"), fileRow);
+        list->onRowButtonTapped(TPRowButtonKind::Run, fileRow);
         QCOMPARE(runEnabled(), false);
         // The menu button stays enabled.
-        QCOMPARE(index.data(TPScriptRowsModel::ButtonsRole)
-                     .toList()
-                     .at(1)
-                     .toMap()
-                     .value(QStringLiteral("enabled")),
-                 QVariant(true));
+        QCOMPARE(
+            index.data(TPScriptRowsModel::ButtonsRole).toList().at(1).value<TPRowButton>().enabled,
+            true);
         QTRY_COMPARE(runEnabled(), true);
         QCOMPARE(m_fixture.requestsTo(QStringLiteral("/runfile")).size(), 1);
         QCOMPARE(m_fixture.alertText(), QString::fromUtf8("Lỗi|Không chạy được (engine offline?)"));
@@ -558,7 +573,7 @@ private slots:
         TPScriptsListVC *list = show(QStringLiteral("lib"));
         QTRY_COMPARE(list->rows()->rowCount(), 3);
         m_fixture.engine->clearRequests();
-        list->onRowButtonTapped(QStringLiteral("more"),
+        list->onRowButtonTapped(TPRowButtonKind::More,
                                 indexOfPath(list, QStringLiteral("lib/sub")));
         QCOMPARE(m_fixture.actionTitles(),
                  QStringList({u8"Đổi tên", u8"Xoá", u8"Di chuyển…", u8"Huỷ"}));
@@ -577,7 +592,7 @@ private slots:
         TPScriptsListVC *list = show(QStringLiteral("lib"));
         QTRY_COMPARE(list->rows()->rowCount(), 3);
         m_fixture.engine->clearRequests();
-        list->onRowButtonTapped(QStringLiteral("more"),
+        list->onRowButtonTapped(TPRowButtonKind::More,
                                 indexOfPath(list, QStringLiteral("lib/util")));
         m_fixture.alert()->triggerAction(0);
         QCOMPARE(m_fixture.alert()->text(), QStringLiteral("util"));
@@ -593,12 +608,12 @@ private slots:
     {
         TPScriptsListVC *list = show(QStringLiteral("lib"));
         QTRY_COMPARE(list->rows()->rowCount(), 3);
-        list->onRowButtonTapped(QStringLiteral("more"),
+        list->onRowButtonTapped(TPRowButtonKind::More,
                                 indexOfPath(list, QStringLiteral("lib/sub")));
         QCOMPARE(m_fixture.actionTitles(), QStringList({TPL("menu_rename"), TPL("menu_delete"),
                                                         TPL("menu_move"), TPL("cancel")}));
         m_fixture.alert()->triggerAction(3);
-        list->onRowButtonTapped(QStringLiteral("more"),
+        list->onRowButtonTapped(TPRowButtonKind::More,
                                 indexOfPath(list, QStringLiteral("lib/a.lua")));
         QCOMPARE(m_fixture.actionTitles(),
                  QStringList({TPL("menu_rename"), TPL("menu_delete"), TPL("menu_move"),
@@ -606,7 +621,7 @@ private slots:
         // The star is kept for quick open, and the menu then offers to take it off.
         m_fixture.alert()->triggerAction(4);
         QVERIFY(TPOpenedFiles::isFavourite(QStringLiteral("lib/a.lua")));
-        list->onRowButtonTapped(QStringLiteral("more"),
+        list->onRowButtonTapped(TPRowButtonKind::More,
                                 indexOfPath(list, QStringLiteral("lib/a.lua")));
         QCOMPARE(m_fixture.actionTitles().at(4), TPL("menu_favourite_remove"));
         m_fixture.alert()->triggerAction(4);
@@ -628,7 +643,7 @@ private slots:
         TPScriptsListVC *list = show(QString());
         QTRY_COMPARE(list->rows()->rowCount(), 2);
         m_fixture.engine->clearRequests();
-        list->onRowButtonTapped(QStringLiteral("more"),
+        list->onRowButtonTapped(TPRowButtonKind::More,
                                 indexOfPath(list, QStringLiteral("main.lua")));
         m_fixture.alert()->triggerAction(3);
         QTRY_COMPARE(m_fixture.engine->requests().size(), 4);
@@ -664,7 +679,7 @@ private slots:
     {
         TPScriptsListVC *list = show(QStringLiteral("lib"));
         QTRY_COMPARE(list->rows()->rowCount(), 3);
-        list->onRowButtonTapped(QStringLiteral("more"),
+        list->onRowButtonTapped(TPRowButtonKind::More,
                                 indexOfPath(list, QStringLiteral("lib/a.lua")));
         m_fixture.alert()->triggerAction(2);
         auto *picker = qobject_cast<TPFolderPickerVC *>(m_stack->topViewController());
@@ -772,9 +787,7 @@ private slots:
         TPNotificationCenter::defaultCenter()->postLangChanged();
         QCOMPARE(list->texts().value(QStringLiteral("delete")).toString(),
                  QStringLiteral("Delete"));
-        QCOMPARE(
-            list->rowButtonsForDir(false).at(0).toMap().value(QStringLiteral("title")).toString(),
-            QStringLiteral("Run"));
+        QCOMPARE(list->rowButtonsForDir(false).at(0).title, QStringLiteral("Run"));
     }
 
     void alertTextsFollowTheCurrentLanguage()
