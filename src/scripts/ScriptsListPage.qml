@@ -127,15 +127,8 @@ ScreenPage {
         clip: true
 
         // Pulled far enough and let go: refresh, with the spinner until the reload ends.
-        readonly property int pullDistance: 64
-        property bool pulledFarEnough: false
-        onVerticalOvershootChanged: if (dragging && verticalOvershoot < -pullDistance) pulledFarEnough = true
-        onDraggingChanged: {
-            if (!dragging && pulledFarEnough) {
-                pulledFarEnough = false
-                page.controller.onRefreshControlPulled()
-            }
-        }
+        onVerticalOvershootChanged: if (dragging) page.controller.pullToRefresh.dragMoved(verticalOvershoot)
+        onDraggingChanged: if (!dragging) page.controller.pullToRefresh.dragEnded()
 
         delegate: SwipeDelegate {
             id: row
@@ -156,12 +149,7 @@ ScreenPage {
             implicitHeight: unreachable ? Math.max(60, implicitContentHeight + topPadding + bottomPadding) : 44
             swipe.enabled: canEdit
             Accessible.name: unreachable ? label + ". " + page.controller.texts.unreachable : label
-            onClicked: {
-                if (swipe.position === 0)
-                    page.controller.didSelectRow(index)
-                else
-                    swipe.close()
-            }
+            onClicked: if (page.controller.onRowTapped(index, swipe.position !== 0)) swipe.close()
             // The row's two buttons, each handed over as it is made: the contentItem is
             // deferred, so nothing inside it may have an id.
             property Item firstButton: null

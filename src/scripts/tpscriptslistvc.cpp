@@ -24,8 +24,11 @@
 TPScriptsListVC::TPScriptsListVC(const QString &folder, QObject *parent)
     : TPViewController(parent), _folder(folder),
       _rows(new TPScriptRowsModel([this](bool isDir) { return rowButtonsForDir(isDir); }, this)),
-      m_undoBar(new TPUndoBar(this)), m_runner(new TPFileRunner(this))
+      m_undoBar(new TPUndoBar(this)), m_runner(new TPFileRunner(this)),
+      m_pullToRefresh(new TPPullToRefresh(this))
 {
+    connect(m_pullToRefresh, &TPPullToRefresh::refreshRequested, this,
+            &TPScriptsListVC::onRefreshControlPulled);
     connect(m_runner, &TPFileRunner::runningChanged, _rows, &TPScriptRowsModel::setRunInFlight);
     setTitle(_folder.isEmpty() ? TPL("tab_scripts") : TPLastPathSegment(_folder));
     readTexts();
@@ -205,6 +208,14 @@ void TPScriptsListVC::onListingDecoded(const std::optional<QJsonArray> &children
         return;
     }
     _rows->setRows(*children);
+}
+
+bool TPScriptsListVC::onRowTapped(int row, bool swipedOpen)
+{
+    if (swipedOpen)
+        return true;
+    didSelectRow(row);
+    return false;
 }
 
 void TPScriptsListVC::didSelectRow(int row)

@@ -2,6 +2,7 @@
 
 #include "editor/tpkeptentries.h"
 #include "engine/tpengineapi.h"
+#include "platform/tppulltorefresh.h"
 #include "platform/tpundobar.h"
 #include "platform/tpviewcontroller.h"
 #include "scripts/tpfilerunner.h"
@@ -32,6 +33,7 @@ class TPScriptsListVC : public TPViewController
     Q_PROPERTY(QVariantMap texts READ texts NOTIFY textsChanged)
     // "Deleted main.lua · Undo", for a few seconds after a delete.
     Q_PROPERTY(TPUndoBar *undoBar READ undoBar CONSTANT)
+    Q_PROPERTY(TPPullToRefresh *pullToRefresh READ pullToRefresh CONSTANT)
 
 public:
     explicit TPScriptsListVC(const QString &folder, QObject *parent = nullptr);
@@ -48,6 +50,7 @@ public:
     void setSearchText(const QString &text);
     QVariantMap texts() const { return m_texts; }
     TPUndoBar *undoBar() const { return m_undoBar; }
+    TPPullToRefresh *pullToRefresh() const { return m_pullToRefresh; }
 
     // A row button: its title, its colour in the app's theme and the action it reports to
     // onRowButtonTapped.
@@ -85,6 +88,9 @@ public slots:
     // The pull-to-refresh control was pulled: it spins until the next reload ends.
     void onRefreshControlPulled();
     void didSelectRow(int row);
+    // A tap on a row: with its Delete swiped open it only closes the swipe (the answer is
+    // true: the view closes it); otherwise it selects the row.
+    bool onRowTapped(int row, bool swipedOpen);
     bool canEditRow(int row) const;
     // Swipe-to-delete confirmed on a row.
     void commitDeleteRow(int row);
@@ -138,4 +144,5 @@ private:
     QVariantMap m_texts;
     TPUndoBar *m_undoBar;
     TPFileRunner *m_runner;
+    TPPullToRefresh *m_pullToRefresh;
 };

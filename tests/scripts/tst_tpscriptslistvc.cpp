@@ -139,6 +139,37 @@ private slots:
         QCOMPARE(editor->relPath(), QStringLiteral("lib/a.lua"));
     }
 
+    // A tap on a row swiped open to its Delete closes the swipe and opens nothing; closed,
+    // the same tap opens the file.
+    void aTapOnASwipedRowOnlyClosesTheSwipe()
+    {
+        TPScriptsListVC *list = show(QStringLiteral("lib"));
+        QTRY_COMPARE(list->rows()->rowCount(), 3);
+        const int row = indexOfPath(list, QStringLiteral("lib/a.lua"));
+        QVERIFY(list->onRowTapped(row, true));
+        QCOMPARE(m_stack->topViewController(), list);
+        QVERIFY(!list->onRowTapped(row, false));
+        auto *editor = qobject_cast<TPEditorVC *>(m_stack->topViewController());
+        QVERIFY(editor);
+        QCOMPARE(editor->relPath(), QStringLiteral("lib/a.lua"));
+    }
+
+    // The list's pull to refresh reloads it, with the spinner, once pulled far enough.
+    void pullingTheListFarEnoughRefreshesIt()
+    {
+        TPScriptsListVC *list = show(QString());
+        QTRY_COMPARE(list->rows()->rowCount(), 2);
+        m_fixture.engine->clearRequests();
+        list->pullToRefresh()->dragMoved(-TPPullToRefresh::PullDistance / 2);
+        list->pullToRefresh()->dragEnded();
+        QVERIFY(!list->isRefreshing());
+        list->pullToRefresh()->dragMoved(-TPPullToRefresh::PullDistance - 8);
+        list->pullToRefresh()->dragEnded();
+        QVERIFY(list->isRefreshing());
+        QTRY_VERIFY(!list->isRefreshing());
+        QCOMPARE(m_fixture.requestsTo(QStringLiteral("/scripts")).size(), 1);
+    }
+
     void comingBackToTheListReloadsIt()
     {
         TPScriptsListVC *list = show(QString());
