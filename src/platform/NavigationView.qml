@@ -113,8 +113,9 @@ Item {
             for (let i = first; i <= last; ++i)
                 pages.pushController(i, true)
         }
+        // The screens from `first` up went: the page below them is the top again.
         function onRowsRemoved(parent, first, last) {
-            pages.pop(StackView.Immediate)
+            pages.pop(pages.get(first - 1, StackView.DontLoad), StackView.Immediate)
         }
     }
 

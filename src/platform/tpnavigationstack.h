@@ -11,7 +11,8 @@ class TPPresenter;
 
 // A navigation stack: the screens of one tab, the root first. It owns its screens; a popped
 // screen is deleted, so late completions that hold it weakly find it gone. The QML
-// StackView of the tab follows this model.
+// StackView of the tab follows this model: rows inserted are pages pushed, and rows removed
+// are exactly the pages that went, the top ones.
 class TPNavigationStack : public QAbstractListModel
 {
     Q_OBJECT

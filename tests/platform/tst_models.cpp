@@ -123,6 +123,24 @@ private slots:
         QCOMPARE(folder->appeared, 1);
     }
 
+    // Every removal names the screens that went, always the top ones: the view pops its
+    // pages down to the one below `first`.
+    void eachRemovalNamesTheTopScreensThatWent()
+    {
+        TPPresenter presenter;
+        TPNavigationStack stack(new CountingScreen, &presenter);
+        for (int pushed = 0; pushed < 3; ++pushed)
+            stack.pushViewController(new CountingScreen);
+        QSignalSpy removed(&stack, &QAbstractItemModel::rowsRemoved);
+        stack.popViewController();
+        QCOMPARE(removed.takeFirst().mid(1), QVariantList({3, 3}));
+        stack.replaceAboveRoot({new CountingScreen});
+        QCOMPARE(removed.size(), 2);
+        QCOMPARE(removed.at(0).mid(1), QVariantList({2, 2}));
+        QCOMPARE(removed.at(1).mid(1), QVariantList({1, 1}));
+        QCOMPARE(stack.depth(), 2);
+    }
+
     // A tab counts as shown from its first selection on, and stays so: its screens are built
     // then and kept.
     void aTabIsShownFromItsFirstSelectionOn()
