@@ -189,7 +189,7 @@ Item {
         id: sheet
         objectName: "sheet"
         visible: host.isSheet
-        readonly property Item anchorItem: host.popover ? host.alert.anchor : null
+        readonly property Item anchorItem: host.popover && host.alert ? host.alert.anchor : null
         readonly property point anchorPoint: anchorItem ? anchorItem.mapToItem(host, anchorItem.width, anchorItem.height) : Qt.point(0, 0)
         width: anchorItem ? 260 : host.width - 16
         x: anchorItem ? Math.max(8, Math.min(host.width - width - 8, anchorPoint.x - width)) : 8
