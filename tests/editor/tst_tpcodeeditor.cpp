@@ -46,6 +46,40 @@ private slots:
         m_document.reset();
     }
 
+    // Whether Find is open is the editor's: open, it marks every match in the document;
+    // closed, the marks and the Replace All note go.
+    void findOpenMarksEveryMatchAndClosingClearsThem()
+    {
+        TPCodeEditor *editor = editorWith(QStringLiteral("tap(1)\nx = tap\n"));
+        const QColor mark = TPTheme::shared()->findMatch();
+        const auto markedLines = [this, mark] {
+            QList<int> lines;
+            for (QTextBlock block = m_document->begin(); block.isValid(); block = block.next()) {
+                for (const QTextLayout::FormatRange &range : block.layout()->formats()) {
+                    if (range.format.background().color() == mark)
+                        lines.append(block.blockNumber());
+                }
+            }
+            return lines;
+        };
+        QSignalSpy opened(editor, &TPCodeEditor::findOpenChanged);
+        editor->find()->setQuery(QStringLiteral("tap"));
+        QTRY_VERIFY(!editor->find()->matches().isEmpty());
+        QVERIFY(markedLines().isEmpty());
+        editor->setFindOpen(true);
+        QCOMPARE(opened.size(), 1);
+        QTRY_COMPARE(markedLines(), QList<int>({0, 1}));
+        editor->setFindOpen(false);
+        QCOMPARE(opened.size(), 2);
+        QTRY_VERIFY(markedLines().isEmpty());
+        editor->setFindOpen(true);
+        editor->find()->setReplacement(QStringLiteral("touch"));
+        editor->find()->replaceAll();
+        QCOMPARE(editor->findNote(), TPL("find_replaced_count").arg(2));
+        editor->setFindOpen(false);
+        QCOMPARE(editor->findNote(), QString());
+    }
+
     // The keyword colour is the theme's, and follows a switch to the dark appearance.
     void tokenColoursFollowTheAppearance()
     {
