@@ -325,6 +325,23 @@ private slots:
         QTRY_COMPARE(m_fixture.alert(), nullptr);
     }
 
+    // A tap beside a popover closes it, and the view, which reads the popover's anchor,
+    // reads nothing of the alert that is gone.
+    void aTapBesideAPopoverClosesItWithoutAWarning()
+    {
+        QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
+        QVERIFY(showPage("Platform/AlertHost", {{QStringLiteral("presenter"),
+                                                 QVariant::fromValue(m_fixture.presenter.get())}}));
+        m_view->resize(900, 700);
+        TPScriptsListVC list{QString()};
+        list.setPresenter(m_fixture.presenter.get());
+        list.onAddTapped(m_view->rootObject());
+        QTRY_VERIFY(m_fixture.presenter->currentIsPopover());
+        QTRY_VERIFY(TPFindShownItem(m_view->rootObject(), QStringLiteral("sheetAction0")));
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, QPoint(20, 650));
+        QTRY_COMPARE(m_fixture.alert(), nullptr);
+    }
+
     void escapeOnASheetCancelsItAndReturnChoosesNothing()
     {
         QVERIFY(showPage("Platform/AlertHost", {{QStringLiteral("presenter"),
