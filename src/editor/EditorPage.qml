@@ -73,13 +73,12 @@ ScreenPage {
                 onClicked: page.code.outlineOpen = !page.code.outlineOpen
             }
         }
-        BusyIndicator {
+        ActivityIndicator {
             objectName: "loadingIndicator"
             anchors.centerIn: parent
             height: 28
             width: 28
             running: page.controller.loading
-            visible: running
             Accessible.name: page.texts.editor_loading
         }
         Row {

@@ -14,11 +14,10 @@ ScreenPage {
         color: Theme.background
     }
 
-    BusyIndicator {
+    ActivityIndicator {
         objectName: "historyLoading"
         anchors.centerIn: parent
         running: page.controller.loading
-        visible: running
     }
 
     Label {

@@ -43,10 +43,9 @@ ScreenPage {
         }
     }
 
-    BusyIndicator {
+    ActivityIndicator {
         anchors.centerIn: parent
         running: page.controller.loading
-        visible: running
     }
 
     Label {

@@ -13,11 +13,10 @@ ScreenPage {
         color: Theme.background
     }
 
-    BusyIndicator {
+    ActivityIndicator {
         objectName: "folderPickerLoading"
         anchors.centerIn: parent
         running: page.controller.loading
-        visible: running
     }
 
     ListView {

@@ -39,11 +39,10 @@ ScreenPage {
         }
     }
 
-    BusyIndicator {
+    ActivityIndicator {
         objectName: "quickOpenLoading"
         anchors.centerIn: parent
         running: page.controller.loading
-        visible: running
     }
 
     Label {
