@@ -1,6 +1,5 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Layouts
 import TPCompanion.Platform
 
 // The tab bar at the bottom and one navigation view per tab above it.
@@ -8,17 +7,20 @@ Item {
     id: tabsView
     required property TPTabBarController tabs
 
-    StackLayout {
+    // Only the selected tab's screens are shown; the others keep theirs, hidden.
+    Item {
         anchors { left: parent.left; right: parent.right; top: parent.top; bottom: tabBar.top }
-        currentIndex: tabsView.tabs.selectedIndex
         Repeater {
             model: tabsView.tabs
             // A tab's screens are built once it has been shown, as a phone's tab bar does;
             // the launch builds only the first.
             delegate: Loader {
                 id: tab
+                required property int index
                 required property TPNavigationStack stack
                 required property bool shown
+                anchors.fill: parent
+                visible: tabsView.tabs.selectedIndex === index
                 active: shown
                 sourceComponent: NavigationView { stack: tab.stack }
             }
@@ -62,6 +64,8 @@ Item {
                         Image {
                             anchors.horizontalCenter: parent.horizontalCenter
                             source: tabButton.iconSource
+                            // Drawn off the main thread: the first frame need not wait for it.
+                            asynchronous: true
                             sourceSize.width: 26
                             sourceSize.height: 26
                             width: 26

@@ -16,7 +16,8 @@ AbstractButton {
     objectName: entry !== undefined ? "rowButton_" + (entry.action === TPRowButtonKind.Run ? "run" : "more") + "_" + rowIndex : ""
     text: entry !== undefined ? entry.title : ""
     enabled: entry !== undefined && entry.enabled
-    implicitWidth: visible ? Math.max(44, implicitContentWidth + 16) : 0
+    // Whole pixels, so that the buttons beside it stay on the pixel grid too.
+    implicitWidth: visible ? Math.max(44, Math.ceil(implicitContentWidth) + 16) : 0
     implicitHeight: 44
     Accessible.name: entry !== undefined && entry.accessibleName !== "" ? entry.accessibleName : text
 

@@ -1,6 +1,5 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Layouts
 import TPCompanion.Platform
 import TPCompanion.Scripts
 
@@ -51,13 +50,12 @@ ScreenPage {
             glyph: page.controller && page.controller.reloading ? "" : "↻"
             text: page.controller ? page.controller.texts.refresh : ""
             onClicked: page.controller.onRefreshTapped()
-            BusyIndicator {
+            ActivityIndicator {
                 objectName: "refreshActivity"
                 anchors.centerIn: parent
                 width: 24
                 height: 24
                 running: page.controller ? page.controller.reloading : false
-                visible: running
             }
         }
         BarButton {
@@ -73,13 +71,12 @@ ScreenPage {
         color: Theme.background
     }
 
-    BusyIndicator {
+    ActivityIndicator {
         objectName: "refreshSpinner"
         anchors { horizontalCenter: parent.horizontalCenter; top: parent.top; topMargin: 8 }
         width: 28
         height: 28
         running: page.controller ? page.controller.refreshing : false
-        visible: running
     }
 
     ListView {
@@ -156,11 +153,40 @@ ScreenPage {
             property Item secondButton: null
             onPressAndHold: page.controller.onRowPressedAndHeld(index, firstButton, secondButton)
 
-            contentItem: RowLayout {
-                spacing: 0
+            // Laid out with anchors: the buttons and a folder's chevron at the right end,
+            // the name in the room they leave. The Column reads the Row's width through
+            // `children`, since an id here would make the deferred item immediate.
+            contentItem: Item {
+                implicitHeight: Math.max(44, children[1].implicitHeight)
+                // A file's row holds two buttons (run, menu), a folder's row one (menu).
+                Row {
+                    // On whole pixels, as a layout places them: the texts stay crisp.
+                    x: Math.round(parent.width - width)
+                    anchors.verticalCenter: parent.verticalCenter
+                    RowButton {
+                        rowIndex: row.index
+                        Component.onCompleted: row.firstButton = this
+                        entry: row.buttons[0]
+                        onClicked: page.controller.onRowButtonTapped(entry.action, row.index, this)
+                    }
+                    RowButton {
+                        rowIndex: row.index
+                        Component.onCompleted: row.secondButton = this
+                        entry: row.buttons[1]
+                        onClicked: page.controller.onRowButtonTapped(entry.action, row.index, this)
+                    }
+                    Text {
+                        objectName: "rowChevron"
+                        anchors.verticalCenter: parent.verticalCenter
+                        width: Math.ceil(implicitWidth)
+                        text: row.isFolder ? "›" : ""
+                        font.pixelSize: 24
+                        color: Theme.chevron
+                    }
+                }
                 Column {
-                    Layout.fillWidth: true
-                    Layout.rightMargin: 4
+                    anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter }
+                    anchors.rightMargin: 4 + parent.children[0].width
                     Text {
                         objectName: "rowLabel"
                         width: parent.width
@@ -178,25 +204,6 @@ ScreenPage {
                         font.pixelSize: 12
                         color: Theme.secondaryLabel
                     }
-                }
-                // A file's row holds two buttons (run, menu), a folder's row one (menu).
-                RowButton {
-                    rowIndex: row.index
-                    Component.onCompleted: row.firstButton = this
-                    entry: row.buttons[0]
-                    onClicked: page.controller.onRowButtonTapped(entry.action, row.index, this)
-                }
-                RowButton {
-                    rowIndex: row.index
-                    Component.onCompleted: row.secondButton = this
-                    entry: row.buttons[1]
-                    onClicked: page.controller.onRowButtonTapped(entry.action, row.index, this)
-                }
-                Text {
-                    objectName: "rowChevron"
-                    text: row.isFolder ? "›" : ""
-                    font.pixelSize: 24
-                    color: Theme.chevron
                 }
             }
             background: RowBackground {
