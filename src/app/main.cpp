@@ -1,5 +1,6 @@
 #include "app/appdelegate.h"
 #include "app/tpappidentity.h"
+#include "app/tpappwindow.h"
 #include "app/tpqmlmodules.h"
 #include "foundation/tpownerfile.h"
 #include "platform/tptheme.h"
@@ -7,9 +8,8 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QGuiApplication>
-#include <QQmlApplicationEngine>
+#include <QQmlEngine>
 #include <QQuickStyle>
-#include <QWindow>
 
 #include <cstdio>
 
@@ -50,19 +50,16 @@ int main(int argc, char *argv[])
 #endif
 
     AppDelegate delegate;
-    QQmlApplicationEngine engine;
-    QObject::connect(
-        &engine, &QQmlApplicationEngine::objectCreationFailed, &app,
-        [] { QCoreApplication::exit(EXIT_FAILURE); }, Qt::QueuedConnection);
-    engine.setInitialProperties({{QStringLiteral("app"), QVariant::fromValue(&delegate)}});
-    engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Main.qml")));
-    if (engine.rootObjects().isEmpty())
+    QQmlEngine engine;
+    const TPAppWindow window(engine, delegate);
+    if (!window.window()) {
+        std::fprintf(stderr, "%s\n", qPrintable(window.errorString()));
         return EXIT_FAILURE;
+    }
 #ifdef Q_OS_IOS
     // Maximised rather than full screen: the window then takes the screen's available
     // geometry, which keeps out of the notch, the status bar and the home indicator.
-    if (auto *window = qobject_cast<QWindow *>(engine.rootObjects().first()))
-        window->showMaximized();
+    window.window()->showMaximized();
 #endif
     delegate.didFinishLaunching();
     return QGuiApplication::exec();

@@ -112,6 +112,11 @@ void TPScriptsListVC::setSearchText(const QString &text)
 
 QUrl TPScriptsListVC::viewUrl() const
 {
+    return pageUrl();
+}
+
+QUrl TPScriptsListVC::pageUrl()
+{
     return QUrl(
         QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Scripts/ScriptsListPage.qml"));
 }

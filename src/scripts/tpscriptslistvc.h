@@ -39,6 +39,8 @@ public:
     explicit TPScriptsListVC(const QString &folder, QObject *parent = nullptr);
 
     QUrl viewUrl() const override;
+    // Every list screen's page: the launch reads it ahead, while the window is being built.
+    static QUrl pageUrl();
     void viewWillAppear() override;
 
     QString folder() const { return _folder; }

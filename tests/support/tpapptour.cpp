@@ -1,6 +1,7 @@
 #include "tpapptour.h"
 
 #include "app/appdelegate.h"
+#include "app/tpappwindow.h"
 #include "editor/tpcodeeditor.h"
 #include "editor/tpeditorvc.h"
 #include "editor/tphistoryvc.h"
@@ -26,7 +27,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QJsonObject>
-#include <QQmlApplicationEngine>
+#include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QSet>
@@ -135,6 +136,7 @@ TPAppTour::TPAppTour()
 
 TPAppTour::~TPAppTour()
 {
+    m_appWindow.reset();
     m_qml.reset();
     m_delegate.reset();
     m_engine.reset();
@@ -181,16 +183,16 @@ bool TPAppTour::run(const QString &language, const Stop &atScreen, QString *erro
         m_work.filePath(QStringLiteral("owner-%1-%2").arg(language).arg(m_runs));
     TPSetOwnerFileLocations({ownerRoot, ownerRoot + QStringLiteral("/AppGroup")});
 
+    m_appWindow.reset();
     m_qml.reset();
     m_delegate = std::make_unique<AppDelegate>();
-    m_qml = std::make_unique<QQmlApplicationEngine>();
-    m_qml->setInitialProperties({{QStringLiteral("app"), QVariant::fromValue(m_delegate.get())}});
-    m_qml->load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Main.qml")));
-    if (m_qml->rootObjects().isEmpty()) {
-        *error = QStringLiteral("Main.qml did not load");
+    m_qml = std::make_unique<QQmlEngine>();
+    m_appWindow = std::make_unique<TPAppWindow>(*m_qml, *m_delegate);
+    m_window = m_appWindow->window();
+    if (!m_window) {
+        *error = QStringLiteral("Main.qml did not load: ") + m_appWindow->errorString();
         return false;
     }
-    m_window = qobject_cast<QQuickWindow *>(m_qml->rootObjects().first());
     m_delegate->didFinishLaunching();
     const bool walked = walk(atScreen, error);
     if (!walked && error->isEmpty())

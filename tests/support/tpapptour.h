@@ -8,7 +8,8 @@
 #include <memory>
 
 class AppDelegate;
-class QQmlApplicationEngine;
+class QQmlEngine;
+class TPAppWindow;
 class QQuickWindow;
 class TPDevEngine;
 
@@ -33,7 +34,6 @@ public:
     bool run(const QString &language, const Stop &atScreen, QString *error);
 
     QQuickWindow *window() const { return m_window; }
-    QQmlApplicationEngine *qmlEngine() const { return m_qml.get(); }
     AppDelegate *delegate() const { return m_delegate.get(); }
 
 private:
@@ -50,6 +50,8 @@ private:
     int m_runs = 0;
     std::unique_ptr<TPDevEngine> m_engine;
     std::unique_ptr<AppDelegate> m_delegate;
-    std::unique_ptr<QQmlApplicationEngine> m_qml;
+    std::unique_ptr<QQmlEngine> m_qml;
+    // Made as the app makes its window; gone before the engine.
+    std::unique_ptr<TPAppWindow> m_appWindow;
     QQuickWindow *m_window = nullptr;
 };
