@@ -61,13 +61,9 @@ Item {
                     contentItem: Column {
                         spacing: 2
                         topPadding: 6
-                        Image {
+                        TPSvgIcon {
                             anchors.horizontalCenter: parent.horizontalCenter
                             source: tabButton.iconSource
-                            // Drawn off the main thread: the first frame need not wait for it.
-                            asynchronous: true
-                            sourceSize.width: 26
-                            sourceSize.height: 26
                             width: 26
                             height: 26
                             opacity: tabButton.selected ? 1 : 0.45

@@ -29,8 +29,7 @@ private slots:
     }
 
     // The list's page is read on the loader thread while the window is built, without the
-    // tabs asking: once read, the engine makes it at once, where a page nobody read ahead is
-    // still loading.
+    // tabs asking: once read, the engine has it, and a component for it is ready at once.
     void theFirstScreensPageIsReadWhileTheWindowIsBuilt()
     {
         AppDelegate delegate;
@@ -41,12 +40,6 @@ private slots:
         QTRY_VERIFY(window.firstPageRead());
         QVERIFY(QQmlComponent(&engine, TPScriptsListVC::pageUrl(), QQmlComponent::Asynchronous)
                     .isReady());
-        const QQmlComponent unread(
-            &engine,
-            QUrl(QStringLiteral(
-                "qrc:/qt-project.org/imports/TPCompanion/Scripts/QuickOpenPage.qml")),
-            QQmlComponent::Asynchronous);
-        QVERIFY(unread.isLoading());
     }
 };
 

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QQuickPaintedItem>
+#include <QSvgRenderer>
+#include <QUrl>
+#include <QtQml/qqmlregistration.h>
+
+// An icon drawn from an SVG file of the app's resources, at the item's size. It draws
+// through QtSvg directly: no image plugin is looked for and no image-loading thread is
+// started, which the launch would otherwise pay for its three tab icons.
+class TPSvgIcon : public QQuickPaintedItem
+{
+    Q_OBJECT
+    QML_ELEMENT
+    // A "qrc:" address or a local file's.
+    Q_PROPERTY(QUrl source READ source WRITE setSource NOTIFY sourceChanged)
+    // Whether the file was read and holds a drawing.
+    Q_PROPERTY(bool valid READ isValid NOTIFY sourceChanged)
+
+public:
+    explicit TPSvgIcon(QQuickItem *parent = nullptr);
+
+    QUrl source() const { return m_source; }
+    void setSource(const QUrl &source);
+    bool isValid() const { return m_renderer.isValid(); }
+
+    void paint(QPainter *painter) override;
+
+signals:
+    void sourceChanged();
+
+private:
+    QUrl m_source;
+    QSvgRenderer m_renderer;
+};

@@ -1,0 +1,81 @@
+#include "platform/tpsvgicon.h"
+
+#include "tptestutil.h"
+
+#include <QImage>
+#include <QPainter>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+// A filled square over the middle of a 26 by 26 view box.
+const QByteArray kSquare = "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 26 26\">"
+                           "<rect x=\"8\" y=\"8\" width=\"10\" height=\"10\" fill=\"#007aff\"/>"
+                           "</svg>";
+
+QImage drawn(TPSvgIcon &icon)
+{
+    QImage image(26, 26, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    icon.paint(&painter);
+    return image;
+}
+
+} // namespace
+
+class TestTPSvgIcon : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+
+private slots:
+    void aFileIsDrawnAtTheItemsSize()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("square.svg"));
+        QVERIFY(TPWriteFileBytes(path, kSquare));
+        TPSvgIcon icon;
+        icon.setSize(QSizeF(26, 26));
+        QSignalSpy changed(&icon, &TPSvgIcon::sourceChanged);
+        icon.setSource(QUrl::fromLocalFile(path));
+        QCOMPARE(changed.size(), 1);
+        QVERIFY(icon.isValid());
+        const QImage image = drawn(icon);
+        QCOMPARE(image.pixelColor(13, 13), QColor(0x00, 0x7a, 0xff));
+        QCOMPARE(image.pixelColor(2, 2).alpha(), 0);
+    }
+
+    void anUnreadableFileDrawsNothing()
+    {
+        TPSvgIcon icon;
+        icon.setSize(QSizeF(26, 26));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot open file")));
+        icon.setSource(QUrl::fromLocalFile(m_dir.filePath(QStringLiteral("missing.svg"))));
+        QVERIFY(!icon.isValid());
+        const QImage image = drawn(icon);
+        QCOMPARE(image.pixelColor(13, 13).alpha(), 0);
+    }
+
+    void aResourceIsReadByItsQrcAddress()
+    {
+        TPSvgIcon icon;
+        icon.setSource(QUrl(QStringLiteral("qrc:/icons/square.svg")));
+        QVERIFY(icon.isValid());
+    }
+
+    void theSameSourceAgainChangesNothing()
+    {
+        TPSvgIcon icon;
+        icon.setSource(QUrl(QStringLiteral("qrc:/icons/square.svg")));
+        QSignalSpy changed(&icon, &TPSvgIcon::sourceChanged);
+        icon.setSource(QUrl(QStringLiteral("qrc:/icons/square.svg")));
+        QCOMPARE(changed.size(), 0);
+    }
+};
+
+QTEST_MAIN(TestTPSvgIcon)
+#include "tst_tpsvgicon.moc"
