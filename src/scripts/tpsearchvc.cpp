@@ -118,7 +118,8 @@ TPSearchVC::TPSearchVC(TPFolderScreen folderScreen, TPScriptTreeIndex *index, QO
 {
     readTexts();
     // A thousand files read in a moment would redraw the progress a thousand times: it is
-    // shown at most every few frames.
+    // shown at once (the count of files as soon as the listing gives it), then at most every
+    // few frames.
     m_progressDelay.setSingleShot(true);
     m_progressDelay.setInterval(kProgressIntervalMs);
     connect(&m_progressDelay, &QTimer::timeout, this, [this] {
@@ -126,8 +127,11 @@ TPSearchVC::TPSearchVC(TPFolderScreen folderScreen, TPScriptTreeIndex *index, QO
         updateStatus();
     });
     connect(m_index, &TPScriptTreeIndex::progressChanged, this, [this] {
-        if (!m_progressDelay.isActive())
-            m_progressDelay.start();
+        if (m_progressDelay.isActive())
+            return;
+        emit progressChanged();
+        updateStatus();
+        m_progressDelay.start();
     });
     connect(m_index, &TPScriptTreeIndex::textsRead, this, [this] {
         m_progressDelay.stop();
