@@ -1,8 +1,8 @@
 import QtQuick
+import QtQuick.Controls
 
 // The spinning activity indicator, shown only while running. The spinner itself is made when
-// it first runs, and off the main thread's path: a wait of a few milliseconds, as the list's
-// first load at launch, ends before one is needed.
+// it first runs: a screen shows one only while it waits, and most never wait at launch.
 Item {
     property bool running: false
     visible: running
@@ -12,7 +12,9 @@ Item {
     Loader {
         id: spinner
         anchors.fill: parent
-        asynchronous: true
-        source: parent.running ? Qt.resolvedUrl("Spinner.qml") : ""
+        active: parent.running
+        sourceComponent: BusyIndicator {
+            running: true
+        }
     }
 }
