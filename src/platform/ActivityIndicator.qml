@@ -1,8 +1,8 @@
 import QtQuick
 import QtQuick.Controls
 
-// The spinning activity indicator, shown only while running. The spinner itself is made when
-// it first runs: a screen shows one only while it waits, and most never wait at launch.
+// The spinning activity indicator, shown only while running. The style's indicator is made
+// only while it runs, rather than with every page that might show one.
 Item {
     property bool running: false
     visible: running
