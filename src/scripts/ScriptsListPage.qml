@@ -147,19 +147,21 @@ ScreenPage {
             swipe.enabled: canEdit
             Accessible.name: unreachable ? label + ". " + page.controller.texts.unreachable : label
             onClicked: if (page.controller.onRowTapped(index, swipe.position !== 0)) swipe.close()
-            // The row's two buttons, each handed over as it is made: the contentItem is
-            // deferred, so nothing inside it may have an id.
+            // The row's two buttons, and the parts its layout reads, each handed over as it
+            // is made: the contentItem is deferred, so nothing inside it may have an id.
             property Item firstButton: null
             property Item secondButton: null
+            property Item trailingItems: null
+            property Item nameColumn: null
             onPressAndHold: page.controller.onRowPressedAndHeld(index, firstButton, secondButton)
 
             // Laid out with anchors: the buttons and a folder's chevron at the right end,
-            // the name in the room they leave. The Column reads the Row's width through
-            // `children`, since an id here would make the deferred item immediate.
+            // the name in the room they leave.
             contentItem: Item {
-                implicitHeight: Math.max(44, children[1].implicitHeight)
+                implicitHeight: Math.max(44, row.nameColumn ? row.nameColumn.implicitHeight : 0)
                 // A file's row holds two buttons (run, menu), a folder's row one (menu).
                 Row {
+                    Component.onCompleted: row.trailingItems = this
                     // On whole pixels, as a layout places them: the texts stay crisp.
                     x: Math.round(parent.width - width)
                     anchors.verticalCenter: parent.verticalCenter
@@ -185,8 +187,9 @@ ScreenPage {
                     }
                 }
                 Column {
+                    Component.onCompleted: row.nameColumn = this
                     anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter }
-                    anchors.rightMargin: 4 + parent.children[0].width
+                    anchors.rightMargin: 4 + (row.trailingItems ? row.trailingItems.width : 0)
                     Text {
                         objectName: "rowLabel"
                         width: parent.width

@@ -1,7 +1,6 @@
 #include "platform/tpsvgicon.h"
 
-#include "tptestutil.h"
-
+#include <QFile>
 #include <QImage>
 #include <QPainter>
 #include <QRegularExpression>
@@ -11,10 +10,8 @@
 
 namespace {
 
-// A filled square over the middle of a 26 by 26 view box.
-const QByteArray kSquare = "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 26 26\">"
-                           "<rect x=\"8\" y=\"8\" width=\"10\" height=\"10\" fill=\"#007aff\"/>"
-                           "</svg>";
+// The test's icon: a filled square over the middle of a 26 by 26 view box.
+const QString kSquare = QStringLiteral(":/icons/square.svg");
 
 QImage drawn(TPSvgIcon &icon)
 {
@@ -37,7 +34,7 @@ private slots:
     void aFileIsDrawnAtTheItemsSize()
     {
         const QString path = m_dir.filePath(QStringLiteral("square.svg"));
-        QVERIFY(TPWriteFileBytes(path, kSquare));
+        QVERIFY(QFile::copy(kSquare, path));
         TPSvgIcon icon;
         icon.setSize(QSizeF(26, 26));
         QSignalSpy changed(&icon, &TPSvgIcon::sourceChanged);
@@ -63,16 +60,16 @@ private slots:
     void aResourceIsReadByItsQrcAddress()
     {
         TPSvgIcon icon;
-        icon.setSource(QUrl(QStringLiteral("qrc:/icons/square.svg")));
+        icon.setSource(QUrl(QStringLiteral("qrc") + kSquare));
         QVERIFY(icon.isValid());
     }
 
     void theSameSourceAgainChangesNothing()
     {
         TPSvgIcon icon;
-        icon.setSource(QUrl(QStringLiteral("qrc:/icons/square.svg")));
+        icon.setSource(QUrl(QStringLiteral("qrc") + kSquare));
         QSignalSpy changed(&icon, &TPSvgIcon::sourceChanged);
-        icon.setSource(QUrl(QStringLiteral("qrc:/icons/square.svg")));
+        icon.setSource(QUrl(QStringLiteral("qrc") + kSquare));
         QCOMPARE(changed.size(), 0);
     }
 };
