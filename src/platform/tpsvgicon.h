@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QQuickPaintedItem>
 #include <QSvgRenderer>
 #include <QUrl>
@@ -12,10 +13,13 @@ class TPSvgIcon : public QQuickPaintedItem
 {
     Q_OBJECT
     QML_ELEMENT
-    // A "qrc:" address or a local file's.
+    // A "qrc:" address, a local file's, or one relative to the view that names it.
     Q_PROPERTY(QUrl source READ source WRITE setSource NOTIFY sourceChanged)
     // Whether the file was read and holds a drawing.
     Q_PROPERTY(bool valid READ isValid NOTIFY sourceChanged)
+    // When set, the drawing's shape in this one colour (a tint that follows the appearance);
+    // unset, the file's own colours.
+    Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged)
 
 public:
     explicit TPSvgIcon(QQuickItem *parent = nullptr);
@@ -23,13 +27,17 @@ public:
     QUrl source() const { return m_source; }
     void setSource(const QUrl &source);
     bool isValid() const { return m_renderer.isValid(); }
+    QColor color() const { return m_color; }
+    void setColor(const QColor &color);
 
     void paint(QPainter *painter) override;
 
 signals:
     void sourceChanged();
+    void colorChanged();
 
 private:
     QUrl m_source;
+    QColor m_color;
     QSvgRenderer m_renderer;
 };

@@ -21,10 +21,18 @@ ScreenPage {
             onClicked: page.controller.onQuickOpenTapped()
         }
         BarButton {
+            id: searchFilesButton
             objectName: "searchFilesButton"
             // A page under a magnifier: search in the files' text; the words are its name.
-            glyph: "⌕"
-            glyphSize: 36
+            // Drawn, not a glyph: the one glyph for it is only in a monospaced font, which
+            // the first screen would otherwise load for this button alone.
+            contentItem: TPSvgIcon {
+                implicitWidth: 24
+                implicitHeight: 24
+                source: "icons/doc.magnifyingglass.svg"
+                color: Theme.tint
+                opacity: searchFilesButton.pressed ? 0.4 : 1
+            }
             text: page.controller ? page.controller.texts.searchFiles : ""
             onClicked: page.controller.onSearchInFilesTapped()
         }
@@ -237,10 +245,14 @@ ScreenPage {
         }
     }
 
-    UndoBar {
-        objectName: "undoBar"
-        model: page.controller ? page.controller.undoBar : null
+    // Made only while it is offered: most launches never delete anything.
+    Loader {
         anchors { left: parent.left; right: parent.right; bottom: parent.bottom; margins: 8 }
         anchors { leftMargin: 8 + page.sideInset; rightMargin: 8 + page.sideInset }
+        active: page.controller !== null && page.controller.undoBar.shown
+        sourceComponent: UndoBar {
+            objectName: "undoBar"
+            model: page.controller.undoBar
+        }
     }
 }

@@ -3,6 +3,8 @@
 #include <QFile>
 #include <QImage>
 #include <QPainter>
+#include <QQmlContext>
+#include <QQmlEngine>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -46,6 +48,20 @@ private slots:
         QCOMPARE(image.pixelColor(2, 2).alpha(), 0);
     }
 
+    void aColourDrawsTheShapeInThatColourAlone()
+    {
+        TPSvgIcon icon;
+        icon.setSize(QSizeF(26, 26));
+        icon.setSource(QUrl(QStringLiteral("qrc") + kSquare));
+        QSignalSpy changed(&icon, &TPSvgIcon::colorChanged);
+        icon.setColor(QColor(0xff, 0x9f, 0x0a));
+        icon.setColor(QColor(0xff, 0x9f, 0x0a));
+        QCOMPARE(changed.size(), 1);
+        const QImage image = drawn(icon);
+        QCOMPARE(image.pixelColor(13, 13), QColor(0xff, 0x9f, 0x0a));
+        QCOMPARE(image.pixelColor(2, 2).alpha(), 0);
+    }
+
     void anUnreadableFileDrawsNothing()
     {
         TPSvgIcon icon;
@@ -61,6 +77,17 @@ private slots:
     {
         TPSvgIcon icon;
         icon.setSource(QUrl(QStringLiteral("qrc") + kSquare));
+        QVERIFY(icon.isValid());
+    }
+
+    void aRelativeSourceIsReadFromBesideItsView()
+    {
+        QQmlEngine engine;
+        QQmlContext view(&engine);
+        view.setBaseUrl(QUrl(QStringLiteral("qrc:/icons/View.qml")));
+        TPSvgIcon icon;
+        QQmlEngine::setContextForObject(&icon, &view);
+        icon.setSource(QUrl(QStringLiteral("square.svg")));
         QVERIFY(icon.isValid());
     }
 
