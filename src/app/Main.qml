@@ -24,7 +24,14 @@ ApplicationWindow {
         }
     }
 
-    AlertHost {
-        presenter: window.app.presenter
+    // Made when the first alert or sheet comes up, and kept from then on: most launches
+    // show none.
+    Loader {
+        objectName: "alertHostLoader"
+        anchors.fill: parent
+        active: window.app.presenter.current !== null || item !== null
+        sourceComponent: AlertHost {
+            presenter: window.app.presenter
+        }
     }
 }

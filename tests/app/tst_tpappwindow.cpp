@@ -1,11 +1,16 @@
 #include "app/appdelegate.h"
 #include "app/tpappwindow.h"
+#include "platform/tpalertcontroller.h"
+#include "platform/tppresenter.h"
 #include "scripts/tpscriptslistvc.h"
+#include "tpquicktestutil.h"
 #include "tpscreenfixture.h"
 
 #include <QQmlComponent>
 #include <QQmlEngine>
+#include <QQuickItem>
 #include <QQuickStyle>
+#include <QQuickWindow>
 #include <QTest>
 
 class TestTPAppWindow : public QObject
@@ -40,6 +45,44 @@ private slots:
         QTRY_VERIFY(window.firstPageRead());
         QVERIFY(QQmlComponent(&engine, TPScriptsListVC::pageUrl(), QQmlComponent::Asynchronous)
                     .isReady());
+    }
+
+    // The alert host is made when the first alert comes up, not at launch. Made then, it
+    // still takes the keyboard from the screen behind, and gives it back as the alert goes.
+    void theFirstAlertMakesTheHostWhichHoldsTheKeyboardWhileItShows()
+    {
+        AppDelegate delegate;
+        QQmlEngine engine;
+        const TPAppWindow window(engine, delegate);
+        QQuickWindow *shown = window.window();
+        QVERIFY(shown);
+        shown->requestActivate();
+        QVERIFY(QTest::qWaitForWindowActive(shown));
+        QQuickItem *hostLoader =
+            TPFindItem(shown->contentItem(), QStringLiteral("alertHostLoader"));
+        QVERIFY(hostLoader);
+        QCOMPARE(hostLoader->property("item").value<QQuickItem *>(), nullptr);
+
+        QQuickItem behind(shown->contentItem());
+        behind.forceActiveFocus();
+        QVERIFY(behind.hasActiveFocus());
+        auto *alert =
+            new TPAlertController(QStringLiteral("T"), QString(), TPAlertController::Style::Alert);
+        bool chosen = false;
+        alert->addAction(QStringLiteral("OK"), TPAlertAction::Style::Default,
+                         [&chosen] { chosen = true; });
+        delegate.presenter()->present(alert);
+        QQuickItem *host = nullptr;
+        QTRY_VERIFY((host = hostLoader->property("item").value<QQuickItem *>()));
+        QTRY_VERIFY(host->hasActiveFocus());
+        QVERIFY(!behind.hasActiveFocus());
+
+        QTest::keyClick(shown, Qt::Key_Return);
+        QVERIFY(chosen);
+        QCOMPARE(delegate.presenter()->current(), nullptr);
+        QTRY_VERIFY(behind.hasActiveFocus());
+        // Kept for the next alert.
+        QCOMPARE(hostLoader->property("item").value<QQuickItem *>(), host);
     }
 };
 

@@ -15,6 +15,7 @@
 #ifdef TP_BARE_WINDOW_AS_THE_APPS_FLOOR
 #include "engine/tpenginesession.h"
 
+#include <QSvgRenderer>
 #include <git2.h>
 #include <lua.hpp>
 #include <simdjson.h>
@@ -24,12 +25,13 @@
 
 namespace {
 
-// One function of each library the app links, so that each is loaded at start as the app's
-// are; none of them is set up before the app's first frame.
-void *const kLoaded[] = {reinterpret_cast<void *>(&git_libgit2_version),
-                         reinterpret_cast<void *>(&luaL_newstate),
-                         reinterpret_cast<void *>(&simdjson::get_active_implementation),
-                         reinterpret_cast<void *>(&u_getVersion)};
+// Something of each library the app links beyond this window's own, so that each is loaded
+// at start as the app's are; none of them is set up before the app's first frame.
+const void *const kLoaded[] = {reinterpret_cast<const void *>(&git_libgit2_version),
+                               reinterpret_cast<const void *>(&luaL_newstate),
+                               reinterpret_cast<const void *>(&simdjson::get_active_implementation),
+                               reinterpret_cast<const void *>(&u_getVersion),
+                               &QSvgRenderer::staticMetaObject};
 
 } // namespace
 #endif
@@ -44,8 +46,8 @@ int main(int argc, char *argv[])
         return 1;
 #endif
 #ifdef TP_BARE_WINDOW_AS_THE_APPS_FLOOR
-    for (void *const function : kLoaded) {
-        if (!function)
+    for (const void *const loaded : kLoaded) {
+        if (!loaded)
             return 1;
     }
     const std::jthread setUp(&TPEngineSession::setUpLibcurl);
