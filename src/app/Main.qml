@@ -30,8 +30,6 @@ ApplicationWindow {
         objectName: "alertHostLoader"
         anchors.fill: parent
         active: window.app.presenter.current !== null || item !== null
-        sourceComponent: AlertHost {
-            presenter: window.app.presenter
-        }
+        Component.onCompleted: setSource(window.app.presenter.hostUrl, { presenter: window.app.presenter })
     }
 }

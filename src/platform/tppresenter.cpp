@@ -60,3 +60,8 @@ void TPPresenter::remove(TPAlertController *alert)
     if (wasCurrent)
         emit currentChanged();
 }
+
+QUrl TPPresenter::hostUrl()
+{
+    return QUrl(QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Platform/AlertHost.qml"));
+}

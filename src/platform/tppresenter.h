@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QUrl>
 #include <QtQml/qqmlregistration.h>
 
 // Shows alerts and sheets one at a time over the window, in the order they were presented;
@@ -20,6 +21,10 @@ class TPPresenter : public QObject
     // then without its Cancel action (tapping outside cancels). On a phone-sized window a
     // sheet rises from the bottom with every action, Cancel last.
     Q_PROPERTY(bool currentIsPopover READ currentIsPopover NOTIFY layoutChanged)
+    // The view that shows the alerts over the window, made with this presenter. A window
+    // makes it as the first alert comes up, by this address, so that a launch that shows
+    // none does not even read it.
+    Q_PROPERTY(QUrl hostUrl READ hostUrl CONSTANT)
 
 public:
     explicit TPPresenter(QObject *parent = nullptr);
@@ -38,6 +43,7 @@ public:
     // A tap outside the alert: a sheet is cancelled as its Cancel action would; an alert
     // waits for an answer.
     Q_INVOKABLE void tapOutside();
+    static QUrl hostUrl();
 
 signals:
     void currentChanged();

@@ -8,6 +8,7 @@
 #include "foundation/tplang.h"
 #include "foundation/tpnotificationcenter.h"
 #include "platform/tpnavigationstack.h"
+#include "platform/tppresenter.h"
 #include "platform/tptheme.h"
 #include "scripts/tpscriptslistvc.h"
 #include "settings/tpsettingsstore.h"
@@ -113,9 +114,7 @@ class TestEditorView : public QObject
         });
         if (!open(QStringLiteral("a.lua")))
             return false;
-        QQmlComponent host(
-            m_view->engine(),
-            QUrl(QStringLiteral("qrc:/qt-project.org/imports/TPCompanion/Platform/AlertHost.qml")));
+        QQmlComponent host(m_view->engine(), TPPresenter::hostUrl());
         QObject *made = host.createWithInitialProperties(
             {{QStringLiteral("presenter"), QVariant::fromValue(m_fixture.presenter.get())}});
         auto *item = qobject_cast<QQuickItem *>(made);
