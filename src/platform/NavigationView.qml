@@ -43,7 +43,7 @@ Item {
         // The title, centred on the bar where it fits, otherwise in the room between the
         // buttons on either side; a name too long even for that loses its middle. The
         // unsaved dot keeps its own room beside it.
-        Label {
+        Text {
             id: titleLabel
             objectName: "navigationTitle"
             readonly property real markRoom: 16

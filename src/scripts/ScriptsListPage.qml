@@ -117,7 +117,7 @@ ScreenPage {
                 }
             }
         }
-        footer: Label {
+        footer: Text {
             objectName: "noMatches"
             width: ListView.view.width
             height: visible ? 60 : 0
