@@ -2,7 +2,8 @@
 //
 // Starts the app (with a device name stored, against a development engine on 127.0.0.1:8090
 // serving the sample scripts) and a bare Qt Quick Controls window built by the project, one
-// after the other, RUNS times each (15 by default), on the offscreen platform. For each run
+// after the other, RUNS times each (15 by default), on the offscreen platform; each run
+// starts with the next program in turn, so that none always starts first. For each run
 // it takes the time from starting the process to the first frame its render loop reports,
 // and the process's resident memory 1.5 s after that frame. It prints the medians:
 //
@@ -32,6 +33,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <optional>
 
 namespace {
@@ -116,7 +118,7 @@ std::optional<Run> measure(const QString &program, const QStringList &arguments,
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication app(argc, argv);
+    QCoreApplication application(argc, argv);
     const int runs = argc > 1 ? QByteArray(argv[1]).toInt() : 15;
     if (runs < 1) {
         fprintf(stderr, "usage: tp-bench-startup [RUNS]\n");
@@ -167,46 +169,55 @@ int main(int argc, char *argv[])
     environment.insert(QStringLiteral("XDG_DATA_HOME"), work.filePath(QStringLiteral("data")));
     environment.insert(QStringLiteral("XDG_CACHE_HOME"), work.filePath(QStringLiteral("cache")));
 
-    QList<double> appFrames, bareFrames, appRss, bareRss, curlFrames, curlRss, floorFrames,
-        floorRss;
+    // The four programs of a run, and what each measured over all runs.
+    struct Program
+    {
+        QString path;
+        QStringList arguments;
+        QList<double> frames;
+        QList<double> rss;
+    };
+    Program programs[] = {
+        {QStringLiteral(TP_APP_PATH), {QStringLiteral("--owner-root"), owner}, {}, {}},
+        {QStringLiteral(TP_BARE_PATH), {}, {}, {}},
+        {QStringLiteral(TP_BARE_LIBCURL_PATH), {}, {}, {}},
+        {QStringLiteral(TP_BARE_FLOOR_PATH), {}, {}, {}},
+    };
+    const qsizetype programCount = std::size(programs);
     for (int i = 0; i < runs; ++i) {
         const int listingsBefore = listings;
-        const std::optional<Run> appRun = measure(
-            QStringLiteral(TP_APP_PATH), {QStringLiteral("--owner-root"), owner}, environment);
-        const std::optional<Run> bareRun = measure(QStringLiteral(TP_BARE_PATH), {}, environment);
-        const std::optional<Run> curlRun =
-            measure(QStringLiteral(TP_BARE_LIBCURL_PATH), {}, environment);
-        const std::optional<Run> floorRun =
-            measure(QStringLiteral(TP_BARE_FLOOR_PATH), {}, environment);
-        if (!appRun || !bareRun || !curlRun || !floorRun) {
-            fprintf(stderr, "a run ended before its figures were taken\n");
-            return 1;
+        // Whichever program starts first in a run starts about 2 ms slower than it would
+        // later in the run, so each run starts with the next program in turn.
+        for (qsizetype turn = 0; turn < programCount; ++turn) {
+            Program &program = programs[(i + turn) % programCount];
+            const std::optional<Run> run = measure(program.path, program.arguments, environment);
+            if (!run) {
+                fprintf(stderr, "a run ended before its figures were taken\n");
+                return 1;
+            }
+            program.frames.append(run->firstFrameMs);
+            program.rss.append(run->idleRssMb);
         }
         if (listings == listingsBefore) {
             fprintf(stderr, "the app never asked the engine for its listing\n");
             return 1;
         }
-        appFrames.append(appRun->firstFrameMs);
-        appRss.append(appRun->idleRssMb);
-        bareFrames.append(bareRun->firstFrameMs);
-        bareRss.append(bareRun->idleRssMb);
-        curlFrames.append(curlRun->firstFrameMs);
-        curlRss.append(curlRun->idleRssMb);
-        floorFrames.append(floorRun->firstFrameMs);
-        floorRss.append(floorRun->idleRssMb);
     }
-    const double appFrame = median(appFrames);
-    const double bareFrame = median(bareFrames);
+    const Program &app = programs[0], &bare = programs[1], &curl = programs[2],
+                  &floor = programs[3];
+    const double appFrame = median(app.frames);
+    const double bareFrame = median(bare.frames);
     printf("startup first_frame_ms=%.1f bare_first_frame_ms=%.1f ratio=%.2f idle_rss_mb=%.1f "
            "bare_idle_rss_mb=%.1f\n",
-           appFrame, bareFrame, appFrame / bareFrame, median(appRss), median(bareRss));
-    const double curlFrame = median(curlFrames);
+           appFrame, bareFrame, appFrame / bareFrame, median(app.rss), median(bare.rss));
+    const double curlFrame = median(curl.frames);
     printf("  detail bare_libcurl_first_frame_ms=%.1f bare_libcurl_ratio=%.2f "
            "bare_libcurl_idle_rss_mb=%.1f\n",
-           curlFrame, curlFrame / bareFrame, median(curlRss));
-    const double floorFrame = median(floorFrames);
+           curlFrame, curlFrame / bareFrame, median(curl.rss));
+    const double floorFrame = median(floor.frames);
     printf("  detail floor_first_frame_ms=%.1f floor_ratio=%.2f floor_idle_rss_mb=%.1f "
            "floor_rss_ratio=%.2f\n",
-           floorFrame, appFrame / floorFrame, median(floorRss), median(appRss) / median(floorRss));
+           floorFrame, appFrame / floorFrame, median(floor.rss),
+           median(app.rss) / median(floor.rss));
     return 0;
 }
