@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages the app, its development engine and its tests need.
+# Installs the Debian 12 packages the app, its development engine and its tests need, and
+# any further packages named as arguments (a maintenance script's own tools).
 # Idempotent: when every package is already installed it only checks and returns.
 set -euo pipefail
 
@@ -28,6 +29,7 @@ packages=(
     clang libclang-rt-14-dev
     # running without a display, and fonts for Vietnamese text and the row icons
     xvfb xauth fonts-dejavu-core fonts-noto-color-emoji
+    "$@"
 )
 
 missing=()
