@@ -18,6 +18,22 @@ function remember(kind, line,    id, name) {
     return id
 }
 
+# A function's section name, once, in the order first kept.
+function keep(name) {
+    if (name in kept)
+        return
+    kept[name] = 1
+    order[++keptCount] = name
+}
+
+# One line per kept function, PREFIX NAME SUFFIX, in name order, so that a profile taken
+# again changes only what changed.
+function printSorted(prefix, suffix,    i) {
+    for (i = 1; i <= keptCount; ++i)
+        print prefix order[i] suffix | "LC_ALL=C sort"
+    close("LC_ALL=C sort")
+}
+
 # Every view of the app's own modules that the first screen loads is named in the import log,
 # whether or not any of its functions runs.
 /qrc:\/qt-project\.org\/imports\/TPCompanion\/[A-Za-z0-9_\/]+\.qml/ {
@@ -59,25 +75,15 @@ END {
         name = ran[i]
         # A second symbol of the same name is told apart as NAME'2.
         sub(/'[0-9]+$/, "", name)
-        if (name !~ /^[A-Za-z_][A-Za-z0-9_.$]*$/ || name in listed)
+        if (name !~ /^[A-Za-z_][A-Za-z0-9_.$]*$/)
             continue
-        listed[name] = 1
-        order[++kept] = name
+        keep(name)
         # A complete constructor or destructor is an alias of the base one, whose section
         # holds the code.
-        if (match(name, /[CD]1[EI]/)) {
-            alias = substr(name, 1, RSTART) "2" substr(name, RSTART + 2)
-            if (!(alias in listed)) {
-                listed[alias] = 1
-                order[++kept] = alias
-            }
-        }
+        if (match(name, /[CD]1[EI]/))
+            keep(substr(name, 1, RSTART) "2" substr(name, RSTART + 2))
     }
-    # In name order, so that a profile taken again changes only what changed.
-    sorted = "LC_ALL=C sort"
-    for (i = 1; i <= kept; ++i)
-        print "    *(.text." order[i] ")" | sorted
-    close(sorted)
+    printSorted("    *(.text.", ")")
     print "  }"
     print "}"
     print "INSERT BEFORE .text;"
@@ -88,8 +94,8 @@ END {
     print "  {"
     print "    /* The compiled views the first screen loads. */"
     for (view in views)
-        print "    *(.rodata.*" view "7qmlDataE)" | sorted
-    close(sorted)
+        print "    *(.rodata.*" view "7qmlDataE)" | "LC_ALL=C sort"
+    close("LC_ALL=C sort")
     print "    /* What start-up reads of every class, type, plugin and resource, whatever runs. */"
     print "    *(.rodata.*qt_meta_stringdata* .rodata.*qt_meta_data* .rodata.*qt_metaTypeArray*)"
     print "    *(.rodata.*QMetaTypeForType* .rodata.*QMetaTypeId2* .rodata._ZTS*)"
@@ -100,9 +106,7 @@ END {
     print "       the section named after the copy that does not run. */"
     print "    *(.rodata.str* .rodata.cst* .rodata.*.str* .rodata.*.cst*)"
     print "    /* The other constants of the functions that ran (their jump tables). */"
-    for (i = 1; i <= kept; ++i)
-        print "    *(.rodata." order[i] ")" | sorted
-    close(sorted)
+    printSorted("    *(.rodata.", ")")
     print "  }"
     print "}"
     print "INSERT BEFORE .rodata;"

@@ -13,19 +13,19 @@ namespace {
 
 const QString kSources = QStringLiteral(TP_SOURCE_DIR "/src");
 
-// Every icon a module ships with the drawing it is made from: NAME.svg beside drawn/NAME.svg.
+// Every icon a module ships (src/*/icons/NAME.svg) with the drawing it is made from
+// (drawn/NAME.svg beside it), whether that drawing exists or not.
 QList<QPair<QString, QString>> shippedIcons()
 {
     QList<QPair<QString, QString>> icons;
-    QDirIterator drawings(kSources, {QStringLiteral("*.svg")}, QDir::Files,
-                          QDirIterator::Subdirectories);
-    while (drawings.hasNext()) {
-        const QFileInfo drawn(drawings.next());
-        if (drawn.dir().dirName() != QLatin1String("drawn"))
+    QDirIterator files(kSources, {QStringLiteral("*.svg")}, QDir::Files,
+                       QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        const QFileInfo shipped(files.next());
+        if (shipped.dir().dirName() != QLatin1String("icons"))
             continue;
-        icons.append(
-            {QDir::cleanPath(drawn.dir().filePath(QStringLiteral("../") + drawn.fileName())),
-             drawn.filePath()});
+        icons.append({shipped.filePath(),
+                      shipped.dir().filePath(QStringLiteral("drawn/") + shipped.fileName())});
     }
     return icons;
 }
@@ -61,7 +61,7 @@ private slots:
         const QList<QPair<QString, QString>> icons = shippedIcons();
         QCOMPARE(icons.size(), 4);
         for (const auto &[shipped, drawn] : icons)
-            QVERIFY2(QFileInfo::exists(shipped), qPrintable(shipped));
+            QVERIFY2(QFileInfo::exists(drawn), qPrintable(drawn));
     }
 
     // At the tab bar's size and at ten times it, edges may differ by a shade of antialiasing,
