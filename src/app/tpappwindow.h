@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QFont>
+#include <QList>
 #include <QQmlComponent>
 #include <QQuickWindow>
 
@@ -8,10 +10,11 @@
 class AppDelegate;
 class QQmlEngine;
 
-// The app's one window, made from Main.qml for a delegate. The window's views are read
-// first; then the first screen's page is read and compiled on the QML loader thread while
-// this thread builds the window, instead of afterwards, when the tabs ask for it. The two
-// overlap and the first frame comes sooner.
+// The app's one window, made from Main.qml for a delegate. The first screen's page and the
+// window's views are read and compiled on the QML loader thread, the page first, while this
+// thread loads the faces their texts are drawn with (see TPLoadTextFaces); then this thread
+// makes the window. The tabs find the page read when they ask for it, and the first texts
+// find their faces: the two threads overlap and the first frame comes sooner.
 class TPAppWindow
 {
 public:
@@ -21,12 +24,15 @@ public:
     // Null when Main.qml could not be made; `errorString()` says why.
     QQuickWindow *window() const { return m_window.get(); }
     QString errorString() const { return m_main.errorString(); }
+    // The fonts the first screen's texts are drawn with, loaded while its views are read.
+    static QList<QFont> firstScreenFonts();
     // Whether the first screen's page has been read, for the tabs to make at once.
     bool firstPageRead() const { return m_firstPage.isReady(); }
 
 private:
-    QQmlComponent m_main;
-    // Kept while the page is read: the loader thread finishes it for the tabs.
+    // Kept while the page is read: the loader thread finishes it for the tabs. Declared
+    // first, so that it is asked for first.
     QQmlComponent m_firstPage;
+    QQmlComponent m_main;
     std::unique_ptr<QQuickWindow> m_window;
 };

@@ -116,8 +116,8 @@ QString entryName(const QJsonValue &entry)
 
 QString rowLabel(const QJsonValue &entry)
 {
-    const QString icon = isFolderEntry(entry) ? QStringLiteral("📁") : QStringLiteral("📄");
-    return QStringLiteral("%1 %2").arg(icon, entryName(entry));
+    return QStringLiteral("%1 %2").arg(isFolderEntry(entry) ? kFolderMark : kFileMark,
+                                       entryName(entry));
 }
 
 QJsonArray filterChildrenOf(const QString &folder, const QJsonArray &listing)

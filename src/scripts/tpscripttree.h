@@ -19,6 +19,10 @@ bool isFolderEntry(const QJsonValue &entry);
 // The last segment of the entry's path.
 QString entryName(const QJsonValue &entry);
 
+// The marks a row's label starts with.
+inline constexpr QStringView kFolderMark = u"📁";
+inline constexpr QStringView kFileMark = u"📄";
+
 // "📁 name" for a folder, "📄 name" for a file.
 QString rowLabel(const QJsonValue &entry);
 

@@ -5,13 +5,18 @@
 #include "scripts/tpscriptslistvc.h"
 #include "tpquicktestutil.h"
 #include "tpscreenfixture.h"
+#include "tptestutil.h"
 
+#include <QFontInfo>
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QTest>
+
+#include <functional>
+#include <tuple>
 
 class TestTPAppWindow : public QObject
 {
@@ -45,6 +50,49 @@ private slots:
         QTRY_VERIFY(window.firstPageRead());
         QVERIFY(QQmlComponent(&engine, TPScriptsListVC::pageUrl(), QQmlComponent::Asynchronous)
                     .isReady());
+    }
+
+    // Every text of the first screen, its rows' and its hidden ones' among them, is drawn
+    // with a font the launch loaded while the views were read.
+    void theFirstScreensTextsUseTheFontsLoadedWhileItsViewsWereRead()
+    {
+        QVERIFY(TPWriteFileBytes(
+            m_fixture.ownerDir->filePath(QStringLiteral("jb/var/tmp/tapper_owner.txt")), "Tavo"));
+        m_fixture.serveListing(
+            R"({"entries":[{"path":"lib","dir":true},{"path":"main.lua","dir":false}]})");
+        AppDelegate delegate;
+        QQmlEngine engine;
+        const TPAppWindow window(engine, delegate);
+        QVERIFY(window.window());
+        delegate.didFinishLaunching();
+        QQuickItem *root = window.window()->contentItem();
+        QTRY_VERIFY(TPFindShownItem(root, QStringLiteral("row1")));
+
+        // Fonts the same engine draws: the same face, size and weight.
+        const auto engineOf = [](const QFont &font) {
+            const QFontInfo info(font);
+            return std::make_tuple(info.family(), info.pixelSize(), info.weight(), info.style());
+        };
+        QList<decltype(engineOf(QFont()))> loaded;
+        for (const QFont &font : TPAppWindow::firstScreenFonts())
+            loaded.append(engineOf(font));
+        int texts = 0;
+        std::function<void(QQuickItem *)> check = [&](QQuickItem *item) {
+            if (item->inherits("QQuickText") || item->inherits("QQuickTextInput")) {
+                ++texts;
+                const QFont font = item->property("font").value<QFont>();
+                QVERIFY2(loaded.contains(engineOf(font)),
+                         qPrintable(QStringLiteral("\"%1\" in %2 px, weight %3")
+                                        .arg(item->property("text").toString())
+                                        .arg(QFontInfo(font).pixelSize())
+                                        .arg(QFontInfo(font).weight())));
+            }
+            for (QQuickItem *child : item->childItems())
+                check(child);
+        };
+        check(root);
+        // The tab titles, the bar's title and glyphs, the search field and both rows.
+        QVERIFY(texts > 10);
     }
 
     // The alert host is made when the first alert comes up, not at launch. Made then, it
