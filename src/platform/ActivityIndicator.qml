@@ -1,8 +1,9 @@
 import QtQuick
-import QtQuick.Controls
 
 // The spinning activity indicator, shown only while running. The style's indicator is made
-// only while it runs, rather than with every page that might show one.
+// only while it runs, rather than with every page that might show one, and from its address,
+// off the GUI thread: a page that shows none does not even read it, and the launch, whose
+// first listing sets it running, does not wait for it. A wait too short to see shows none.
 Item {
     property bool running: false
     visible: running
@@ -13,8 +14,7 @@ Item {
         id: spinner
         anchors.fill: parent
         active: parent.running
-        sourceComponent: BusyIndicator {
-            running: true
-        }
+        asynchronous: true
+        source: "ActivitySpinner.qml"
     }
 }

@@ -72,7 +72,8 @@ bool waitFor(Condition condition)
 }
 
 // Whether anything under `object` is still moving or waiting: a page sliding in or out of a
-// stack, a popup (an alert, a sheet) opening or closing, a busy indicator turning.
+// stack, a popup (an alert, a sheet) opening or closing, an activity indicator turning (or
+// running while its spinner is still being made).
 bool isMoving(QObject *object, QSet<QObject *> &seen)
 {
     if (seen.contains(object))
@@ -83,7 +84,7 @@ bool isMoving(QObject *object, QSet<QObject *> &seen)
     if (object->inherits("QQuickPopup") &&
         object->property("visible").toBool() != object->property("opened").toBool())
         return true;
-    if (object->inherits("QQuickBusyIndicator") && object->property("running").toBool() &&
+    if (object->isQuickItemType() && object->property("running").toBool() &&
         object->property("visible").toBool())
         return true;
     const QObjectList children = object->children();

@@ -1,0 +1,8 @@
+import QtQuick.Controls
+
+// The style's busy indicator, running: what an ActivityIndicator shows while it runs. A
+// file of its own, read when an indicator first runs, and on the loader thread: the style
+// reads a module for it that nothing else on the first screen needs.
+BusyIndicator {
+    running: true
+}
