@@ -12,6 +12,8 @@ AbstractButton {
     property color color: Theme.tint
     // Some glyphs are drawn small in their font: they ask for more.
     property int glyphSize: 26
+    // Draws nothing but keeps its room and its tap, for an indicator laid over it.
+    property bool contentHidden: false
 
     implicitWidth: Math.max(44, contentItem.implicitWidth + 16)
     implicitHeight: 44
@@ -19,7 +21,7 @@ AbstractButton {
 
     contentItem: Row {
         spacing: 2
-        opacity: button.pressed ? 0.4 : 1
+        opacity: button.contentHidden ? 0 : button.pressed ? 0.4 : 1
         Text {
             anchors.verticalCenter: parent.verticalCenter
             text: button.glyph !== "" ? button.glyph : button.text

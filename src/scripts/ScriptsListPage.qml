@@ -54,8 +54,10 @@ ScreenPage {
         }
         BarButton {
             objectName: "refreshButton"
-            // Stays tappable while a reload is in flight: nothing is cancelled.
-            glyph: page.controller && page.controller.reloading ? "" : "↻"
+            // Stays tappable while a reload is in flight: nothing is cancelled. Its spinner
+            // takes the glyph's place, and the bar's title stays where it is.
+            glyph: "↻"
+            contentHidden: page.controller ? page.controller.reloading : false
             text: page.controller ? page.controller.texts.refresh : ""
             onClicked: page.controller.onRefreshTapped()
             ActivityIndicator {

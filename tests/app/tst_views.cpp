@@ -18,6 +18,8 @@
 #include <QQuickView>
 #include <QTest>
 
+#include <algorithm>
+
 namespace {
 
 const QByteArray kListing = "{\"entries\":[{\"path\":\"lib\",\"dir\":true},"
@@ -212,9 +214,27 @@ private slots:
         QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("refreshActivity")));
         QQuickItem *activity = TPFindItem(m_view->rootObject(), QStringLiteral("refreshActivity"));
         QTRY_VERIFY(activity->isVisible());
+        // The style's spinner, read from its own file once the indicator runs, and only
+        // while it runs.
+        const auto spinner = [activity] {
+            const QList<QQuickItem *> made = activity->findChildren<QQuickItem *>();
+            return std::find_if(made.begin(), made.end(), [](QQuickItem *item) {
+                       return item->inherits("QQuickBusyIndicator") &&
+                              item->property("running").toBool();
+                   }) != made.end();
+        };
+        QTRY_VERIFY(spinner());
         QQuickItem *refresh = TPFindItem(m_view->rootObject(), QStringLiteral("refreshButton"));
         QVERIFY(refresh->isEnabled());
+        // The spinner takes the glyph's place: neither the glyph nor the button's spoken
+        // name shows under it, and the button keeps its width.
+        const qreal reloadingWidth = refresh->width();
+        const auto content = refresh->property("contentItem").value<QQuickItem *>();
+        QCOMPARE(content->opacity(), 0.0);
         QTRY_VERIFY_WITH_TIMEOUT(!activity->isVisible(), 5000);
+        QTRY_VERIFY(!spinner());
+        QCOMPARE(content->opacity(), 1.0);
+        QCOMPARE(refresh->width(), reloadingWidth);
     }
 
     void theBackButtonShowsThePreviousTitle()
