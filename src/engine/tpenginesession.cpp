@@ -87,6 +87,8 @@ public:
         return m_handle != nullptr;
     }
     CURL *handle() const { return m_handle; }
+    // The exchange was added while every connection was taken: it waits in libcurl's queue.
+    void markQueued() { m_queued = true; }
 
     // The exchange ended with `code`: the answer or the error goes to the delivery.
     void finish(CURLcode code)
@@ -100,11 +102,14 @@ public:
         if (m_refusedAs != CURLE_OK) {
             code = m_refusedAs;
             qstrncpy(m_detail, m_refusal.constData(), sizeof m_detail);
-        } else if (code == CURLE_OPERATION_TIMEDOUT && !m_connected) {
-            // libcurl names the wait for a free connection after name resolution, which
-            // misleads: the request never left the queue.
-            const QByteArray why = "timed out after " + QByteArray::number(m_clock.elapsed()) +
-                                   " ms waiting for a connection to the engine";
+        } else if (code == CURLE_OPERATION_TIMEDOUT && (!m_connected || m_queued)) {
+            // libcurl names the wait for a free connection after name resolution, and times
+            // a queued exchange from when it left the queue, both of which mislead: most of
+            // the time went to waiting for a connection.
+            QByteArray why = "timed out after " + QByteArray::number(m_clock.elapsed()) + " ms";
+            if (m_connected)
+                why += ", " + QByteArray::number(m_connectedAfterMs) + " ms of them";
+            why += " waiting for a connection to the engine";
             qstrncpy(m_detail, why.constData(), sizeof m_detail);
         }
         const std::optional<TPError> error =
@@ -186,7 +191,9 @@ private:
     // libcurl has a connection for the exchange and is about to send the request.
     static int connected(void *transfer, char *, char *, int, int)
     {
-        static_cast<Transfer *>(transfer)->m_connected = true;
+        Transfer *self = static_cast<Transfer *>(transfer);
+        self->m_connected = true;
+        self->m_connectedAfterMs = self->m_clock.elapsed();
         return CURL_PREREQFUNC_OK;
     }
 
@@ -290,8 +297,11 @@ private:
     bool m_finalHead = false;
     bool m_headComplete = false;
     QByteArray m_contentLength;
-    // Set once libcurl has a connection for the exchange.
+    // Set once libcurl has a connection for the exchange, with how long that took, and
+    // whether the exchange had to wait in the queue for one.
     bool m_connected = false;
+    qint64 m_connectedAfterMs = 0;
+    bool m_queued = false;
     char m_detail[CURL_ERROR_SIZE] = {};
 };
 
@@ -411,6 +421,8 @@ private:
                 continue;
             }
             CURL *handle = transfer->handle();
+            if (running.size() >= size_t(MaxConnections))
+                transfer->markQueued();
             if (curl_multi_add_handle(m_multi, handle) == CURLM_OK)
                 running.emplace(handle, std::move(transfer));
             else

@@ -50,6 +50,16 @@ std::shared_ptr<Outcome> send(const QString &method, const QString &path,
     return outcome;
 }
 
+// A raw server script that reads the request and never answers, holding the connection
+// until the server stops.
+void holdUntilStopped(TPRawConnection &connection)
+{
+    if (connection.readRequest().isEmpty())
+        return;
+    while (!connection.stopping())
+        connection.pause(100);
+}
+
 // A raw server that reads one request per connection and writes the answer in `pieces`,
 // each in a segment of its own after `pauseMs`; it closes the connection after the answer
 // when `close` is set, and otherwise waits for the client to close it.
@@ -456,21 +466,19 @@ private slots:
     }
 
     // A request that waits for one of the connections, all held by answers that never come,
-    // times out saying so, not as if a name could not be resolved.
+    // times out saying so, not as if a name could not be resolved. Its time runs out as the
+    // others' do, so it may or may not have had a connection in the end: either way it says
+    // that it waited.
     void aRequestThatWaitedForAConnectionSaysSoWhenItTimesOut()
     {
-        TPRawServer server([](TPRawConnection &connection) {
-            if (connection.readRequest().isEmpty())
-                return;
-            while (!connection.stopping())
-                connection.pause(100);
-        });
+        TPRawServer server(holdUntilStopped);
         QVERIFY(server.startAsTheEngine());
         const int requests = int(TPEngineSession::MaxConnections) + 1;
         std::vector<std::shared_ptr<Outcome>> outcomes;
         for (int i = 0; i < requests; ++i)
             outcomes.push_back(
                 send(QStringLiteral("GET"), QStringLiteral("/script"), QStringLiteral("name=a")));
+        QTRY_COMPARE(server.requests().size(), qsizetype(TPEngineSession::MaxConnections));
         QTRY_VERIFY_WITH_TIMEOUT(std::all_of(outcomes.cbegin(), outcomes.cend(),
                                              [](const auto &outcome) { return outcome->calls; }),
                                  20000);
@@ -484,9 +492,34 @@ private slots:
                 waited.append(message);
         }
         QCOMPARE(waited.size(), 1);
-        // The one that waited never reached the engine. It may have begun a connection in
-        // the moment the others' time-outs freed theirs, but it timed out before sending.
-        QCOMPARE(server.requests().size(), qsizetype(TPEngineSession::MaxConnections));
+    }
+
+    // A request that waited for a connection, had one, and then ran out of time says how
+    // much of its time went to the wait, not only the little that was left after it.
+    void aRequestThatHadAConnectionLateSaysHowLongItWaited()
+    {
+        TPRawServer server(holdUntilStopped);
+        QVERIFY(server.startAsTheEngine());
+        std::vector<std::shared_ptr<Outcome>> holders;
+        for (int i = 0; i < int(TPEngineSession::MaxConnections); ++i)
+            holders.push_back(
+                send(QStringLiteral("GET"), QStringLiteral("/script"), QStringLiteral("name=a")));
+        QTRY_COMPARE(server.requests().size(), qsizetype(TPEngineSession::MaxConnections));
+        const auto late =
+            send(QStringLiteral("GET"), QStringLiteral("/script"), QStringLiteral("name=b"));
+        QTRY_COMPARE_WITH_TIMEOUT(late->calls, 1, 20000);
+        QCOMPARE(server.requests().size(), qsizetype(TPEngineSession::MaxConnections) + 1);
+        verifyTransportError(late->result, CURLE_OPERATION_TIMEDOUT);
+        const QString message = late->result.error->localizedDescription;
+        static const QRegularExpression said(
+            QStringLiteral("timed out after (\\d+) ms, (\\d+) ms of them waiting for a "
+                           "connection to the engine"));
+        const QRegularExpressionMatch match = said.match(message);
+        QVERIFY2(match.hasMatch(), qPrintable(message));
+        const int total = match.captured(1).toInt();
+        const int waiting = match.captured(2).toInt();
+        QVERIFY2(total >= TPEngineAPI::TimeoutMs, qPrintable(message));
+        QVERIFY2(waiting > TPEngineAPI::TimeoutMs / 2 && waiting < total, qPrintable(message));
     }
 
     // An answer after four quiet seconds is well inside both limits and is delivered.
