@@ -63,6 +63,7 @@ const TPTheme::Palette &TPTheme::lightPalette()
         QColor(QStringLiteral("#FFE1DE")),
         QColor(QStringLiteral("#A05A00")),
         QColor(QStringLiteral("#FFF4E0")),
+        QColor(QStringLiteral("#7C7C80")),
     };
     return palette;
 }
@@ -108,6 +109,7 @@ const TPTheme::Palette &TPTheme::darkPalette()
         QColor(QStringLiteral("#4A1F1C")),
         QColor(QStringLiteral("#FFB340")),
         QColor(QStringLiteral("#33260F")),
+        QColor(QStringLiteral("#8E8E93")),
     };
     return palette;
 }

@@ -54,6 +54,7 @@ class TPTheme : public QObject
     Q_PROPERTY(QColor removedLine READ removedLine NOTIFY paletteChanged)
     Q_PROPERTY(QColor warning READ warning NOTIFY paletteChanged)
     Q_PROPERTY(QColor warningBackground READ warningBackground NOTIFY paletteChanged)
+    Q_PROPERTY(QColor activity READ activity NOTIFY paletteChanged)
     Q_PROPERTY(int barHeight READ barHeight CONSTANT)
     Q_PROPERTY(int tabBarHeight READ tabBarHeight CONSTANT)
     Q_PROPERTY(int bodySize READ bodySize CONSTANT)
@@ -117,6 +118,8 @@ public:
         // a lint warning's mark and its message's bar
         QColor warning;
         QColor warningBackground;
+        // a busy indicator's spinner, over the bars and the pages alike
+        QColor activity;
     };
 
     // The contrast ratio of two opaque colours, from their relative luminance (WCAG 2): 1 for
@@ -172,6 +175,7 @@ public:
     QColor removedLine() const { return palette().removedLine; }
     QColor warning() const { return palette().warning; }
     QColor warningBackground() const { return palette().warningBackground; }
+    QColor activity() const { return palette().activity; }
     QColor selection() const { return palette().selection; }
     QColor findMatch() const { return palette().findMatch; }
     const SyntaxColors &syntaxColors() const { return palette().syntax; }

@@ -16,6 +16,7 @@
 #include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickView>
+#include <QScopeGuard>
 #include <QTest>
 
 #include <algorithm>
@@ -198,7 +199,9 @@ private slots:
         QCOMPARE(m_stack->depth(), 1);
     }
 
-    void theRefreshButtonShowsActivityWhileReloading()
+    // The refresh button, and over it the indicator, of a list whose listing takes half a
+    // second; null when the list is not shown.
+    QQuickItem *showListReloadingSlowly()
     {
         m_fixture.engine->setResponder([](const TPRecordedRequest &) {
             TPScriptedAnswer answer = TPScriptedAnswer::ok(kListing);
@@ -208,23 +211,32 @@ private slots:
         m_stack.reset();
         auto *list = new TPScriptsListVC(QString());
         m_stack = std::make_unique<TPNavigationStack>(list, m_fixture.presenter.get());
-        QVERIFY(showPage("Platform/NavigationView",
-                         {{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}}));
+        if (!showPage("Platform/NavigationView",
+                      {{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}}))
+            return nullptr;
         m_stack->setVisible(true);
+        return TPFindItem(m_view->rootObject(), QStringLiteral("refreshButton"));
+    }
+
+    // The style's spinner under `activity`, read from its own file once the indicator runs,
+    // and only while it runs.
+    static QQuickItem *runningSpinner(QQuickItem *activity)
+    {
+        const QList<QQuickItem *> made = activity->findChildren<QQuickItem *>();
+        const auto found = std::find_if(made.begin(), made.end(), [](QQuickItem *item) {
+            return item->inherits("QQuickBusyIndicator") && item->property("running").toBool();
+        });
+        return found == made.end() ? nullptr : *found;
+    }
+
+    void theRefreshButtonShowsActivityWhileReloading()
+    {
+        QQuickItem *refresh = showListReloadingSlowly();
+        QVERIFY(refresh);
         QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("refreshActivity")));
         QQuickItem *activity = TPFindItem(m_view->rootObject(), QStringLiteral("refreshActivity"));
         QTRY_VERIFY(activity->isVisible());
-        // The style's spinner, read from its own file once the indicator runs, and only
-        // while it runs.
-        const auto spinner = [activity] {
-            const QList<QQuickItem *> made = activity->findChildren<QQuickItem *>();
-            return std::find_if(made.begin(), made.end(), [](QQuickItem *item) {
-                       return item->inherits("QQuickBusyIndicator") &&
-                              item->property("running").toBool();
-                   }) != made.end();
-        };
-        QTRY_VERIFY(spinner());
-        QQuickItem *refresh = TPFindItem(m_view->rootObject(), QStringLiteral("refreshButton"));
+        QTRY_VERIFY(runningSpinner(activity));
         QVERIFY(refresh->isEnabled());
         // The spinner takes the glyph's place: neither the glyph nor the button's spoken
         // name shows under it, and the button keeps its width.
@@ -232,9 +244,37 @@ private slots:
         const auto content = refresh->property("contentItem").value<QQuickItem *>();
         QCOMPARE(content->opacity(), 0.0);
         QTRY_VERIFY_WITH_TIMEOUT(!activity->isVisible(), 5000);
-        QTRY_VERIFY(!spinner());
+        QTRY_VERIFY(!runningSpinner(activity));
         QCOMPARE(content->opacity(), 1.0);
         QCOMPARE(refresh->width(), reloadingWidth);
+    }
+
+    // The spinner is drawn in the theme's grey, which stands out from the bar it sits on in
+    // either appearance; the style's own dark grey all but vanished on the dark bar.
+    void theSpinnerStandsOutOnTheBarInBothAppearances_data()
+    {
+        QTest::addColumn<TPTheme::Appearance>("appearance");
+        QTest::newRow("light") << TPTheme::Appearance::Light;
+        QTest::newRow("dark") << TPTheme::Appearance::Dark;
+    }
+    void theSpinnerStandsOutOnTheBarInBothAppearances()
+    {
+        QFETCH(TPTheme::Appearance, appearance);
+        TPTheme *theme = TPTheme::shared();
+        theme->setAppearance(appearance);
+        const auto followPlatform =
+            qScopeGuard([theme] { theme->setAppearance(TPTheme::Appearance::FollowPlatform); });
+        QVERIFY(showListReloadingSlowly());
+        QTRY_VERIFY(TPFindItem(m_view->rootObject(), QStringLiteral("refreshActivity")));
+        QQuickItem *activity = TPFindItem(m_view->rootObject(), QStringLiteral("refreshActivity"));
+        QTRY_VERIFY(runningSpinner(activity));
+        const auto drawn = runningSpinner(activity)->property("contentItem").value<QQuickItem *>();
+        QVERIFY(drawn);
+        const QColor pen = drawn->property("pen").value<QColor>();
+        QVERIFY2(TPTheme::contrast(pen, theme->barBackground()) >= 3.0,
+                 qPrintable(pen.name() + QLatin1Char(' ') + theme->barBackground().name()));
+        QVERIFY(TPTheme::contrast(pen, theme->background()) >= 3.0);
+        QVERIFY(TPTheme::contrast(pen, theme->groupedBackground()) >= 3.0);
     }
 
     void theBackButtonShowsThePreviousTitle()
