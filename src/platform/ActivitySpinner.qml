@@ -6,6 +6,9 @@ import TPCompanion.Platform
 // reads a module for it that nothing else on the first screen needs.
 BusyIndicator {
     running: true
+    // The style's padding leaves a 12-point ring in a bar's 24-point place: the ring fills
+    // its place instead, as large as the glyph it stands in for.
+    padding: 2
     // The style draws in its own dark grey, which all but vanishes on the dark bar.
     palette.dark: Theme.activity
 }

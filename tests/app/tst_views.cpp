@@ -270,6 +270,8 @@ private slots:
         QTRY_VERIFY(runningSpinner(activity));
         const auto drawn = runningSpinner(activity)->property("contentItem").value<QQuickItem *>();
         QVERIFY(drawn);
+        // The ring fills its place in the bar, as large as the glyph it stands in for.
+        QCOMPARE_GE(drawn->width(), activity->width() - 4);
         const QColor pen = drawn->property("pen").value<QColor>();
         QVERIFY2(TPTheme::contrast(pen, theme->barBackground()) >= 3.0,
                  qPrintable(pen.name() + QLatin1Char(' ') + theme->barBackground().name()));
