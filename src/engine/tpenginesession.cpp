@@ -102,13 +102,13 @@ public:
         if (m_refusedAs != CURLE_OK) {
             code = m_refusedAs;
             qstrncpy(m_detail, m_refusal.constData(), sizeof m_detail);
-        } else if (code == CURLE_OPERATION_TIMEDOUT && (!m_connected || m_queued)) {
+        } else if (code == CURLE_OPERATION_TIMEDOUT && (!m_connectedAfterMs || m_queued)) {
             // libcurl names the wait for a free connection after name resolution, and times
             // a queued exchange from when it left the queue, both of which mislead: most of
             // the time went to waiting for a connection.
             QByteArray why = "timed out after " + QByteArray::number(m_clock.elapsed()) + " ms";
-            if (m_connected)
-                why += ", " + QByteArray::number(m_connectedAfterMs) + " ms of them";
+            if (m_connectedAfterMs)
+                why += ", " + QByteArray::number(*m_connectedAfterMs) + " ms of them";
             why += " waiting for a connection to the engine";
             qstrncpy(m_detail, why.constData(), sizeof m_detail);
         }
@@ -192,7 +192,6 @@ private:
     static int connected(void *transfer, char *, char *, int, int)
     {
         Transfer *self = static_cast<Transfer *>(transfer);
-        self->m_connected = true;
         self->m_connectedAfterMs = self->m_clock.elapsed();
         return CURL_PREREQFUNC_OK;
     }
@@ -297,10 +296,9 @@ private:
     bool m_finalHead = false;
     bool m_headComplete = false;
     QByteArray m_contentLength;
-    // Set once libcurl has a connection for the exchange, with how long that took, and
+    // How long libcurl took to have a connection for the exchange, once it has one, and
     // whether the exchange had to wait in the queue for one.
-    bool m_connected = false;
-    qint64 m_connectedAfterMs = 0;
+    std::optional<qint64> m_connectedAfterMs;
     bool m_queued = false;
     char m_detail[CURL_ERROR_SIZE] = {};
 };

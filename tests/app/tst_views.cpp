@@ -92,6 +92,36 @@ class TestViews : public QObject
         return list;
     }
 
+    // The refresh button, and over it the indicator, of a list whose listing takes half a
+    // second; null when the list is not shown.
+    QQuickItem *showListReloadingSlowly()
+    {
+        m_fixture.engine->setResponder([](const TPRecordedRequest &) {
+            TPScriptedAnswer answer = TPScriptedAnswer::ok(kListing);
+            answer.delayMs = 500;
+            return answer;
+        });
+        m_stack.reset();
+        auto *list = new TPScriptsListVC(QString());
+        m_stack = std::make_unique<TPNavigationStack>(list, m_fixture.presenter.get());
+        if (!showPage("Platform/NavigationView",
+                      {{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}}))
+            return nullptr;
+        m_stack->setVisible(true);
+        return TPFindItem(m_view->rootObject(), QStringLiteral("refreshButton"));
+    }
+
+    // The style's spinner under `activity`, read from its own file once the indicator runs,
+    // and only while it runs.
+    static QQuickItem *runningSpinner(QQuickItem *activity)
+    {
+        const QList<QQuickItem *> made = activity->findChildren<QQuickItem *>();
+        const auto found = std::find_if(made.begin(), made.end(), [](QQuickItem *item) {
+            return item->inherits("QQuickBusyIndicator") && item->property("running").toBool();
+        });
+        return found == made.end() ? nullptr : *found;
+    }
+
 private slots:
     void initTestCase() { QQuickStyle::setStyle(QStringLiteral("Basic")); }
     void init()
@@ -197,36 +227,6 @@ private slots:
                                   u8"Thêm vào yêu thích", u8"Huỷ"}));
         QTest::mouseRelease(m_view.get(), Qt::LeftButton, {}, at);
         QCOMPARE(m_stack->depth(), 1);
-    }
-
-    // The refresh button, and over it the indicator, of a list whose listing takes half a
-    // second; null when the list is not shown.
-    QQuickItem *showListReloadingSlowly()
-    {
-        m_fixture.engine->setResponder([](const TPRecordedRequest &) {
-            TPScriptedAnswer answer = TPScriptedAnswer::ok(kListing);
-            answer.delayMs = 500;
-            return answer;
-        });
-        m_stack.reset();
-        auto *list = new TPScriptsListVC(QString());
-        m_stack = std::make_unique<TPNavigationStack>(list, m_fixture.presenter.get());
-        if (!showPage("Platform/NavigationView",
-                      {{QStringLiteral("stack"), QVariant::fromValue(m_stack.get())}}))
-            return nullptr;
-        m_stack->setVisible(true);
-        return TPFindItem(m_view->rootObject(), QStringLiteral("refreshButton"));
-    }
-
-    // The style's spinner under `activity`, read from its own file once the indicator runs,
-    // and only while it runs.
-    static QQuickItem *runningSpinner(QQuickItem *activity)
-    {
-        const QList<QQuickItem *> made = activity->findChildren<QQuickItem *>();
-        const auto found = std::find_if(made.begin(), made.end(), [](QQuickItem *item) {
-            return item->inherits("QQuickBusyIndicator") && item->property("running").toBool();
-        });
-        return found == made.end() ? nullptr : *found;
     }
 
     void theRefreshButtonShowsActivityWhileReloading()

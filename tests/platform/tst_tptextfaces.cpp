@@ -70,7 +70,7 @@ private slots:
         QVERIFY(measureABodyText() == before);
     }
 
-    void noFontsLoadsOnlyTheDatabase()
+    void anEmptyFontListChangesNoFont()
     {
         const Measured before = measureABodyText();
         TPLoadTextFaces({}, QStringLiteral("📁"));
